@@ -1,0 +1,31 @@
+# Short names over one CMake build. Each installs what it needs when it is missing (Debian's
+# packages, as root or with sudo).
+PYTHON := /usr/bin/python3
+MODULE := build/tandrel/gui/sketcher.abi3.so
+
+.DEFAULT_GOAL := build
+.PHONY: run test build check bench clean
+
+## run: the stand-in application on a mounting flange; without a display, a replayed session
+run: build
+	@scripts/ensure-packages run
+	$(PYTHON) demo/run.py
+
+## test: everything, on displays of its own
+test: build
+	@scripts/ensure-packages run test
+	$(PYTHON) -m pytest tests
+
+## build: the module, as build/tandrel/gui/sketcher.abi3.so
+build:
+	@scripts/ensure-packages build
+	@test -f build/build.ninja || cmake --preset release
+	cmake --build --preset release
+
+## check: format, warnings, static analysis, types, duplication
+check: build
+	@scripts/ensure-packages run test check
+	scripts/check
+
+clean:
+	rm -rf build
