@@ -1,0 +1,76 @@
+#include "python/extension.hpp"
+
+#include <atomic>
+#include <cstdlib>
+
+namespace tandrel::py {
+
+namespace {
+
+constexpr std::int64_t kNobody = -1;
+
+// Interpreters with locks of their own may race for the module.
+std::atomic<std::int64_t> owning_interpreter = kNobody;
+// Read and written by the owning interpreter only; holds a reference for ever.
+PyObject* loaded_module = nullptr;
+
+void claim(const Extension& definition, PyObject* module) {
+  const std::int64_t interpreter = PyInterpreterState_GetID(PyInterpreterState_Get());
+  std::int64_t owner = kNobody;
+  if (!owning_interpreter.compare_exchange_strong(owner, interpreter) && owner != interpreter) {
+    Error::raise(
+        ImportError,
+        "Interpreter change detected - this module can only be loaded into one interpreter "
+        "per process.");
+  }
+  if (loaded_module != nullptr) {
+    Error::raise(RuntimeError, std::string("Module '") + definition.name +
+                                   "' has already been imported. Re-initialisation is not "
+                                   "supported.");
+  }
+  loaded_module = Ref::borrow(module).release();
+}
+
+void release_claim() noexcept {
+  Py_CLEAR(loaded_module);
+  owning_interpreter = kNobody;
+}
+
+}  // namespace
+
+namespace detail {
+
+int execute(const Extension& definition, PyObject* module) noexcept try {
+  if (module == loaded_module) return 0;
+  claim(definition, module);
+  try {
+    definition.load(Ref::borrow(module));
+  } catch (...) {
+    definition.forget();
+    release_claim();
+    throw;
+  }
+  return 0;
+} catch (...) {
+  restore_as_python_error();
+  return -1;
+}
+
+bool knows_isolated_interpreters() noexcept {
+  char* rest = nullptr;
+  const long major = std::strtol(Py_GetVersion(), &rest, 10);
+  const long minor = *rest == '.' ? std::strtol(rest + 1, nullptr, 10) : 0;
+  return major > 3 || (major == 3 && minor >= 12);
+}
+
+}  // namespace detail
+
+Ref make_class(const Ref& name, const Ref& bases, const Ref& attributes) {
+  return Ref::borrow(reinterpret_cast<PyObject*>(&PyType_Type))(name, bases, attributes);
+}
+
+Ref make_static(const Ref& function) {
+  return import_module("builtins"_n).attr("staticmethod"_n)(function);
+}
+
+}  // namespace tandrel::py

@@ -1,0 +1,58 @@
+// An extension module that loads once in a process, in one interpreter.
+#pragma once
+
+#include "python/method.hpp"
+
+namespace tandrel::py {
+
+struct Extension {
+  const char* name;  // without its packages
+  const char* doc;
+  void (*load)(const Ref& module);
+  void (*forget)() noexcept;  // after a load that failed, so that it can be tried again
+};
+
+/// What `PyInit_<name>` returns, for multi-phase initialisation. Loading a second module object
+/// raises RuntimeError, loading in a second interpreter ImportError, both before `load` is called;
+/// executing the loaded module object again does nothing.
+template <const Extension& Definition>
+PyObject* initialise() noexcept;
+
+/// `class name(*bases)` with the given attributes.
+Ref make_class(const Ref& name, const Ref& bases, const Ref& attributes);
+/// `staticmethod(function)`.
+Ref make_static(const Ref& function);
+
+namespace detail {
+int execute(const Extension& definition, PyObject* module) noexcept;
+/// Whether the running interpreter knows the slot that opens a module to isolated interpreters.
+bool knows_isolated_interpreters() noexcept;
+}  // namespace detail
+
+template <const Extension& Definition>
+PyObject* initialise() noexcept {
+  static constexpr auto execute = [](PyObject* module) noexcept {
+    return detail::execute(Definition, module);
+  };
+  // Since 3.12 an isolated interpreter refuses, in its own words, a module that doesn't declare
+  // itself fit for one; declared so, the module is asked and gives its own refusal. The numbers are
+  // those of Py_mod_multiple_interpreters and Py_MOD_PER_INTERPRETER_GIL_SUPPORTED, which 3.9
+  // doesn't define and interpreters before 3.12 reject.
+  static PyModuleDef_Slot slots[] = {
+      {Py_mod_exec, reinterpret_cast<void*>(static_cast<int (*)(PyObject*)>(execute))},
+      {detail::knows_isolated_interpreters() ? 3 : 0, reinterpret_cast<void*>(2)},
+      {0, nullptr}};
+  // No state of its own: an interpreter that sees one takes a failed module for a loaded one.
+  static PyModuleDef definition{PyModuleDef_HEAD_INIT,
+                                Definition.name,
+                                Definition.doc,
+                                0,
+                                nullptr,
+                                slots,
+                                nullptr,
+                                nullptr,
+                                nullptr};
+  return PyModuleDef_Init(&definition);
+}
+
+}  // namespace tandrel::py

@@ -1,0 +1,74 @@
+#include "python/method.hpp"
+
+#include <unordered_map>
+
+namespace tandrel::py {
+
+namespace {
+
+constexpr int kFlags = METH_VARARGS | METH_KEYWORDS;
+
+struct Own {
+  Ref name;  // keeps the key alive
+  const Signature* method;
+};
+
+/// By interned name, of which there is one object for each text.
+std::unordered_map<const PyObject*, Own>& own_methods() {
+  static auto& methods = *new std::unordered_map<const PyObject*, Own>;
+  return methods;
+}
+
+}  // namespace
+
+Signature::Signature(const char* name, std::initializer_list<const char*> parameters,
+                     const char* doc, Binding kind, PyCFunction code)
+    : binding_(kind) {
+  std::string signature = kind == Binding::kMethod ? "$self" : "";
+  bool optional = false;
+  for (const std::string parameter : parameters) {
+    if (!signature.empty()) signature += ", ";
+    signature += parameter;
+    const std::size_t equals = parameter.find('=');
+    if (equals != std::string::npos && !optional) {
+      optional = true;
+      format_ += '|';
+    }
+    format_ += 'O';
+    parameter_names_.push_back(parameter.substr(0, equals));
+  }
+  for (const std::string& parameter : parameter_names_) names_.push_back(parameter.c_str());
+  names_.push_back(nullptr);
+  format_ += std::string(":") + name;
+  // Python reads the signature off the first line of the doc text.
+  doc_ = std::string(name) + "(" + signature + ")\n--\n\n" + doc;
+  definition_ = {name, code, kFlags, doc_.c_str()};
+}
+
+Ref Signature::descriptor() const {
+  return Ref::steal(PyDescr_NewMethod(&PyBaseObject_Type, &definition_));
+}
+
+Ref Signature::function(const Ref& module) const {
+  const Ref name = module.attr("__name__"_n);
+  return Ref::steal(PyCFunction_NewEx(&definition_, nullptr, name.get()));
+}
+
+void set_own(const Methods& methods) {
+  for (const Signature* method : methods) {
+    Ref name = interned(method->name());
+    const PyObject* key = name.get();
+    own_methods().insert_or_assign(key, Own{std::move(name), method});
+  }
+}
+
+bool has_own(const Ref& object, const Ref& name) {
+  const Signature& own = *own_methods().at(name.get()).method;
+  const Ref found = object.attr(name);
+  if (Py_TYPE(found.get()) != &PyCFunction_Type) return false;
+  if (PyCFunction_GetFunction(found.get()) != own.entry()) return false;
+  return own.binding() == Signature::Binding::kStatic ||
+         PyCFunction_GetSelf(found.get()) == object.get();
+}
+
+}  // namespace tandrel::py

@@ -1,0 +1,312 @@
+// An owning handle on a Python object, with the operations that Python code would write.
+//
+// Every operation throws py::Error where Python would raise. All of it needs the interpreter's
+// lock.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#define PY_SSIZE_T_CLEAN
+#include <Python.h>
+
+namespace tandrel::py {
+
+class Keywords;
+
+class Ref {
+ public:
+  Ref() noexcept = default;
+  Ref(const Ref& other) noexcept : object_(other.object_) { Py_XINCREF(object_); }
+  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  Ref& operator=(Ref other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+  ~Ref() { Py_XDECREF(object_); }
+
+  /// Takes over a new reference, as most of Python's C functions return it; null throws the error
+  /// that the function left behind.
+  static Ref steal(PyObject* object);
+  /// Adds a reference of its own; null throws as in `steal`.
+  static Ref borrow(PyObject* object);
+  static Ref none() { return borrow(Py_None); }
+
+  PyObject* get() const noexcept { return object_; }
+  PyObject* release() noexcept { return std::exchange(object_, nullptr); }
+
+  /// Whether the handle holds an object at all (which may be None, or false).
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+  bool is(const Ref& other) const noexcept { return object_ == other.object_; }
+  bool is_none() const noexcept { return object_ == Py_None; }
+
+  Ref attr(const Ref& name) const;
+  /// The attribute, or an empty handle where there is none.
+  Ref find_attr(const Ref& name) const;
+  template <class Value>
+  void set_attr(const Ref& name, const Value& value) const;
+
+  Ref operator[](const Ref& key) const;
+  Ref operator[](Py_ssize_t index) const;
+  template <class Value>
+  void set_item(const Ref& key, const Value& value) const;
+  void del_item(const Ref& key) const;
+
+  Py_ssize_t size() const;
+  bool truth() const;
+  /// `self == other`, as `if` sees it; an object equals itself.
+  bool equals(const Ref& other) const;
+  /// `self < other`.
+  bool less(const Ref& other) const;
+  /// `item in self`.
+  bool contains(const Ref& item) const;
+  bool is_instance(const Ref& classes) const;
+
+  /// The value as arithmetic takes it: numbers only, a text is a TypeError.
+  double number() const;
+  /// `float(self)`: reads texts too.
+  double to_float() const;
+  /// `int(self)`: reads texts too.
+  Ref to_int() const;
+  /// The value of an integer.
+  long long integer() const;
+  /// `self + other`, `self ** exponent`.
+  Ref add(const Ref& other) const;
+  Ref power(const Ref& exponent) const;
+  /// `str(self)`, `list(self)`, `tuple(self)`.
+  Ref to_str() const;
+  Ref to_list() const;
+  Ref to_tuple() const;
+  /// The characters of a text.
+  std::string text() const;
+  /// The memory of a bytes object, for as long as it lives.
+  std::string_view bytes() const;
+
+  /// Whether the interpreter brings this function along, written in C.
+  bool is_builtin_function() const noexcept { return Py_TYPE(object_) == &PyCFunction_Type; }
+  /// Whether this is a list or tuple of exactly two plain ints or floats.
+  bool is_pair_of_numbers() const;
+
+  Ref type() const { return borrow(reinterpret_cast<PyObject*>(Py_TYPE(object_))); }
+
+  /// `self(...)`: positional arguments of any type that `to_python` knows, then perhaps Keywords.
+  template <class... Arguments>
+  Ref operator()(const Arguments&... arguments) const;
+  /// `self.name(...)`.
+  template <class... Arguments>
+  Ref call(const Ref& name, const Arguments&... arguments) const;
+  /// `self(*arguments, **keywords)`; `arguments` is a tuple.
+  Ref apply(const Ref& arguments, const Ref& keywords) const;
+
+ private:
+  explicit Ref(PyObject* object) noexcept : object_(object) {}
+  bool compares(const Ref& other, int operation) const;
+
+  PyObject* object_ = nullptr;
+};
+
+inline const Ref& to_python(const Ref& value) {
+  return value;
+}
+Ref to_python(double value);
+Ref to_python(std::string_view value);
+inline Ref to_python(const char* value) {
+  return to_python(std::string_view(value));
+}
+template <class Integer>
+requires std::is_integral_v<Integer> Ref to_python(Integer value) {
+  if constexpr (std::is_same_v<Integer, bool>) {
+    return Ref::borrow(value ? Py_True : Py_False);
+  } else {
+    return Ref::steal(PyLong_FromLongLong(static_cast<long long>(value)));
+  }
+}
+
+template <class... Items>
+Ref tuple(const Items&... items) {
+  return Ref::steal(
+      PyTuple_Pack(static_cast<Py_ssize_t>(sizeof...(Items)), to_python(items).get()...));
+}
+
+Ref tuple_of(std::span<const double> numbers);
+
+Ref list();
+void append(const Ref& list, const Ref& item);
+template <class... Items>
+Ref list(const Items&... items) {
+  Ref result = list();
+  (append(result, to_python(items)), ...);
+  return result;
+}
+
+/// Fills a dictionary with name, value, name, value ...
+inline void fill(const Ref&) {}
+template <class Value, class... Rest>
+void fill(const Ref& dictionary, const Ref& name, const Value& value, const Rest&... rest) {
+  dictionary.set_item(name, value);
+  fill(dictionary, rest...);
+}
+
+Ref dict();
+/// The value of `key` in a dictionary, or an empty handle.
+Ref find_item(const Ref& dictionary, const Ref& key);
+template <class... Pairs>
+Ref dict(const Ref& name, const Pairs&... pairs) {
+  Ref result = dict();
+  fill(result, name, pairs...);
+  return result;
+}
+
+/// Keyword arguments of a call: the dictionary is made once and may serve many calls.
+class Keywords {
+ public:
+  explicit Keywords(Ref dictionary) : dictionary_(std::move(dictionary)) {}
+  const Ref& dictionary() const { return dictionary_; }
+
+ private:
+  Ref dictionary_;
+};
+
+template <class... Pairs>
+Keywords kw(const Pairs&... pairs) {
+  return Keywords(dict(pairs...));
+}
+
+/// An interned text that lives as long as the process: `"redraw"_n`.
+template <std::size_t N>
+struct Literal {
+  consteval Literal(const char (&source)[N]) {  // NOLINT(google-explicit-constructor)
+    for (std::size_t i = 0; i < N; ++i) text[i] = source[i];
+  }
+  char text[N] = {};
+};
+Ref interned(const char* text);
+
+inline namespace literals {
+template <Literal Text>
+const Ref& operator""_n() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static const Ref& name = *new Ref(interned(Text.text));
+  return name;
+}
+}  // namespace literals
+
+/// The class `float`.
+inline Ref float_type() {
+  return Ref::borrow(reinterpret_cast<PyObject*>(&PyFloat_Type));
+}
+/// `super(type, object)`.
+inline Ref super(const Ref& type, const Ref& object) {
+  return Ref::borrow(reinterpret_cast<PyObject*>(&PySuper_Type))(type, object);
+}
+
+/// `import name`; the module itself, also for a dotted name.
+Ref import_module(const Ref& name);
+/// `from module import name`.
+Ref import_from(const Ref& module, const Ref& name);
+
+/// Calls `visit(item)` for each item of `iterable`, as a Python `for` would.
+template <class Visit>
+void for_each(const Ref& iterable, Visit visit);
+
+namespace detail {
+void unpack(const Ref& iterable, std::span<Ref> items);
+Ref next(const Ref& iterator);  // empty at the end
+Ref iterator(const Ref& iterable);
+
+inline void store(const Ref& tuple, Py_ssize_t& index, const Ref& item) {
+  PyTuple_SetItem(tuple.get(), index++, Ref(item).release());
+}
+inline void store(const Ref&, Py_ssize_t&, const Keywords&) {}
+template <class Value>
+void store(const Ref& tuple, Py_ssize_t& index, const Value& value) {
+  store(tuple, index, to_python(value));
+}
+inline const Ref* dictionary_of(const Keywords& keywords) {
+  return &keywords.dictionary();
+}
+template <class Value>
+const Ref* dictionary_of(const Value&) {
+  return nullptr;
+}
+
+template <class... Arguments>
+inline constexpr bool has_keywords = (std::is_same_v<Arguments, Keywords> || ...);
+
+template <class... Arguments>
+Ref call_with_keywords(const Ref& callable, const Arguments&... arguments) {
+  const Ref positional = Ref::steal(PyTuple_New(static_cast<Py_ssize_t>(sizeof...(Arguments)) - 1));
+  Py_ssize_t index = 0;
+  (store(positional, index, arguments), ...);
+  const Ref* keywords = nullptr;
+  ((keywords = dictionary_of(arguments)), ...);  // the last argument is the Keywords
+  return callable.apply(positional, *keywords);
+}
+}  // namespace detail
+
+/// Whether `test(item)` is true of all items; asks no further than the first that fails.
+template <class Test>
+bool all_of(const Ref& iterable, Test test);
+
+/// The items of an unpacking assignment, `a, b = iterable` for N = 2; any other number of them is a
+/// ValueError.
+template <std::size_t N>
+std::array<Ref, N> unpack(const Ref& iterable) {
+  std::array<Ref, N> items;
+  detail::unpack(iterable, items);
+  return items;
+}
+
+template <class Value>
+void Ref::set_attr(const Ref& name, const Value& value) const {
+  const Ref& object = to_python(value);
+  if (PyObject_SetAttr(object_, name.get(), object.get()) < 0) borrow(nullptr);
+}
+
+template <class Value>
+void Ref::set_item(const Ref& key, const Value& value) const {
+  const Ref& object = to_python(value);
+  if (PyObject_SetItem(object_, key.get(), object.get()) < 0) borrow(nullptr);
+}
+
+template <class... Arguments>
+Ref Ref::operator()(const Arguments&... arguments) const {
+  if constexpr (detail::has_keywords<Arguments...>) {
+    return detail::call_with_keywords(*this, arguments...);
+  } else {
+    return steal(PyObject_CallFunctionObjArgs(object_, to_python(arguments).get()...,
+                                              static_cast<PyObject*>(nullptr)));
+  }
+}
+
+template <class... Arguments>
+Ref Ref::call(const Ref& name, const Arguments&... arguments) const {
+  if constexpr (detail::has_keywords<Arguments...>) {
+    return detail::call_with_keywords(attr(name), arguments...);
+  } else {
+    return steal(PyObject_CallMethodObjArgs(object_, name.get(), to_python(arguments).get()...,
+                                            static_cast<PyObject*>(nullptr)));
+  }
+}
+
+template <class Test>
+bool all_of(const Ref& iterable, Test test) {
+  const Ref iterator = detail::iterator(iterable);
+  while (const Ref item = detail::next(iterator)) {
+    if (!test(item)) return false;
+  }
+  return true;
+}
+
+template <class Visit>
+void for_each(const Ref& iterable, Visit visit) {
+  const Ref iterator = detail::iterator(iterable);
+  while (const Ref item = detail::next(iterator)) visit(item);
+}
+
+}  // namespace tandrel::py
