@@ -1,0 +1,349 @@
+#include "canvas_drawing.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+#include "painter.hpp"
+#include "projection.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+constexpr double kLeastGridPixels = 10;
+constexpr double kCornerRadius = 3;   // pixels; rings on the clicked corners
+constexpr double kPointerRadius = 2;  // pixels; the dot where a click would land
+
+Ref first_axis_colour() {
+  return "#D2504B"_n;
+}
+Ref second_axis_colour() {
+  return "#3E9B5B"_n;
+}
+
+/// What one repaint works with.
+struct Picture {
+  explicit Picture(const Editor& of)
+      : editor(of),
+        canvas(of.canvas()),
+        width(canvas.call("winfo_width"_n)),
+        height(canvas.call("winfo_height"_n)) {}
+
+  const Editor& editor;
+  Ref canvas;
+  Ref width;  // pixels, as the canvas gives them
+  Ref height;
+};
+
+// -- background --------------------------------------------------------------------------------
+
+void draw_grid(const Picture& picture, const Projection& projection, const Painter& painter) {
+  const Ref zero = py::to_python(0);
+  const Point lo = projection.to_world(zero, picture.height);
+  const Point hi = projection.to_world(picture.width, zero);
+  const double typed_step = picture.editor.call("grid_step"_n).number();
+  const double step = drawn_grid_step(typed_step, picture.editor.scale(), kLeastGridPixels);
+  if (!is_finite(lo) || !is_finite(hi)) return;
+  Ref options;
+  const auto draw_line = [&](const Ref& x1, const Ref& y1, const Ref& x2, const Ref& y2) {
+    if (!options) options = py::dict("fill"_n, palette("bg"_n));
+    painter.line(py::tuple(x1, y1, x2, y2), options);
+  };
+  for_each_grid_coordinate(lo.x, hi.x, step, [&](double x) {
+    const Ref sx = py::to_python(projection.to_screen({x, 0}).x);
+    draw_line(sx, zero, sx, picture.height);
+  });
+  for_each_grid_coordinate(lo.y, hi.y, step, [&](double y) {
+    const Ref sy = py::to_python(projection.to_screen({0, y}).y);
+    draw_line(zero, sy, picture.width, sy);
+  });
+}
+
+void draw_axes(const Picture& picture, const Projection& projection, const Painter& painter) {
+  const Point origin = projection.to_screen({0, 0});
+  const auto [first, second] = picture.editor.axis_names();
+  const Ref dash = py::tuple(4, 3);
+  painter.line(py::tuple(0, origin.y, picture.width, origin.y),
+               py::dict("fill"_n, first_axis_colour(), "dash"_n, dash));
+  painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
+               py::dict("fill"_n, second_axis_colour(), "dash"_n, dash));
+  painter.text(py::tuple(picture.width.number() - 6, origin.y - 4),
+               py::dict("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
+  painter.text(py::tuple(origin.x + 4, 6),
+               py::dict("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));
+}
+
+void draw_references(const Picture& picture, Projection& projection, const Painter& painter) {
+  py::for_each(picture.editor.get("refs"_n), [&](const Ref& reference) {
+    const Ref points = py::unpack<2>(reference)[1];
+    if (points.size() < 2) return;
+    std::vector<Point> pixels = projection.to_screen_all(points);
+    pixels.push_back(pixels.front());
+    painter.line(coordinates(pixels),
+                 py::dict("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
+  });
+}
+
+// -- shapes ------------------------------------------------------------------------------------
+
+/// The outlines of one repaint: each entity's is asked for once, when it is first needed, unless
+/// `_ok` is overridden and has to be asked at each turn.
+class Outlines {
+ public:
+  explicit Outlines(const Editor& editor) : editor_(editor), own_ok_(editor.has_own("_ok"_n)) {}
+
+  bool is_valid(std::size_t index, const Ref& entity) {
+    return own_ok_ ? static_cast<bool>(find(index, entity)) : editor_.is_valid(entity);
+  }
+  /// Empty for an entity that isn't valid.
+  Ref find(std::size_t index, const Ref& entity) {
+    if (!own_ok_) return editor_.valid_outline(entity);
+    if (index >= answers_.size()) answers_.resize(index + 1);
+    if (!answers_[index].entity.is(entity)) {
+      answers_[index] = {entity, outline_unless_refused(entity)};
+    }
+    return answers_[index].outline;
+  }
+
+ private:
+  struct Answer {
+    Ref entity;
+    Ref outline;
+  };
+
+  const Editor& editor_;
+  bool own_ok_;
+  std::vector<Answer> answers_;
+};
+
+/// One nesting depth for each entity. All zero where an entity isn't valid or the sketch module
+/// can't tell.
+std::vector<double> nesting_depths(const Editor& editor, const Ref& entities, Outlines& outlines) {
+  Ref depths;
+  py::attempt(
+      [&] {
+        std::size_t index = 0;
+        const bool all_valid = py::all_of(
+            entities, [&](const Ref& entity) { return outlines.is_valid(index++, entity); });
+        if (all_valid) depths = S().call("depths"_n, editor.sketch());
+      },
+      py::ValueError, py::KeyError);
+  std::vector<double> result(static_cast<std::size_t>(entities.size()));
+  if (depths) {
+    for (std::size_t i = 0; i < result.size(); ++i) {
+      result[i] = depths[static_cast<Py_ssize_t>(i)].number();
+    }
+  }
+  return result;
+}
+
+/// Indexes by depth; those of equal depth keep their order. What isn't a number comes last, for a
+/// sort needs every two depths to be comparable.
+std::vector<std::size_t> painting_order(std::vector<double> depths) {
+  for (double& depth : depths) {
+    if (std::isnan(depth)) depth = std::numeric_limits<double>::infinity();
+  }
+  std::vector<std::size_t> order(depths.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return depths[a] < depths[b]; });
+  return order;
+}
+
+/// Polygon options of the four looks of a shape, each made when it is first needed.
+class ShapeLooks {
+ public:
+  const Ref& of(bool is_hole, bool is_selected) {
+    Ref& look = looks_[is_hole ? 1 : 0][is_selected ? 1 : 0];
+    if (!look) {
+      const Ref fill = palette(is_hole ? "panel"_n : "accent_soft"_n);
+      const Ref outline = is_selected ? highlight_colour() : palette("accent"_n);
+      look = py::dict("fill"_n, fill, "outline"_n, outline, "width"_n, is_selected ? 3 : 2);
+    }
+    return look;
+  }
+
+ private:
+  Ref looks_[2][2];
+};
+
+void draw_shapes(const Editor& editor, Projection& projection, const Painter& painter) {
+  const Ref entities = editor.entities();
+  Outlines outlines(editor);
+  const std::vector<double> depths = nesting_depths(editor, entities, outlines);
+  ShapeLooks looks;
+  for (const std::size_t index : painting_order(depths)) {
+    const Ref entity = entities[static_cast<Py_ssize_t>(index)];
+    const Ref outline = outlines.find(index, entity);
+    if (!outline) continue;
+    const Ref pixels = coordinates(projection.to_screen_all(outline));
+    const bool is_hole = std::fmod(depths[index], 2) != 0;
+    const bool is_selected = py::to_python(index).equals(editor.selection());
+    painter.polygon(pixels, looks.of(is_hole, is_selected));
+    if (is_selected) editor.call("_dimensions"_n, entity);
+  }
+}
+
+void redraw(const Editor& editor) {
+  editor.canvas().call("delete"_n, "all"_n);
+  const Picture picture(editor);
+  if (picture.width.number() < 2) return;  // not laid out yet
+  const Painter painter(picture.canvas);
+  Projection projection(editor);
+  draw_grid(picture, projection, painter);
+  draw_axes(picture, projection, painter);
+  draw_references(picture, projection, painter);
+  draw_shapes(editor, projection, painter);
+  editor.call("_preview"_n);
+}
+
+// -- dimension labels --------------------------------------------------------------------------
+
+class Labels {
+ public:
+  explicit Labels(const Editor& editor)
+      : editor_(editor), painter_(editor.canvas()), unit_system_(units()) {}
+
+  Ref length(double value) const { return format_length(unit_system_, py::to_python(value)); }
+
+  Point at(const Ref& point) const {
+    const auto [x, y] = py::unpack<2>(editor_.call("to_screen"_n, point));
+    return {x.number(), y.number()};
+  }
+
+  /// Writes a label centred on a pixel, or with the given anchor there.
+  void write(Point pixel, const Ref& text, const Ref& anchor = {}) const {
+    const Ref options = py::dict("text"_n, text, "fill"_n, highlight_colour());
+    if (anchor) options.set_item("anchor"_n, anchor);
+    painter_.text(py::tuple(pixel.x, pixel.y), options);
+  }
+
+ private:
+  const Editor& editor_;
+  Painter painter_;
+  Ref unit_system_;
+};
+
+double read(const Ref& entity, const Ref& key) {
+  return entity[key].to_float();
+}
+
+void label_rectangle(const Labels& labels, const Ref& entity) {
+  const Point corner{read(entity, "x"_n), read(entity, "y"_n)};
+  const Point size{read(entity, "w"_n), read(entity, "h"_n)};
+  const Point below = labels.at(py::tuple(corner.x + size.x / 2, corner.y));
+  labels.write(below + Point{0, 12}, labels.length(size.x));
+  const Point right = labels.at(py::tuple(corner.x + size.x, corner.y + size.y / 2));
+  labels.write(right + Point{6, 0}, labels.length(size.y), "w"_n);
+}
+
+void label_diameter(const Labels& labels, const Ref& entity, const Ref& prefix) {
+  const Ref x = entity["xc"_n];
+  const Point centre = labels.at(py::tuple(x, entity["yc"_n]));
+  const Ref diameter = labels.length(2 * read(entity, "r"_n));
+  labels.write(centre, ""_n.call("join"_n, py::list(prefix, diameter)));
+}
+
+void label_slot(const Labels& labels, const Ref& entity) {
+  const Point end1{read(entity, "x1"_n), read(entity, "y1"_n)};
+  const Point end2{read(entity, "x2"_n), read(entity, "y2"_n)};
+  const Point sum = end1 + end2;
+  const Point middle = labels.at(py::tuple(sum.x * 0.5, sum.y * 0.5));
+  labels.write(middle, global("describe"_n)(entity));
+}
+
+void dimensions(const Editor& editor, const Ref& entity) {
+  const Labels labels(editor);
+  const Ref type = entity["type"_n];
+  if (type.equals("rectangle"_n)) {
+    label_rectangle(labels, entity);
+  } else if (type.equals("circle"_n)) {
+    label_diameter(labels, entity, "Ø "_n);
+  } else if (type.equals("regular"_n)) {
+    label_diameter(labels, entity, ""_n);
+  } else if (type.equals("slot"_n)) {
+    label_slot(labels, entity);
+  }
+}
+
+// -- live preview ------------------------------------------------------------------------------
+
+class Preview {
+ public:
+  explicit Preview(const Editor& editor)
+      : editor_(editor),
+        cursor_(editor.get("cursor"_n)),
+        projection_(editor),
+        painter_(editor.canvas()) {}
+
+  void draw() {
+    const Ref tool = editor_.variable("tool"_n);
+    const Ref drag = editor_.get("drag"_n);
+    if (drag.truth() && drag.call("get"_n, "kind"_n).equals("new"_n)) {
+      draw_outline(editor_.call("_from_drag"_n, drag["start"_n], cursor_));
+    }
+    const Ref clicks = editor_.get("clicks"_n);
+    if (tool.equals("line"_n) && clicks.truth()) draw_corners(clicks);
+    if (tool.equals("slot"_n) && clicks.truth()) draw_slot(clicks);
+    painter_.circle(projection_.to_screen(cursor_), kPointerRadius,
+                    py::dict("fill"_n, highlight_colour(), "outline"_n, ""_n));
+  }
+
+ private:
+  static Ref dash() { return py::tuple(5, 3); }
+
+  void draw_outline(const Ref& entity) {
+    if (entity.is_none()) return;
+    const Ref outline = editor_.valid_outline(entity);
+    if (!outline) return;
+    painter_.polygon(
+        coordinates(projection_.to_screen_all(outline)),
+        py::dict("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
+  }
+
+  void draw_corners(const Ref& clicks) {
+    std::vector<Point> pixels = projection_.to_screen_all(clicks);
+    pixels.push_back(projection_.to_screen(cursor_));
+    painter_.line(coordinates(pixels), py::dict("fill"_n, highlight_colour(), "width"_n, 2));
+    const Ref ring = py::dict("outline"_n, highlight_colour());
+    py::for_each(clicks, [&](const Ref& click) {
+      painter_.circle(projection_.to_screen(click), kCornerRadius, ring);
+    });
+  }
+
+  void draw_slot(const Ref& clicks) {
+    if (clicks.size() != 1) {
+      const Ref end1 = clicks[0];
+      draw_outline(editor_.call("_slot"_n, end1, clicks[1], cursor_));
+      return;
+    }
+    const Point end = projection_.to_screen(clicks[0]);
+    painter_.line(coordinates({end, projection_.to_screen(cursor_)}),
+                  py::dict("fill"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
+  }
+
+  const Editor& editor_;
+  Ref cursor_;
+  Projection projection_;
+  Painter painter_;
+};
+
+void preview(const Editor& editor) {
+  Preview(editor).draw();
+}
+
+}  // namespace
+
+const py::Methods& canvas_drawing_methods() {
+  using py::method;
+  static const py::Methods& methods = *new py::Methods{
+      method<&redraw>("redraw", {}, "Paint the whole picture again."),
+      method<&dimensions>("_dimensions", {"e"}, "Dimension labels for the selected shape."),
+      method<&preview>("_preview", {}, "The shape being drawn, following the pointer."),
+  };
+  return methods;
+}
+
+}  // namespace tandrel::sketcher

@@ -1,0 +1,360 @@
+#include "editor.hpp"
+
+#include <algorithm>
+
+#include "widgets.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+Ref& editor_class() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static Ref& held = *new Ref;
+  return held;
+}
+
+// -- layout ------------------------------------------------------------------------------------
+//
+//   dialog
+//     outer
+//       top       plane, offset (3D sketches only), snap, grid, fit
+//       body
+//         tools   one button a tool, sides, delete
+//         canvas
+//         side    list of shapes, property form
+//       status
+//       bottom    hint, OK, Cancel
+
+Ref panel(const Ref& parent) {
+  return themed("Frame"_n, parent, "style"_n, "Panel.TFrame");
+}
+
+void add_label(const Ref& parent, const Ref& text, const char* style, const Ref& padx = {}) {
+  const Ref label = themed("Label"_n, parent, "text"_n, text, "style"_n, style);
+  const Ref options = py::dict("side"_n, "left");
+  if (padx) options.set_item("padx"_n, padx);
+  label.call("pack"_n, py::Keywords(options));
+}
+
+void add_unit_label(const Ref& parent, const Ref& padx) {
+  add_label(parent, units().call("unit"_n, "length"_n), "Muted.TLabel", padx);
+}
+
+Ref add_entry(const Ref& parent, const Ref& entry_variable, int width, const Ref& padx = {}) {
+  Ref entry = themed("Entry"_n, parent, "textvariable"_n, entry_variable, "width"_n, width);
+  const Ref options = py::dict("side"_n, "left");
+  if (padx) options.set_item("padx"_n, padx);
+  entry.call("pack"_n, py::Keywords(options));
+  return entry;
+}
+
+void build_placement(const Editor& editor, const Ref& top, bool allow_plane) {
+  if (allow_plane) {
+    add_label(top, tr("Plane"_n), "Panel.TLabel");
+    const Ref chooser =
+        themed("Combobox"_n, top, "textvariable"_n, editor.get("plane"_n), "values"_n,
+               S().attr("PLANES"_n), "state"_n, "readonly", "width"_n, 5);
+    pack(chooser, "side"_n, "left", "padx"_n, py::tuple(4, 12));
+    bind(chooser, "<<ComboboxSelected>>"_n,
+         command_sequence(editor, py::tuple("_plane_changed"_n, "redraw"_n)));
+  }
+  add_label(top, tr("Offset along the normal"_n), "Panel.TLabel");
+  add_entry(top, editor.get("offset"_n), 9, py::tuple(4, 2));
+  add_unit_label(top, py::tuple(0, 12));
+}
+
+void build_top(const Editor& editor, const Ref& outer, bool allow_plane) {
+  const Ref top = panel(outer);
+  pack(top, "fill"_n, "x");
+  if (editor.get("dim"_n).equals(py::to_python(3))) build_placement(editor, top, allow_plane);
+  pack(themed("Checkbutton"_n, top, "text"_n, tr("Snap to grid"_n), "variable"_n,
+              editor.get("snap"_n)),
+       "side"_n, "left");
+  add_label(top, tr("Grid"_n), "Panel.TLabel", py::tuple(10, 4));
+  const Ref grid = add_entry(top, editor.get("grid"_n), 7);
+  for (const Ref& event : {"<Return>"_n, "<FocusOut>"_n}) {
+    bind(grid, event, command(editor, "redraw"_n));
+  }
+  add_unit_label(top, py::tuple(2, 0));
+  pack(themed("Button"_n, top, "text"_n, tr("Fit"_n), "command"_n, command(editor, "fit"_n)),
+       "side"_n, "right");
+}
+
+void build_tools(const Editor& editor, const Ref& body) {
+  const Ref column = panel(body);
+  pack(column, "side"_n, "left", "fill"_n, "y", "padx"_n, py::tuple(0, 8));
+  py::for_each(global("TOOLS"_n), [&](const Ref& tool) {
+    const auto [key, label] = py::unpack<2>(tool);
+    const Ref button =
+        themed("Radiobutton"_n, column, "text"_n, tr(label), "value"_n, key, "variable"_n,
+               editor.get("tool"_n), "style"_n, "SketchTool.TRadiobutton", "command"_n,
+               command(editor, "cancel_drawing"_n));
+    pack(button, "fill"_n, "x", "pady"_n, 1);
+    global("Tooltip"_n)(button, tr(global("TOOL_TIPS"_n)[key]));
+  });
+  const Ref row = panel(column);
+  pack(row, "fill"_n, "x", "pady"_n, py::tuple(6, 0));
+  add_label(row, tr("Sides"_n), "Panel.TLabel");
+  pack(themed("Spinbox"_n, row, "from_"_n, 3, "to"_n, 64, "textvariable"_n, editor.get("sides"_n),
+              "width"_n, 4),
+       "side"_n, "left", "padx"_n, py::tuple(4, 0));
+  pack(themed("Button"_n, column, "text"_n, tr("Delete"_n), "command"_n,
+              command(editor, "delete"_n)),
+       "fill"_n, "x", "pady"_n, py::tuple(12, 0));
+}
+
+struct EventBinding {
+  const char* event;
+  const char* operation;
+};
+
+constexpr EventBinding kPointerBindings[] = {
+    {"<ButtonPress-1>", "_press"},     {"<B1-Motion>", "_drag"},
+    {"<ButtonRelease-1>", "_release"}, {"<Motion>", "_motion"},
+    {"<ButtonPress-2>", "_pan_start"}, {"<ButtonPress-3>", "_pan_start"},
+    {"<B2-Motion>", "_pan_move"},      {"<B3-Motion>", "_pan_move"},
+};
+
+void bind_canvas(const Editor& editor, const Ref& canvas) {
+  bind(canvas, "<Configure>"_n, command(editor, "redraw"_n));
+  for (const EventBinding& row : kPointerBindings) {
+    bind(canvas, py::to_python(row.event), event_handler(editor, py::interned(row.operation)));
+  }
+  bind(canvas, "<Double-Button-1>"_n, command(editor, "close_line"_n));
+  bind(canvas, "<MouseWheel>"_n, zoom_handler(editor));
+  bind(canvas, "<Button-4>"_n, zoom_handler(editor, kZoomStep));
+  bind(canvas, "<Button-5>"_n, zoom_handler(editor, 1 / kZoomStep));
+}
+
+void build_canvas(const Editor& editor, const Ref& body) {
+  const Ref canvas = global("tk"_n).call(
+      "Canvas"_n, body,
+      py::kw("width"_n, 620, "height"_n, 460, "background"_n, palette("panel"_n),
+             "highlightthickness"_n, 1, "highlightbackground"_n, palette("line"_n), "cursor"_n,
+             "crosshair"));
+  editor.set("canvas"_n, canvas);
+  pack(canvas, "side"_n, "left", "fill"_n, "both", "expand"_n, true);
+  bind_canvas(editor, canvas);
+}
+
+void build_side(const Editor& editor, const Ref& body) {
+  const Ref side = themed("Frame"_n, body, "style"_n, "Panel.TFrame", "width"_n, 280);
+  pack(side, "side"_n, "left", "fill"_n, "y", "padx"_n, py::tuple(8, 0));
+  const Ref rows = themed("Treeview"_n, side, "columns"_n, py::tuple("size"_n), "show"_n,
+                          "tree headings", "height"_n, 8, "selectmode"_n, "browse");
+  editor.set("list"_n, rows);
+  rows.call("heading"_n, "#0", py::kw("text"_n, tr("Shape"_n)));
+  rows.call("heading"_n, "size", py::kw("text"_n, tr("Size"_n)));
+  rows.call("column"_n, "#0", py::kw("width"_n, 110));
+  rows.call("column"_n, "size", py::kw("width"_n, 160));
+  pack(rows, "fill"_n, "x");
+  bind(rows, "<<TreeviewSelect>>"_n, command(editor, "_list_selected"_n));
+  const Ref props = panel(side);
+  editor.set("props"_n, props);
+  pack(props, "fill"_n, "x", "pady"_n, py::tuple(8, 0));
+}
+
+void build_status(const Editor& editor, const Ref& outer) {
+  const Ref status = themed("Label"_n, outer, "text"_n, "", "style"_n, "Muted.TLabel",
+                            "wraplength"_n, px(900), "justify"_n, "left");
+  editor.set("status"_n, status);
+  pack(status, "fill"_n, "x", "pady"_n, py::tuple(6, 0));
+}
+
+void build_bottom(const Editor& editor, const Ref& outer) {
+  const Ref bottom = panel(outer);
+  pack(bottom, "fill"_n, "x", "pady"_n, py::tuple(8, 0));
+  add_label(bottom, tr("Shapes inside other shapes become holes; overlapping shapes join."_n),
+            "Muted.TLabel");
+  pack(themed("Button"_n, bottom, "text"_n, tr("Cancel"_n), "command"_n,
+              command(editor, "destroy"_n)),
+       "side"_n, "right");
+  pack(themed("Button"_n, bottom, "text"_n, tr("OK"_n), "style"_n, "Primary.TButton", "command"_n,
+              command(editor, "ok"_n)),
+       "side"_n, "right", "padx"_n, py::tuple(0, 6));
+}
+
+void build(const Editor& editor, const Ref& allow_plane) {
+  const Ref sketch = editor.sketch();
+  editor.set("plane"_n,
+             variable("StringVar"_n, editor.object(), sketch.call("get"_n, "plane"_n, "XY")));
+  Ref offset = sketch.call("get"_n, "offset"_n, 0);
+  if (!offset.truth()) offset = py::to_python(0);
+  const Ref shown_offset = units().call("from_si"_n, offset, "length"_n);
+  editor.set("offset"_n,
+             variable("StringVar"_n, editor.object(), global("num_text"_n)(shown_offset)));
+
+  const Ref outer = themed("Frame"_n, editor.object(), "style"_n, "Panel.TFrame", "padding"_n, 10);
+  pack(outer, "fill"_n, "both", "expand"_n, true);
+  build_top(editor, outer, allow_plane.truth());
+  const Ref body = panel(outer);
+  pack(body, "fill"_n, "both", "expand"_n, true, "pady"_n, py::tuple(8, 0));
+  build_tools(editor, body);
+  build_canvas(editor, body);
+  build_side(editor, body);
+  build_status(editor, outer);
+  build_bottom(editor, outer);
+  editor.call("refresh_list"_n);
+}
+
+// -- life --------------------------------------------------------------------------------------
+
+/// The constructor's arguments after the parent.
+struct Request {
+  Ref sketch;
+  Ref dim;
+  Ref title;
+  Ref references;
+  Ref allow_plane;
+};
+
+void set_state(const Editor& editor, const Request& request) {
+  const Ref np = global("np"_n);
+  const Ref sketch = request.sketch.truth() ? deepcopy(request.sketch) : S().call("new"_n);
+  sketch.call("setdefault"_n, "entities"_n, py::list());
+  editor.set("sk"_n, sketch);
+  editor.set("dim"_n, request.dim);
+  editor.set("refs"_n, request.references.to_list());
+  editor.set("result"_n, Ref::none());
+  editor.set("sel"_n, Ref::none());
+  const Ref tool = editor.entities().truth() ? "select"_n : "rectangle"_n;
+  editor.set("tool"_n, variable("StringVar"_n, editor.object(), tool));
+  editor.set("snap"_n, variable("BooleanVar"_n, editor.object(), py::to_python(true)));
+  const Ref num_text = global("num_text"_n);
+  const Ref unit_system = units();
+  const Ref step = unit_system.call("from_si"_n, editor.call("_default_grid"_n), "length"_n);
+  editor.set("grid"_n, variable("StringVar"_n, editor.object(), num_text(step)));
+  editor.set("sides"_n, variable("StringVar"_n, editor.object(), "6"_n));
+  editor.set("drag"_n, Ref::none());
+  editor.set("clicks"_n, py::list());
+  editor.set("cursor"_n, np.call("zeros"_n, 2));
+  editor.set("scale"_n, 1.0);
+  editor.set("centre"_n, np.call("zeros"_n, 2));
+}
+
+constexpr EventBinding kKeyBindings[] = {
+    {"<Escape>", "cancel_drawing"},
+    {"<Return>", "close_line"},
+    {"<Delete>", "delete"},
+    {"<BackSpace>", "delete"},
+};
+
+void open(const Editor& editor, const Ref& parent, const Request& request) {
+  const Ref title = request.title.truth() ? request.title : tr("Sketch"_n);
+  editor.call("title"_n, title);
+  editor.call("transient"_n, parent);
+  editor.call("configure"_n, py::kw("background"_n, palette("panel"_n)));
+  set_state(editor, request);
+  editor.call("_build"_n, request.allow_plane);
+  editor.call("update_idletasks"_n);
+  editor.call("fit"_n);
+  for (const EventBinding& row : kKeyBindings) {
+    bind(editor.object(), py::to_python(row.event), command(editor, py::interned(row.operation)));
+  }
+}
+
+void close_half_built(const Editor& editor) noexcept {
+  try {
+    editor.call("destroy"_n);
+  } catch (const py::Error&) {
+    // The error that stopped the construction is the one to report.
+  }
+}
+
+void init(const Editor& editor, const Ref& parent, const Ref& sketch, const Ref& dim,
+          const Ref& title, const Ref& references, const Ref& allow_plane) {
+  py::super(editor_class(), editor.object()).call("__init__"_n, parent);
+  try {
+    open(editor, parent,
+         {sketch, dim ? dim : py::to_python(3), title ? title : ""_n,
+          references ? references : py::tuple(), allow_plane ? allow_plane : py::to_python(true)});
+  } catch (...) {
+    close_half_built(editor);
+    throw;
+  }
+}
+
+long long measure(const Ref& widget, const Ref& what) {
+  return widget.call(what).integer();
+}
+
+/// The pixel at which the dialog starts, so that `1 / part` of the free space is before it; never
+/// before the master's own start.
+long long start_within(long long start, long long available, long long needed, long long part) {
+  return start + std::max((available - needed) / part, 0LL);
+}
+
+Ref run(const Editor& editor) {
+  editor.call("update_idletasks"_n);
+  const Ref& self = editor.object();
+  const Ref master = editor.get("master"_n);
+  const auto left = measure(master, "winfo_rootx"_n);
+  const auto width = measure(master, "winfo_width"_n);
+  const auto x = start_within(left, width, measure(self, "winfo_width"_n), 2);
+  const auto top = measure(master, "winfo_rooty"_n);
+  const auto height = measure(master, "winfo_height"_n);
+  const auto y = start_within(top, height, measure(self, "winfo_height"_n), 4);
+  editor.call("geometry"_n, "+{}+{}"_n.call("format"_n, x, y));
+  editor.call("grab_set"_n);
+  editor.call("fit"_n);
+  editor.call("wait_window"_n);
+  return editor.get("result"_n);
+}
+
+void store_placement(const Editor& editor) {
+  const Ref sketch = editor.sketch();
+  const Ref unit_system = units();
+  const double typed = editor.variable("offset"_n).to_float();
+  sketch.set_item("offset"_n, unit_system.call("to_si"_n, typed, "length"_n));
+  sketch.set_item("plane"_n, editor.variable("plane"_n));
+}
+
+void ok(const Editor& editor) {
+  if (editor.get("dim"_n).equals(py::to_python(3))) {
+    const auto unreadable = py::attempt([&] { store_placement(editor); }, py::ValueError);
+    if (unreadable) {
+      editor.set_status(tr("The offset must be a number."_n));
+      return;
+    }
+  }
+  const Ref problems = S().call("check"_n, editor.sketch());
+  if (problems.truth()) {
+    editor.set_status("; "_n.call("join"_n, problems));
+    return;
+  }
+  editor.set("result"_n, editor.sketch());
+  editor.call("destroy"_n);
+}
+
+bool is_ok(const Ref& entity) {
+  return static_cast<bool>(outline_unless_refused(entity));
+}
+
+void plane_changed(const Editor& editor) {
+  const Ref plane = editor.variable("plane"_n);
+  editor.sketch().set_item("plane"_n, plane);
+}
+
+}  // namespace
+
+void set_editor_class(const py::Ref& held) {
+  editor_class() = held;
+}
+
+const py::Methods& editor_methods() {
+  using py::method;
+  static const py::Methods& methods = *new py::Methods{
+      method<&init>("__init__",
+                    {"parent", "sketch", "dim=3", "title=''", "references=()", "allow_plane=True"},
+                    "Open a dialog over parent on a copy of the sketch, or on a new one."),
+      method<&build>("_build", {"allow_plane"}, "Make the dialog's widgets."),
+      method<&run>("run", {}, "Show the dialog, wait for its end and return `result`."),
+      method<&ok>("ok", {}, "Accept the sketch, or tell why not."),
+      py::static_method<&is_ok>("_ok", {"e"}, "Whether the sketch module can outline entity e."),
+      method<&plane_changed>("_plane_changed", {}, "Take over the chosen plane."),
+  };
+  return methods;
+}
+
+}  // namespace tandrel::sketcher

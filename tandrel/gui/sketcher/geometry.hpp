@@ -1,0 +1,102 @@
+// Points and the view transform in plain numbers, without Python.
+//
+// Plane points are lengths in SI units with v growing upwards, canvas points are pixels with y
+// growing downwards. The formulas are evaluated in the order in which they are written.
+#pragma once
+
+#include <cmath>
+#include <optional>
+#include <span>
+
+namespace tandrel::sketcher {
+
+struct Point {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+inline Point operator+(Point a, Point b) {
+  return {a.x + b.x, a.y + b.y};
+}
+inline Point operator-(Point a, Point b) {
+  return {a.x - b.x, a.y - b.y};
+}
+
+inline bool is_finite(Point p) {
+  return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
+/// z component of the cross product of two plane vectors.
+inline double cross(Point a, Point b) {
+  return a.x * b.y - a.y * b.x;
+}
+
+struct Box {
+  Point lo;
+  Point hi;
+};
+
+/// The smaller and the larger of two numbers; where one isn't a number, neither is the result.
+inline double lesser(double a, double b) {
+  return std::isnan(a) || a < b ? a : b;
+}
+inline double greater(double a, double b) {
+  return std::isnan(a) || a > b ? a : b;
+}
+
+/// The bounding box of points; none for no points. A coordinate that isn't a number makes its
+/// bounds not a number either.
+inline std::optional<Box> bounding_box(std::span<const Point> points) {
+  if (points.empty()) return std::nullopt;
+  Box box{points.front(), points.front()};
+  for (const Point p : points.subspan(1)) {
+    box.lo = {lesser(box.lo.x, p.x), lesser(box.lo.y, p.y)};
+    box.hi = {greater(box.hi.x, p.x), greater(box.hi.y, p.y)};
+  }
+  return box;
+}
+
+/// What the canvas shows: `centre` in the middle of width x height pixels, at `scale` pixels per SI
+/// length unit.
+struct View {
+  double width = 0.0;
+  double height = 0.0;
+  double scale = 1.0;
+  Point centre;
+
+  Point to_screen(Point p) const {
+    return {width / 2 + (p.x - centre.x) * scale, height / 2 - (p.y - centre.y) * scale};
+  }
+  Point to_world(Point pixel) const {
+    return {centre.x + (pixel.x - width / 2) / scale, centre.y - (pixel.y - height / 2) / scale};
+  }
+};
+
+/// Calls `visit(coordinate)` for the multiples of `step` from the last one at or below `from` up to
+/// `to`, both included. Visits nothing where a number isn't finite, and stops where the coordinate
+/// is too large for the step to change it: a view far away from the origin must not repaint for
+/// ever.
+template <class Visit>
+void for_each_grid_coordinate(double from, double to, double step, Visit visit) {
+  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(step)) return;
+  double coordinate = std::floor(from / step) * step;
+  while (coordinate <= to) {
+    visit(coordinate);
+    const double next = coordinate + step;
+    if (next == coordinate) return;
+    coordinate = next;
+  }
+}
+
+/// The grid step to draw: `step`, made five times larger until its lines are `least` pixels apart
+/// or multiplying changes nothing any more.
+inline double drawn_grid_step(double step, double scale, double least) {
+  while (step * scale < least) {
+    const double wider = step * 5;
+    if (wider == step) break;
+    step = wider;
+  }
+  return step;
+}
+
+}  // namespace tandrel::sketcher

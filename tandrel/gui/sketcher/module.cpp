@@ -1,0 +1,101 @@
+// How the module loads: its imports in their order, its tables, its function and its class.
+
+#include "canvas_drawing.hpp"
+#include "editor.hpp"
+#include "neighbours.hpp"
+#include "python/extension.hpp"
+#include "side_panel.hpp"
+#include "tables.hpp"
+#include "tools.hpp"
+#include "view.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+struct Import {
+  const char* module;
+  const char* name;  // null: the module itself
+  const char* as;
+};
+
+constexpr Import kImports[] = {
+    {"copy", nullptr, "copy"},
+    {"math", nullptr, "math"},
+    {"tkinter", nullptr, "tk"},
+    {"tkinter.ttk", nullptr, "ttk"},
+    {"typing", "Any", "Any"},
+    {"typing", "Dict", "Dict"},
+    {"typing", "List", "List"},
+    {"typing", "Optional", "Optional"},
+    {"typing", "Sequence", "Sequence"},
+    {"typing", "Tuple", "Tuple"},
+    {"numpy", nullptr, "np"},
+    {"tandrel.sketch", nullptr, "S"},
+    {"tandrel.gui.i18n", "N_", "N_"},
+    {"tandrel.gui.i18n", "tr", "tr"},
+    {"tandrel.gui.widgets", "PAL", "PAL"},
+    {"tandrel.gui.widgets", "Form", "Form"},
+    {"tandrel.gui.widgets", "Tooltip", "Tooltip"},
+    {"tandrel.gui.widgets", "num_text", "num_text"},
+    {"tandrel.gui.widgets", "px", "px"},
+    {"tandrel.gui.widgets", "units", "units"},
+};
+
+void add_imports(const Ref& module) {
+  for (const Import& row : kImports) {
+    const Ref source = py::import_module(py::interned(row.module));
+    const Ref value =
+        row.name == nullptr ? source : py::import_from(source, py::interned(row.name));
+    module.set_attr(py::interned(row.as), value);
+  }
+}
+
+Ref make_editor_class(const Ref& module) {
+  const Ref attributes = py::dict(
+      "__module__"_n, module.attr("__name__"_n), "__qualname__"_n, "SketchEditor", "__doc__"_n,
+      "Edit a sketch in place. `result` is the edited sketch after OK (None after "
+      "Cancel).");
+  for (const py::Methods* unit : {&editor_methods(), &view_methods(), &canvas_drawing_methods(),
+                                  &tools_methods(), &side_panel_methods()}) {
+    py::set_own(*unit);
+    for (const py::Signature* method : *unit) {
+      const bool is_static = method->binding() == py::Signature::Binding::kStatic;
+      attributes.set_item(
+          py::interned(method->name()),
+          is_static ? py::make_static(method->function(module)) : method->descriptor());
+    }
+  }
+  const Ref base = global("tk"_n).attr("Toplevel"_n);
+  return py::make_class("SketchEditor"_n, py::tuple(base), attributes);
+}
+
+void load(const Ref& module) {
+  set_namespace(module.attr("__dict__"_n));
+  add_imports(module);
+  add_tables(module);
+  module.set_attr("describe"_n, describe_function().function(module));
+  const Ref editor_class = make_editor_class(module);
+  set_editor_class(editor_class);
+  module.set_attr("SketchEditor"_n, editor_class);
+}
+
+void forget() noexcept {
+  set_editor_class(Ref());
+  clear_namespace();
+}
+
+constexpr py::Extension kExtension{
+    "sketcher",
+    "Sketch editor: draw closed profiles with the mouse, snap to a grid and to existing points,\n"
+    "and type exact dimensions. Used by the sketch-based features (extrude, revolve and 2D "
+    "regions).",
+    &load, &forget};
+
+}  // namespace
+
+}  // namespace tandrel::sketcher
+
+PyMODINIT_FUNC PyInit_sketcher() {
+  return tandrel::py::initialise<tandrel::sketcher::kExtension>();
+}

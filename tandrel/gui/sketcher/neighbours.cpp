@@ -1,0 +1,38 @@
+#include "neighbours.hpp"
+
+#include "python/error.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+Ref& namespace_dictionary() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static Ref& dictionary = *new Ref;
+  return dictionary;
+}
+
+}  // namespace
+
+void set_namespace(const Ref& dictionary) {
+  namespace_dictionary() = dictionary;
+}
+
+void clear_namespace() noexcept {
+  namespace_dictionary() = Ref();
+}
+
+Ref global(const Ref& name) {
+  if (Ref found = py::find_item(namespace_dictionary(), name)) return found;
+  py::Error::raise(py::NameError, "name '" + name.text() + "' is not defined");
+}
+
+Ref array(Point point) {
+  return global("np"_n).call("array"_n, py::list(point.x, point.y));
+}
+
+double norm(Point vector) {
+  return global("np"_n).attr("linalg"_n).call("norm"_n, array(vector)).to_float();
+}
+
+}  // namespace tandrel::sketcher

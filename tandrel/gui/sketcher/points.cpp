@@ -1,0 +1,40 @@
+#include "points.hpp"
+
+#include <cstring>
+
+namespace tandrel::sketcher {
+
+Point read_point(const Ref& point) {
+  return {point[0].number(), point[1].number()};
+}
+
+std::vector<Point> PointReader::read(const Ref& points) {
+  std::vector<Point> result;
+  if (is_array_of_doubles(points)) {
+    const Ref copy = points.call("tobytes"_n);  // row after row, whatever the strides
+    const std::string_view bytes = copy.bytes();
+    result.resize(bytes.size() / sizeof(Point));
+    if (!result.empty()) std::memcpy(result.data(), bytes.data(), result.size() * sizeof(Point));
+  } else {
+    py::for_each(points, [&](const Ref& point) { result.push_back(read_point(point)); });
+  }
+  return result;
+}
+
+bool PointReader::is_array_of_doubles(const Ref& points) {
+  static_assert(sizeof(Point) == 2 * sizeof(double));
+  if (!array_type_) {
+    const Ref array_type = global("np"_n).find_attr("ndarray"_n);
+    array_type_ = array_type ? array_type : Ref::none();
+  }
+  if (!points.type().is(array_type_)) return false;
+  const Ref shape = points.attr("shape"_n);
+  if (shape.size() != 2 || shape[1].number() != 2) return false;
+  const Ref type = points.attr("dtype"_n);
+  if (type.is(double_type_)) return true;
+  if (!type.equals("float64"_n)) return false;
+  double_type_ = type;
+  return true;
+}
+
+}  // namespace tandrel::sketcher

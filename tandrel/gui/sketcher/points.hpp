@@ -1,0 +1,42 @@
+// Plane points of the interpreter's world as numbers.
+#pragma once
+
+#include <vector>
+
+#include "geometry.hpp"
+#include "neighbours.hpp"
+
+namespace tandrel::sketcher {
+
+/// The first two items of a sequence of numbers.
+Point read_point(const Ref& point);
+
+/// Reads whole outlines: an array of doubles with two columns in one go, anything else point by
+/// point. Made for one operation, for it remembers which types it may read at once.
+class PointReader {
+ public:
+  std::vector<Point> read(const Ref& points);
+  /// Calls `visit` with each of `vectors` as numpy's `array` of it would read.
+  template <class Visit>
+  void for_each_vector(const Ref& vectors, Visit visit);
+
+ private:
+  bool is_array_of_doubles(const Ref& points);
+
+  Ref array_type_;
+  Ref double_type_;
+};
+
+template <class Visit>
+void PointReader::for_each_vector(const Ref& vectors, Visit visit) {
+  if (is_array_of_doubles(vectors)) {
+    for (const Point point : read(vectors)) visit(point);
+    return;
+  }
+  py::for_each(vectors, [&](const Ref& vector) {
+    const bool is_plain = vector.is_pair_of_numbers();
+    visit(read_point(is_plain ? vector : global("np"_n).call("array"_n, vector)));
+  });
+}
+
+}  // namespace tandrel::sketcher

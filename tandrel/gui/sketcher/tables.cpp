@@ -1,0 +1,156 @@
+#include "tables.hpp"
+
+#include <vector>
+
+#include "neighbours.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+constexpr int kSnapPixels = 9;
+
+struct Text {
+  const char* key;
+  const char* text;
+};
+
+constexpr Text kTools[] = {
+    {"select", "Select and move"}, {"line", "Line (closed outline)"},
+    {"rectangle", "Rectangle"},    {"circle", "Circle"},
+    {"regular", "Polygon"},        {"slot", "Slot"},
+};
+
+constexpr Text kToolTips[] = {
+    {"select",
+     "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it."},
+    {"line",
+     "Click corner after corner; click the first corner again (or press Enter) to close the "
+     "outline."},
+    {"rectangle", "Drag from one corner to the opposite corner."},
+    {"circle", "Press at the centre and drag out the radius."},
+    {"regular", "Press at the centre and drag to a corner; set the number of sides first."},
+    {"slot", "Click the centre of one end, then the other end, then the width."},
+};
+
+constexpr Text kTypeLabels[] = {
+    {"rectangle", "Rectangle"}, {"circle", "Circle"},   {"regular", "Polygon"},
+    {"slot", "Slot"},           {"polygon", "Outline"},
+};
+
+struct Field {
+  const char* type;
+  const char* key;
+  const char* label;
+  bool is_length;  // else a plain number: a count or an angle
+};
+
+constexpr Field kFields[] = {
+    {"rectangle", "x", "Corner u", true},
+    {"rectangle", "y", "Corner v", true},
+    {"rectangle", "w", "Width", true},
+    {"rectangle", "h", "Height", true},
+    {"rectangle", "radius", "Corner radius (0 = sharp)", true},
+    {"circle", "xc", "Centre u", true},
+    {"circle", "yc", "Centre v", true},
+    {"circle", "r", "Radius", true},
+    {"regular", "xc", "Centre u", true},
+    {"regular", "yc", "Centre v", true},
+    {"regular", "r", "Corner radius from centre", true},
+    {"regular", "n", "Sides", false},
+    {"regular", "angle", "Angle of first corner (degrees)", false},
+    {"slot", "x1", "End 1 centre u", true},
+    {"slot", "y1", "End 1 centre v", true},
+    {"slot", "x2", "End 2 centre u", true},
+    {"slot", "y2", "End 2 centre v", true},
+    {"slot", "r", "Half width", true},
+    {"polygon", "radius", "Corner radius (0 = sharp)", true},
+};
+
+/// Marks a text for translation; the tables keep the English source.
+Ref marked(const char* text) {
+  return global("N_"_n)(text);
+}
+
+template <std::size_t N>
+Ref text_dictionary(const Text (&rows)[N]) {
+  Ref result = py::dict();
+  for (const Text& row : rows) result.set_item(py::to_python(row.key), marked(row.text));
+  return result;
+}
+
+Ref tool_list() {
+  Ref result = py::list();
+  for (const Text& tool : kTools) py::append(result, py::tuple(tool.key, marked(tool.text)));
+  return result;
+}
+
+Ref field_dictionary() {
+  Ref result = py::dict();
+  for (const Field& field : kFields) {
+    const Ref fields = result.call("setdefault"_n, field.type, py::list());
+    py::append(fields, py::tuple(field.key, marked(field.label), field.is_length));
+  }
+  return result;
+}
+
+double length_of(const Ref& entity, const Ref& key) {
+  return entity[key].to_float();
+}
+
+/// Two lengths as "first x second".
+Ref by(const Ref& unit_system, const Ref& first, const Ref& second) {
+  const Ref left = format_length(unit_system, first);
+  const Ref right = format_length(unit_system, second);
+  return ""_n.call("join"_n, py::list(left, " x ", right));
+}
+
+Ref describe_rectangle(const Ref& entity, const Ref& unit_system) {
+  const Ref width = entity["w"_n];
+  return by(unit_system, width, entity["h"_n]);
+}
+
+/// Overall length end to end by overall width.
+Ref describe_slot(const Ref& entity, const Ref& unit_system) {
+  const Point end1{length_of(entity, "x1"_n), length_of(entity, "y1"_n)};
+  const Point end2{length_of(entity, "x2"_n), length_of(entity, "y2"_n)};
+  const double r = length_of(entity, "r"_n);
+  const Point axis = end2 - end1;
+  const double length = global("math"_n).call("hypot"_n, axis.x, axis.y).number() + 2 * r;
+  return by(unit_system, py::to_python(length), py::to_python(2 * r));
+}
+
+Ref describe(const Ref& entity) {
+  const Ref unit_system = units();
+  const auto diameter = [&] {
+    return format_length(unit_system, py::to_python(2 * length_of(entity, "r"_n)));
+  };
+  const Ref type = entity["type"_n];
+  if (type.equals("rectangle"_n)) return describe_rectangle(entity, unit_system);
+  if (type.equals("circle"_n)) return tr_format("diameter {d}"_n, "d"_n, diameter());
+  if (type.equals("regular"_n)) {
+    const Ref sides = entity["n"_n].to_int();
+    return tr_format("{n} sides, {d} across corners"_n, "n"_n, sides, "d"_n, diameter());
+  }
+  if (type.equals("slot"_n)) return describe_slot(entity, unit_system);
+  const Ref points = entity.call("get"_n, "points"_n, py::list());
+  return tr_format("{n} corners"_n, "n"_n, points.size());
+}
+
+}  // namespace
+
+void add_tables(const Ref& module) {
+  module.set_attr("TOOLS"_n, tool_list());
+  module.set_attr("TOOL_TIPS"_n, text_dictionary(kToolTips));
+  module.set_attr("FIELDS"_n, field_dictionary());
+  module.set_attr("TYPE_LABEL"_n, text_dictionary(kTypeLabels));
+  module.set_attr("SNAP_PX"_n, kSnapPixels);
+}
+
+const py::Signature& describe_function() {
+  static const py::Signature& function = *py::static_method<&describe>(
+      "describe", {"e"}, "A short summary of an entity in display units.");
+  return function;
+}
+
+}  // namespace tandrel::sketcher

@@ -1,0 +1,349 @@
+#include "tools.hpp"
+
+#include <cmath>
+#include <limits>
+
+#include "projection.hpp"
+
+namespace tandrel::sketcher {
+
+namespace {
+
+constexpr int kLeastCorners = 3;
+constexpr int kLeastSides = 3;
+constexpr int kDefaultSides = 6;
+constexpr int kAngleDecimals = 6;
+
+struct CoordinateKeys {
+  const char* x;
+  const char* y;
+};
+
+/// Where entities of all types keep their position.
+constexpr CoordinateKeys kPositionKeys[] = {{"x", "y"}, {"xc", "yc"}, {"x1", "y1"}, {"x2", "y2"}};
+
+// -- hover -------------------------------------------------------------------------------------
+
+void motion(const Editor& editor, const Ref& event) {
+  const Ref cursor = editor.snapped(event);
+  editor.set("cursor"_n, cursor);
+  const Ref unit_system = units();
+  const auto [first, second] = editor.axis_names();
+  const Ref u = format_length(unit_system, cursor[0]);
+  const Ref v = format_length(unit_system, cursor[1]);
+  const Ref hint = tr(global("TOOL_TIPS"_n)[editor.variable("tool"_n)]);
+  editor.set_status(
+      ""_n.call("join"_n, py::list(first, " = ", u, "   ", second, " = ", v, "     ", hint)));
+  editor.redraw();
+}
+
+// -- press, drag, release ----------------------------------------------------------------------
+
+void press_select(const Editor& editor, const Ref& event, const Ref& start) {
+  const Ref x = event.attr("x"_n);
+  const Ref hit = editor.call("pick"_n, x, event.attr("y"_n));
+  editor.call("select"_n, hit);
+  if (hit.is_none()) return;
+  const Ref original = deepcopy(editor.entities()[hit]);
+  editor.set("drag"_n, py::dict("kind"_n, "move"_n, "start"_n, start, "orig"_n, original));
+}
+
+/// Whether a click lands on the first corner of an outline that has enough corners to be closed.
+bool closes_outline(const Editor& editor, const Ref& event, const Ref& clicks) {
+  if (clicks.size() < kLeastCorners) return false;
+  const auto [sx, sy] = py::unpack<2>(editor.call("to_screen"_n, clicks[0]));
+  const double dx = event.attr("x"_n).number() - sx.number();
+  const double dy = event.attr("y"_n).number() - sy.number();
+  return global("math"_n).call("hypot"_n, dx, dy).number() <= snap_radius();
+}
+
+bool is_elsewhere(const Ref& point, const Ref& other) {
+  return norm(read_point(point) - read_point(other)) > 0;
+}
+
+void press_line(const Editor& editor, const Ref& event, const Ref& point) {
+  const Ref clicks = editor.get("clicks"_n);
+  if (closes_outline(editor, event, clicks)) {
+    editor.call("close_line"_n);
+    return;
+  }
+  if (!clicks.truth() || is_elsewhere(point, clicks[clicks.size() - 1])) {
+    clicks.call("append"_n, point);
+  }
+  editor.redraw();
+}
+
+void press_slot(const Editor& editor, const Ref& point) {
+  const Ref clicks = editor.get("clicks"_n);
+  if (clicks.size() < 2) {
+    if (!clicks.truth() || is_elsewhere(point, clicks[0])) clicks.call("append"_n, point);
+  } else {
+    const Ref end1 = clicks[0];
+    const Ref entity = editor.call("_slot"_n, end1, clicks[1], point);
+    editor.set("clicks"_n, py::list());
+    if (!entity.is_none()) editor.call("add"_n, entity);
+  }
+  editor.redraw();
+}
+
+void press(const Editor& editor, const Ref& event) {
+  const Ref point = editor.snapped(event);
+  editor.set("cursor"_n, point);
+  const Ref tool = editor.variable("tool"_n);
+  if (tool.equals("select"_n)) {
+    press_select(editor, event, point);
+  } else if (tool.equals("rectangle"_n) || tool.equals("circle"_n) || tool.equals("regular"_n)) {
+    editor.set("drag"_n, py::dict("kind"_n, "new"_n, "start"_n, point));
+  } else if (tool.equals("line"_n)) {
+    press_line(editor, event, point);
+  } else if (tool.equals("slot"_n)) {
+    press_slot(editor, point);
+  }
+}
+
+void drag(const Editor& editor, const Ref& event) {
+  const Ref point = editor.snapped(event);
+  editor.set("cursor"_n, point);
+  const Ref drag = editor.get("drag"_n);
+  if (drag.truth() && drag["kind"_n].equals("move"_n) && !editor.selection().is_none()) {
+    // From the copy taken at the press, so that rounding doesn't build up.
+    const Point shift = read_point(point) - read_point(drag["start"_n]);
+    const Ref moved = editor.call("_moved"_n, drag["orig"_n], array(shift));
+    editor.entities().set_item(editor.selection(), moved);
+    editor.call("refresh_list"_n, py::kw("keep"_n, true));
+  }
+  editor.redraw();
+}
+
+void release(const Editor& editor, const Ref& event) {
+  const Ref drag = editor.get("drag"_n);
+  if (!drag.truth()) return;
+  const Ref point = editor.snapped(event);
+  if (drag["kind"_n].equals("new"_n)) {
+    const Ref entity = editor.call("_from_drag"_n, drag["start"_n], point);
+    if (editor.is_valid(entity)) editor.call("add"_n, entity);
+  } else if (drag["kind"_n].equals("move"_n)) {
+    editor.call("show_props"_n);
+  }
+  editor.set("drag"_n, Ref::none());
+  editor.redraw();
+}
+
+// -- shapes from drags and clicks --------------------------------------------------------------
+
+/// The text of the sides field as a count: at least a triangle, a hexagon where it is no integer.
+Ref number_of_sides(const Editor& editor) {
+  Ref sides;
+  const auto unreadable =
+      py::attempt([&] { sides = editor.variable("sides"_n).to_int(); }, py::ValueError);
+  if (unreadable) return py::to_python(kDefaultSides);
+  const Ref least = py::to_python(kLeastSides);
+  return least.less(sides) ? sides : least;
+}
+
+/// `math.degrees(math.atan2(y, x))` to six decimals; the interpreter's own rounding is exact in
+/// decimal.
+Ref direction_in_degrees(Point d) {
+  const Ref math = global("math"_n);
+  const Ref degrees = math.call("degrees"_n, math.call("atan2"_n, d.y, d.x));
+  return degrees.call("__round__"_n, kAngleDecimals);
+}
+
+Ref rectangle_from_drag(Point a, Point b) {
+  const double width = std::abs(b.x - a.x);
+  const double height = std::abs(b.y - a.y);
+  if (width == 0 || height == 0) return Ref::none();
+  return py::dict("type"_n, "rectangle"_n, "x"_n, lesser(a.x, b.x), "y"_n, lesser(a.y, b.y), "w"_n,
+                  width, "h"_n, height, "radius"_n, 0.0);
+}
+
+Ref from_drag(const Editor& editor, const Ref& start, const Ref& end) {
+  const Ref tool = editor.variable("tool"_n);
+  const Point a = read_point(start);
+  const Point b = read_point(end);
+  if (tool.equals("rectangle"_n)) return rectangle_from_drag(a, b);
+  const double r = norm(b - a);
+  if (r == 0) return Ref::none();
+  if (tool.equals("circle"_n)) {
+    return py::dict("type"_n, "circle"_n, "xc"_n, a.x, "yc"_n, a.y, "r"_n, r);
+  }
+  if (tool.equals("regular"_n)) {
+    const Ref sides = number_of_sides(editor);
+    return py::dict("type"_n, "regular"_n, "xc"_n, a.x, "yc"_n, a.y, "r"_n, r, "n"_n, sides,
+                    "angle"_n, direction_in_degrees(b - a));
+  }
+  return Ref::none();
+}
+
+Ref slot(const Editor&, const Ref& first_end, const Ref& second_end, const Ref& side) {
+  const Point a = read_point(first_end);
+  const Point b = read_point(second_end);
+  const Point axis = b - a;
+  const double length = norm(axis);
+  if (length == 0) return Ref::none();
+  // The distance of a point from the line through both ends: the cross product is the area of the
+  // parallelogram over the axis, the distance its height.
+  const double r = std::abs(cross(axis, read_point(side) - a)) / length;
+  if (r == 0) return Ref::none();
+  return py::dict("type"_n, "slot"_n, "x1"_n, a.x, "y1"_n, a.y, "x2"_n, b.x, "y2"_n, b.y, "r"_n, r);
+}
+
+// -- outlines ----------------------------------------------------------------------------------
+
+void add(const Editor& editor, const Ref& entity) {
+  const Ref entities = editor.entities();
+  entities.call("append"_n, entity);
+  editor.set("sel"_n, entities.size() - 1);
+  editor.call("refresh_list"_n);
+  editor.redraw();
+}
+
+Ref polygon_through(const Ref& clicks) {
+  const Ref points = py::list();
+  py::for_each(clicks, [&](const Ref& click) {
+    const double u = click[0].to_float();
+    py::append(points, py::list(u, click[1].to_float()));
+  });
+  return py::dict("type"_n, "polygon"_n, "points"_n, points, "radius"_n, 0.0);
+}
+
+/// Tells why the sketch module doesn't accept an entity, where it says so in words.
+void report_not_added(const Editor& editor, const Ref& entity) {
+  const auto refused = py::attempt([&] { S().call("outline"_n, entity); }, py::ValueError,
+                                   py::KeyError, py::TypeError);
+  if (refused && refused->matches(py::ValueError)) {
+    editor.set_status(tr_format("Not added: {why}"_n, "why"_n, refused->value()));
+  }
+}
+
+void close_line(const Editor& editor) {
+  if (!editor.tool_is("line"_n)) return;
+  const Ref clicks = editor.get("clicks"_n);
+  if (clicks.size() < kLeastCorners) return;
+  const Ref entity = polygon_through(clicks);
+  editor.set("clicks"_n, py::list());
+  if (editor.is_valid(entity)) {
+    editor.call("add"_n, entity);
+  } else {
+    report_not_added(editor, entity);
+  }
+  editor.redraw();
+}
+
+void cancel_drawing(const Editor& editor) {
+  editor.set("clicks"_n, py::list());
+  editor.set("drag"_n, Ref::none());
+  editor.redraw();
+}
+
+// -- picking, selecting, moving, deleting ------------------------------------------------------
+
+/// Pixels from `pixel` to the nearest outline point; not a number where one of them isn't.
+double distance_to(Point pixel, const std::vector<Point>& outline) {
+  double nearest = std::numeric_limits<double>::infinity();
+  for (const Point point : outline) {
+    const Point d = point - pixel;
+    nearest = lesser(nearest, std::hypot(d.x, d.y));
+  }
+  return nearest;
+}
+
+Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
+  const Ref world = editor.call("to_world"_n, x, y);
+  const Point pixel{x.number(), y.number()};
+  Projection projection(editor);
+  const double radius = snap_radius();
+  Ref hit = Ref::none();
+  double hit_area = 0;
+  Py_ssize_t index = 0;
+  py::for_each(editor.entities(), [&](const Ref& entity) {
+    const Py_ssize_t current = index++;
+    const Ref outline = editor.valid_outline(entity);
+    if (!outline) return;
+    const bool is_near = distance_to(pixel, projection.to_screen_all(outline)) <= radius;
+    if (!is_near && !S().call("inside"_n, outline, world).truth()) return;
+    const double area = S().call("area"_n, entity).number();
+    if (hit.is_none() || area < hit_area) {
+      hit = py::to_python(current);
+      hit_area = area;
+    }
+  });
+  return hit;
+}
+
+void select(const Editor& editor, const Ref& index) {
+  editor.set("sel"_n, index);
+  editor.call("refresh_list"_n, py::kw("keep"_n, true));
+  editor.call("show_props"_n);
+  editor.redraw();
+}
+
+void shift_coordinate(const Ref& entity, const Ref& key, double by) {
+  entity.set_item(key, entity[key].to_float() + by);
+}
+
+Ref moved(const Ref& entity, const Ref& by) {
+  Ref result = deepcopy(entity);
+  const Point shift{by[0].to_float(), by[1].to_float()};
+  for (const CoordinateKeys& keys : kPositionKeys) {
+    const Ref x = py::interned(keys.x);
+    if (!result.contains(x)) continue;
+    shift_coordinate(result, x, shift.x);
+    shift_coordinate(result, py::interned(keys.y), shift.y);
+  }
+  if (result["type"_n].equals("polygon"_n)) {
+    const Ref points = py::list();
+    py::for_each(result["points"_n], [&](const Ref& point) {
+      const double u = point[0].to_float() + shift.x;
+      py::append(points, py::list(u, point[1].to_float() + shift.y));
+    });
+    result.set_item("points"_n, points);
+  }
+  return result;
+}
+
+/// Whether a text field has the keyboard: the delete keys edit its text then.
+bool is_typing(const Editor& editor) {
+  const Ref ttk = global("ttk"_n);
+  const Ref entry = ttk.attr("Entry"_n);
+  const Ref plain_entry = global("tk"_n).attr("Entry"_n);
+  return editor.call("focus_get"_n)
+      .is_instance(py::tuple(entry, plain_entry, ttk.attr("Spinbox"_n)));
+}
+
+void delete_selected(const Editor& editor) {
+  if (editor.selection().is_none() || is_typing(editor)) return;
+  editor.entities().del_item(editor.selection());
+  editor.set("sel"_n, Ref::none());
+  editor.call("refresh_list"_n);
+  editor.redraw();
+}
+
+}  // namespace
+
+const py::Methods& tools_methods() {
+  using py::method;
+  static const py::Methods& methods = *new py::Methods{
+      method<&motion>("_motion", {"e"}, "Show the pointer's coordinates and the tool's hint."),
+      method<&press>("_press", {"e"}, "Start or advance the tool's action."),
+      method<&drag>("_drag", {"e"}, "Move the selected shape, or the shape being drawn."),
+      method<&release>("_release", {"e"}, "Finish a drag."),
+      method<&from_drag>("_from_drag", {"a", "b"},
+                         "The entity that the tool makes of a drag from a to b, or None."),
+      method<&slot>("_slot", {"a", "b", "p"},
+                    "The slot with end centres a and b whose side runs through p, or None."),
+      method<&add>("add", {"ent"}, "Append an entity and select it."),
+      method<&close_line>("close_line", {},
+                          "Close the outline through the corners clicked so far."),
+      method<&cancel_drawing>("cancel_drawing", {}, "Abandon what is being drawn."),
+      method<&pick>("pick", {"x", "y"},
+                    "Index of the smallest shape under a canvas pixel, or None."),
+      method<&select>("select", {"i"}, "Select the entity with index i, or nothing for None."),
+      py::static_method<&moved>("_moved", {"e", "d"}, "A copy of entity e shifted by d."),
+      method<&delete_selected>("delete", {},
+                               "Remove the selected entity, unless a text field has the focus."),
+  };
+  return methods;
+}
+
+}  // namespace tandrel::sketcher
