@@ -39,16 +39,16 @@ struct Picture {
 
 // -- background --------------------------------------------------------------------------------
 
-void draw_grid(const Picture& picture, const Projection& projection, const Painter& painter) {
+void draw_grid(const Picture& picture, const Projection& projection, Painter& painter) {
   const Ref zero = py::to_python(0);
   const Point lo = projection.to_world(zero, picture.height);
   const Point hi = projection.to_world(picture.width, zero);
   const double typed_step = picture.editor.call("grid_step"_n).number();
   const double step = drawn_grid_step(typed_step, picture.editor.scale(), kLeastGridPixels);
   if (!is_finite(lo) || !is_finite(hi)) return;
-  Ref options;
+  ItemOptions options;
   const auto draw_line = [&](const Ref& x1, const Ref& y1, const Ref& x2, const Ref& y2) {
-    if (!options) options = py::dict("fill"_n, palette("bg"_n));
+    if (!options) options = ItemOptions("fill"_n, palette("bg"_n));
     painter.line(py::tuple(x1, y1, x2, y2), options);
   };
   for_each_grid_coordinate(lo.x, hi.x, step, [&](double x) {
@@ -61,28 +61,28 @@ void draw_grid(const Picture& picture, const Projection& projection, const Paint
   });
 }
 
-void draw_axes(const Picture& picture, const Projection& projection, const Painter& painter) {
+void draw_axes(const Picture& picture, const Projection& projection, Painter& painter) {
   const Point origin = projection.to_screen({0, 0});
   const auto [first, second] = picture.editor.axis_names();
   const Ref dash = py::tuple(4, 3);
   painter.line(py::tuple(0, origin.y, picture.width, origin.y),
-               py::dict("fill"_n, first_axis_colour(), "dash"_n, dash));
+               ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
   painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
-               py::dict("fill"_n, second_axis_colour(), "dash"_n, dash));
+               ItemOptions("fill"_n, second_axis_colour(), "dash"_n, dash));
   painter.text(py::tuple(picture.width.number() - 6, origin.y - 4),
-               py::dict("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
+               ItemOptions("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
   painter.text(py::tuple(origin.x + 4, 6),
-               py::dict("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));
+               ItemOptions("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));
 }
 
-void draw_references(const Picture& picture, Projection& projection, const Painter& painter) {
+void draw_references(const Picture& picture, Projection& projection, Painter& painter) {
   py::for_each(picture.editor.get("refs"_n), [&](const Ref& reference) {
     const Ref points = py::unpack<2>(reference)[1];
     if (points.size() < 2) return;
     std::vector<Point> pixels = projection.to_screen_all(points);
     pixels.push_back(pixels.front());
     painter.line(coordinates(pixels),
-                 py::dict("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
+                 ItemOptions("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
   });
 }
 
@@ -155,21 +155,21 @@ std::vector<std::size_t> painting_order(std::vector<double> depths) {
 /// Polygon options of the four looks of a shape, each made when it is first needed.
 class ShapeLooks {
  public:
-  const Ref& of(bool is_hole, bool is_selected) {
-    Ref& look = looks_[is_hole ? 1 : 0][is_selected ? 1 : 0];
+  const ItemOptions& of(bool is_hole, bool is_selected) {
+    ItemOptions& look = looks_[is_hole ? 1 : 0][is_selected ? 1 : 0];
     if (!look) {
       const Ref fill = palette(is_hole ? "panel"_n : "accent_soft"_n);
       const Ref outline = is_selected ? highlight_colour() : palette("accent"_n);
-      look = py::dict("fill"_n, fill, "outline"_n, outline, "width"_n, is_selected ? 3 : 2);
+      look = ItemOptions("fill"_n, fill, "outline"_n, outline, "width"_n, is_selected ? 3 : 2);
     }
     return look;
   }
 
  private:
-  Ref looks_[2][2];
+  ItemOptions looks_[2][2];
 };
 
-void draw_shapes(const Editor& editor, Projection& projection, const Painter& painter) {
+void draw_shapes(const Editor& editor, Projection& projection, Painter& painter) {
   const Ref entities = editor.entities();
   Outlines outlines(editor);
   const std::vector<double> depths = nesting_depths(editor, entities, outlines);
@@ -190,7 +190,7 @@ void redraw(const Editor& editor) {
   editor.canvas().call("delete"_n, "all"_n);
   const Picture picture(editor);
   if (picture.width.number() < 2) return;  // not laid out yet
-  const Painter painter(picture.canvas);
+  Painter painter(picture.canvas);
   Projection projection(editor);
   draw_grid(picture, projection, painter);
   draw_axes(picture, projection, painter);
@@ -213,11 +213,15 @@ class Labels {
     return {x.number(), y.number()};
   }
 
-  /// Writes a label centred on a pixel, or with the given anchor there.
-  void write(Point pixel, const Ref& text, const Ref& anchor = {}) const {
-    const Ref options = py::dict("text"_n, text, "fill"_n, highlight_colour());
-    if (anchor) options.set_item("anchor"_n, anchor);
-    painter_.text(py::tuple(pixel.x, pixel.y), options);
+  /// Writes a label centred on a pixel.
+  void write(Point pixel, const Ref& text) {
+    painter_.text(py::tuple(pixel.x, pixel.y),
+                  ItemOptions("text"_n, text, "fill"_n, highlight_colour()));
+  }
+  /// Writes a label with its left end at a pixel.
+  void write_right_of(Point pixel, const Ref& text) {
+    painter_.text(py::tuple(pixel.x, pixel.y),
+                  ItemOptions("text"_n, text, "fill"_n, highlight_colour(), "anchor"_n, "w"));
   }
 
  private:
@@ -230,23 +234,23 @@ double read(const Ref& entity, const Ref& key) {
   return entity[key].to_float();
 }
 
-void label_rectangle(const Labels& labels, const Ref& entity) {
+void label_rectangle(Labels& labels, const Ref& entity) {
   const Point corner{read(entity, "x"_n), read(entity, "y"_n)};
   const Point size{read(entity, "w"_n), read(entity, "h"_n)};
   const Point below = labels.at(py::tuple(corner.x + size.x / 2, corner.y));
   labels.write(below + Point{0, 12}, labels.length(size.x));
   const Point right = labels.at(py::tuple(corner.x + size.x, corner.y + size.y / 2));
-  labels.write(right + Point{6, 0}, labels.length(size.y), "w"_n);
+  labels.write_right_of(right + Point{6, 0}, labels.length(size.y));
 }
 
-void label_diameter(const Labels& labels, const Ref& entity, const Ref& prefix) {
+void label_diameter(Labels& labels, const Ref& entity, const Ref& prefix) {
   const Ref x = entity["xc"_n];
   const Point centre = labels.at(py::tuple(x, entity["yc"_n]));
   const Ref diameter = labels.length(2 * read(entity, "r"_n));
   labels.write(centre, ""_n.call("join"_n, py::list(prefix, diameter)));
 }
 
-void label_slot(const Labels& labels, const Ref& entity) {
+void label_slot(Labels& labels, const Ref& entity) {
   const Point end1{read(entity, "x1"_n), read(entity, "y1"_n)};
   const Point end2{read(entity, "x2"_n), read(entity, "y2"_n)};
   const Point sum = end1 + end2;
@@ -255,7 +259,7 @@ void label_slot(const Labels& labels, const Ref& entity) {
 }
 
 void dimensions(const Editor& editor, const Ref& entity) {
-  const Labels labels(editor);
+  Labels labels(editor);
   const Ref type = entity["type"_n];
   if (type.equals("rectangle"_n)) {
     label_rectangle(labels, entity);
@@ -288,7 +292,7 @@ class Preview {
     if (tool.equals("line"_n) && clicks.truth()) draw_corners(clicks);
     if (tool.equals("slot"_n) && clicks.truth()) draw_slot(clicks);
     painter_.circle(projection_.to_screen(cursor_), kPointerRadius,
-                    py::dict("fill"_n, highlight_colour(), "outline"_n, ""_n));
+                    ItemOptions("fill"_n, highlight_colour(), "outline"_n, ""_n));
   }
 
  private:
@@ -298,16 +302,16 @@ class Preview {
     if (entity.is_none()) return;
     const Ref outline = editor_.valid_outline(entity);
     if (!outline) return;
-    painter_.polygon(
-        coordinates(projection_.to_screen_all(outline)),
-        py::dict("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
+    painter_.polygon(coordinates(projection_.to_screen_all(outline)),
+                     ItemOptions("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2,
+                                 "dash"_n, dash()));
   }
 
   void draw_corners(const Ref& clicks) {
     std::vector<Point> pixels = projection_.to_screen_all(clicks);
     pixels.push_back(projection_.to_screen(cursor_));
-    painter_.line(coordinates(pixels), py::dict("fill"_n, highlight_colour(), "width"_n, 2));
-    const Ref ring = py::dict("outline"_n, highlight_colour());
+    painter_.line(coordinates(pixels), ItemOptions("fill"_n, highlight_colour(), "width"_n, 2));
+    const ItemOptions ring("outline"_n, highlight_colour());
     py::for_each(clicks, [&](const Ref& click) {
       painter_.circle(projection_.to_screen(click), kCornerRadius, ring);
     });
@@ -321,7 +325,7 @@ class Preview {
     }
     const Point end = projection_.to_screen(clicks[0]);
     painter_.line(coordinates({end, projection_.to_screen(cursor_)}),
-                  py::dict("fill"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
+                  ItemOptions("fill"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
   }
 
   const Editor& editor_;

@@ -1,23 +1,98 @@
 #include "painter.hpp"
 
+#include "python/error.hpp"
+
 namespace tandrel::sketcher {
 
-void Painter::line(const Ref& coordinates, const Ref& options) const {
-  canvas_.attr("create_line"_n).apply(coordinates, options);
+namespace {
+
+/// Whether looking `name` up on a canvas finds the method that tkinter defines for canvases, bound
+/// to this canvas: not one of a subclass, of the instance, or put into tkinter's class by somebody
+/// else.
+bool is_tkinters_own(const Ref& canvas, const Ref& name) {
+  const Ref tkinter = py::imported("tkinter"_n);
+  const Ref method = canvas.attr(name);
+  const Ref function = method.attr("__func__"_n);
+  return method.attr("__self__"_n).is(canvas) && function.is(tkinter.attr("Canvas"_n).attr(name)) &&
+         function.attr("__globals__"_n).is(tkinter.attr("__dict__"_n));
 }
 
-void Painter::polygon(const Ref& coordinates, const Ref& options) const {
-  canvas_.attr("create_polygon"_n).apply(coordinates, options);
+bool is_tkinters_interpreter(const Ref& interpreter) {
+  return interpreter.type().is(py::imported("_tkinter"_n).attr("TkappType"_n));
 }
 
-void Painter::text(const Ref& coordinates, const Ref& options) const {
-  canvas_.attr("create_text"_n).apply(coordinates, options);
+/// The word that tkinter writes for an option's value, or an empty handle. Texts and numbers go as
+/// they are, a dash pattern as a list of its numbers.
+Ref command_word(const Ref& value) {
+  if (value.is_exact_str() || value.is_exact_int()) return value;
+  if (!value.is_exact_tuple()) return {};
+  const Ref numbers = py::list();
+  const bool all_numbers = py::all_of(value, [&](const Ref& item) {
+    if (item.is_exact_int()) py::append(numbers, item.to_str());
+    return item.is_exact_int();
+  });
+  return all_numbers ? " "_n.call("join"_n, numbers) : Ref();
 }
 
-void Painter::circle(Point centre, double radius, const Ref& options) const {
+}  // namespace
+
+Ref ItemOptions::command_words(const Ref& keywords) {
+  const Ref words = py::list();
+  const bool all_plain = py::all_of(keywords.call("items"_n), [&](const Ref& item) {
+    const auto [name, value] = py::unpack<2>(item);
+    const Ref word = command_word(value);
+    if (!word) return false;
+    py::append(words, "-"_n.add(name));
+    py::append(words, word);
+    return true;
+  });
+  return all_plain ? words.to_tuple() : Ref();
+}
+
+void Painter::line(const Ref& coordinates, const ItemOptions& options) {
+  create({0, "line"_n, "create_line"_n}, coordinates, options);
+}
+
+void Painter::polygon(const Ref& coordinates, const ItemOptions& options) {
+  create({1, "polygon"_n, "create_polygon"_n}, coordinates, options);
+}
+
+void Painter::text(const Ref& coordinates, const ItemOptions& options) {
+  create({2, "text"_n, "create_text"_n}, coordinates, options);
+}
+
+void Painter::circle(Point centre, double radius, const ItemOptions& options) {
   const Ref box =
       py::tuple(centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius);
-  canvas_.attr("create_oval"_n).apply(box, options);
+  create({3, "oval"_n, "create_oval"_n}, box, options);
+}
+
+void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOptions& options) {
+  Route& route = routes_.at(type.index);
+  if (!route.is_known) route = route_of(type);
+  if (route.call && options.words()) {
+    route.call.apply(route.command.add(coordinates).add(options.words()));
+  } else {
+    canvas_.attr(type.method).apply(coordinates, options.keywords());
+  }
+}
+
+Painter::Route Painter::route_of(const ItemType& type) const {
+  Route route{true, {}, {}};
+  // Whatever a canvas of another kind raises when it is looked at closely, it can still be drawn
+  // on.
+  py::attempt(
+      [&] {
+        const Ref interpreter = canvas_.attr("tk"_n);
+        if (!is_tkinters_interpreter(interpreter)) return;
+        for (const Ref& method : {type.method, "_create"_n, "_options"_n}) {
+          if (!is_tkinters_own(canvas_, method)) return;
+        }
+        route.command = py::tuple(canvas_.attr("_w"_n), "create"_n, type.name);
+        route.call = interpreter.attr("call"_n);
+      },
+      py::Exception);
+  return route;
 }
 
 Ref coordinates(const std::vector<Point>& points) {

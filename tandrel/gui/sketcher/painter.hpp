@@ -1,7 +1,11 @@
-// Canvas items of one repaint.
+// Canvas items of one repaint: the one place that decides how they reach Tk.
+//
+// An item is made by the canvas's own `create_...` method. Half of such a call is spent in tkinter
+// on sorting its arguments, so where nobody could see the difference the same Tcl command is given
+// to the interpreter directly: on a real Tk canvas whose methods are still tkinter's own.
 #pragma once
 
-#include <initializer_list>
+#include <array>
 #include <vector>
 
 #include "editor_state.hpp"
@@ -13,21 +17,55 @@ inline Ref highlight_colour() {
   return "#E8833A"_n;
 }
 
-/// Creates items on a canvas through its own `create_...` methods. Options are keyword
-/// dictionaries, made once for many items.
+/// An item's options, made once for many items: as keyword arguments and as words of a Tcl command.
+class ItemOptions {
+ public:
+  ItemOptions() = default;
+  template <class... Pairs>
+  explicit ItemOptions(const Ref& name, const Pairs&... pairs)
+      : keywords_(py::dict(name, pairs...)), words_(command_words(keywords_)) {}
+
+  explicit operator bool() const { return static_cast<bool>(keywords_); }
+  const Ref& keywords() const { return keywords_; }
+  /// The tuple -name, value, -name, value ...; empty where only tkinter knows how to write a value.
+  const Ref& words() const { return words_; }
+
+ private:
+  static Ref command_words(const Ref& keywords);
+
+  Ref keywords_;
+  Ref words_;
+};
+
 class Painter {
  public:
   explicit Painter(Ref canvas) : canvas_(std::move(canvas)) {}
 
   /// `coordinates` is the tuple x1, y1, x2, y2 ...
-  void line(const Ref& coordinates, const Ref& options) const;
-  void polygon(const Ref& coordinates, const Ref& options) const;
-  void text(const Ref& coordinates, const Ref& options) const;
+  void line(const Ref& coordinates, const ItemOptions& options);
+  void polygon(const Ref& coordinates, const ItemOptions& options);
+  void text(const Ref& coordinates, const ItemOptions& options);
   /// The circle of `radius` pixels around a point.
-  void circle(Point centre, double radius, const Ref& options) const;
+  void circle(Point centre, double radius, const ItemOptions& options);
 
  private:
+  struct ItemType {
+    std::size_t index;
+    Ref name;    // as Tcl knows it
+    Ref method;  // the canvas method that makes one
+  };
+  /// How items of one type reach Tk, found out at the first of them.
+  struct Route {
+    bool is_known = false;
+    Ref command;  // the first words of the Tcl command
+    Ref call;     // gives a command to Tcl; empty: the canvas method makes the item
+  };
+
+  void create(const ItemType& type, const Ref& coordinates, const ItemOptions& options);
+  Route route_of(const ItemType& type) const;
+
   Ref canvas_;
+  std::array<Route, 4> routes_;
 };
 
 /// Points as the tuple x1, y1, x2, y2 ...

@@ -14,6 +14,7 @@ struct Kind {
   PyObject** type;
 };
 inline const Kind AttributeError{&PyExc_AttributeError};
+inline const Kind Exception{&PyExc_Exception};
 inline const Kind ImportError{&PyExc_ImportError};
 inline const Kind KeyError{&PyExc_KeyError};
 inline const Kind NameError{&PyExc_NameError};

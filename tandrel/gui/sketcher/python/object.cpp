@@ -187,6 +187,12 @@ Ref import_module(const Ref& name) {
   return Ref::steal(PyImport_Import(name.get()));
 }
 
+Ref imported(const Ref& name) {
+  PyObject* module = PyImport_GetModule(name.get());
+  if (module == nullptr && PyErr_Occurred() == nullptr) return {};
+  return Ref::steal(module);
+}
+
 Ref import_from(const Ref& module, const Ref& name) {
   Ref found = module.find_attr(name);
   if (!found) {

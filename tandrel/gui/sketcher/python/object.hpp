@@ -92,6 +92,10 @@ class Ref {
   /// Whether this is a list or tuple of exactly two plain ints or floats.
   bool is_pair_of_numbers() const;
 
+  bool is_exact_str() const noexcept { return Py_TYPE(object_) == &PyUnicode_Type; }
+  bool is_exact_int() const noexcept { return Py_TYPE(object_) == &PyLong_Type; }
+  bool is_exact_tuple() const noexcept { return Py_TYPE(object_) == &PyTuple_Type; }
+
   Ref type() const { return borrow(reinterpret_cast<PyObject*>(Py_TYPE(object_))); }
 
   /// `self(...)`: positional arguments of any type that `to_python` knows, then perhaps Keywords.
@@ -101,7 +105,7 @@ class Ref {
   template <class... Arguments>
   Ref call(const Ref& name, const Arguments&... arguments) const;
   /// `self(*arguments, **keywords)`; `arguments` is a tuple.
-  Ref apply(const Ref& arguments, const Ref& keywords) const;
+  Ref apply(const Ref& arguments, const Ref& keywords = {}) const;
 
  private:
   explicit Ref(PyObject* object) noexcept : object_(object) {}
@@ -207,6 +211,8 @@ inline Ref super(const Ref& type, const Ref& object) {
 
 /// `import name`; the module itself, also for a dotted name.
 Ref import_module(const Ref& name);
+/// The module where it has been imported already, else an empty handle.
+Ref imported(const Ref& name);
 /// `from module import name`.
 Ref import_from(const Ref& module, const Ref& name);
 
