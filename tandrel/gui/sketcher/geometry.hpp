@@ -73,12 +73,13 @@ struct View {
 };
 
 /// Calls `visit(coordinate)` for the multiples of `step` from the last one at or below `from` up to
-/// `to`, both included. Visits nothing where a number isn't finite, and stops where the coordinate
-/// is too large for the step to change it: a view far away from the origin must not repaint for
-/// ever.
+/// `to`, both included. A repaint must not run for ever: nothing is visited where a number isn't
+/// finite or the step isn't positive, and the end is also where the coordinate has grown too large
+/// for the step to change it.
 template <class Visit>
 void for_each_grid_coordinate(double from, double to, double step, Visit visit) {
-  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(step)) return;
+  if (!std::isfinite(from) || !std::isfinite(to)) return;
+  if (!std::isfinite(step) || step <= 0) return;
   double coordinate = std::floor(from / step) * step;
   while (coordinate <= to) {
     visit(coordinate);
