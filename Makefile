@@ -27,5 +27,10 @@ check: build
 	@scripts/ensure-packages run test check
 	scripts/check
 
+## bench: what it costs, as ratios of things measured side by side
+bench: build
+	@scripts/ensure-packages run bench
+	$(PYTHON) benchmarks/run.py
+
 clean:
 	rm -rf build
