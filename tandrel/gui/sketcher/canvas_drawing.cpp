@@ -69,7 +69,7 @@ void draw_axes(const Picture& picture, const Projection& projection, Painter& pa
                ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
   painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
                ItemOptions("fill"_n, second_axis_colour(), "dash"_n, dash));
-  painter.text(py::tuple(picture.width.number() - 6, origin.y - 4),
+  painter.text(py::tuple(picture.width.add(py::to_python(-6)), origin.y - 4),
                ItemOptions("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
   painter.text(py::tuple(origin.x + 4, 6),
                ItemOptions("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));

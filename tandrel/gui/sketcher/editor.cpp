@@ -107,21 +107,39 @@ void build_tools(const Editor& editor, const Ref& body) {
 struct EventBinding {
   const char* event;
   const char* operation;
+  bool takes_event;
 };
 
-constexpr EventBinding kPointerBindings[] = {
-    {"<ButtonPress-1>", "_press"},     {"<B1-Motion>", "_drag"},
-    {"<ButtonRelease-1>", "_release"}, {"<Motion>", "_motion"},
-    {"<ButtonPress-2>", "_pan_start"}, {"<ButtonPress-3>", "_pan_start"},
-    {"<B2-Motion>", "_pan_move"},      {"<B3-Motion>", "_pan_move"},
+constexpr EventBinding kCanvasBindings[] = {
+    {"<Configure>", "redraw", false},
+    {"<ButtonPress-1>", "_press", true},
+    {"<B1-Motion>", "_drag", true},
+    {"<ButtonRelease-1>", "_release", true},
+    {"<Double-Button-1>", "close_line", false},
+    {"<Motion>", "_motion", true},
+    {"<ButtonPress-2>", "_pan_start", true},
+    {"<ButtonPress-3>", "_pan_start", true},
+    {"<B2-Motion>", "_pan_move", true},
+    {"<B3-Motion>", "_pan_move", true},
 };
+
+constexpr EventBinding kKeyBindings[] = {
+    {"<Escape>", "cancel_drawing", false},
+    {"<Return>", "close_line", false},
+    {"<Delete>", "delete", false},
+    {"<BackSpace>", "delete", false},
+};
+
+void bind_all(const Editor& editor, const Ref& widget, std::span<const EventBinding> bindings) {
+  for (const EventBinding& row : bindings) {
+    const Ref operation = py::interned(row.operation);
+    bind(widget, py::to_python(row.event),
+         row.takes_event ? event_handler(editor, operation) : command(editor, operation));
+  }
+}
 
 void bind_canvas(const Editor& editor, const Ref& canvas) {
-  bind(canvas, "<Configure>"_n, command(editor, "redraw"_n));
-  for (const EventBinding& row : kPointerBindings) {
-    bind(canvas, py::to_python(row.event), event_handler(editor, py::interned(row.operation)));
-  }
-  bind(canvas, "<Double-Button-1>"_n, command(editor, "close_line"_n));
+  bind_all(editor, canvas, kCanvasBindings);
   bind(canvas, "<MouseWheel>"_n, zoom_handler(editor));
   bind(canvas, "<Button-4>"_n, zoom_handler(editor, kZoomStep));
   bind(canvas, "<Button-5>"_n, zoom_handler(editor, 1 / kZoomStep));
@@ -233,13 +251,6 @@ void set_state(const Editor& editor, const Request& request) {
   editor.set("centre"_n, np.call("zeros"_n, 2));
 }
 
-constexpr EventBinding kKeyBindings[] = {
-    {"<Escape>", "cancel_drawing"},
-    {"<Return>", "close_line"},
-    {"<Delete>", "delete"},
-    {"<BackSpace>", "delete"},
-};
-
 void open(const Editor& editor, const Ref& parent, const Request& request) {
   const Ref title = request.title.truth() ? request.title : tr("Sketch"_n);
   editor.call("title"_n, title);
@@ -249,9 +260,7 @@ void open(const Editor& editor, const Ref& parent, const Request& request) {
   editor.call("_build"_n, request.allow_plane);
   editor.call("update_idletasks"_n);
   editor.call("fit"_n);
-  for (const EventBinding& row : kKeyBindings) {
-    bind(editor.object(), py::to_python(row.event), command(editor, py::interned(row.operation)));
-  }
+  bind_all(editor, editor.object(), kKeyBindings);
 }
 
 void close_half_built(const Editor& editor) noexcept {

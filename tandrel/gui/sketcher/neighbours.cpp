@@ -31,6 +31,10 @@ Ref array(Point point) {
   return global("np"_n).call("array"_n, py::list(point.x, point.y));
 }
 
+Ref float_array(const Ref& vector) {
+  return global("np"_n).call("array"_n, vector, py::float_type());
+}
+
 double norm(Point vector) {
   return global("np"_n).attr("linalg"_n).call("norm"_n, array(vector)).to_float();
 }

@@ -57,6 +57,8 @@ inline double snap_radius() {
 }
 /// `np.array([x, y])`.
 Ref array(Point point);
+/// `np.array(vector, float)`.
+Ref float_array(const Ref& vector);
 /// The Euclidean norm as numpy computes it.
 double norm(Point vector);
 

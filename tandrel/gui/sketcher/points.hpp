@@ -16,7 +16,7 @@ Point read_point(const Ref& point);
 class PointReader {
  public:
   std::vector<Point> read(const Ref& points);
-  /// Calls `visit` with each of `vectors` as numpy's `array` of it would read.
+  /// Calls `visit` with each of `vectors`, read as `float_array` reads it.
   template <class Visit>
   void for_each_vector(const Ref& vectors, Visit visit);
 
@@ -35,7 +35,7 @@ void PointReader::for_each_vector(const Ref& vectors, Visit visit) {
   }
   py::for_each(vectors, [&](const Ref& vector) {
     const bool is_plain = vector.is_pair_of_numbers();
-    visit(read_point(is_plain ? vector : global("np"_n).call("array"_n, vector)));
+    visit(read_point(is_plain ? vector : float_array(vector)));
   });
 }
 

@@ -169,14 +169,12 @@ void visit_entity_key_points(const Editor& editor, OnPoint on_point, OnCorners o
 }
 
 Ref key_points(const Editor& editor) {
-  const Ref np = global("np"_n);
   Ref points = py::list();
-  py::append(points, np.call("zeros"_n, 2));
+  py::append(points, global("np"_n).call("zeros"_n, 2));
   visit_entity_key_points(
       editor, [&](Point centre) { py::append(points, array(centre)); },
       [&](const Ref& corners) {
-        py::for_each(corners,
-                     [&](const Ref& corner) { py::append(points, np.call("array"_n, corner)); });
+        py::for_each(corners, [&](const Ref& corner) { py::append(points, float_array(corner)); });
       });
   py::for_each(editor.get("clicks"_n), [&](const Ref& click) { py::append(points, click); });
   return points;
