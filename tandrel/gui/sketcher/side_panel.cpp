@@ -28,7 +28,7 @@ Ref row_text(Py_ssize_t index, const Ref& entity) {
 
 void refresh_list(const Editor& editor, const Ref& keep) {
   const Ref rows = editor.get("list"_n);
-  rows.attr("delete"_n).apply(rows.call("get_children"_n).to_tuple(), py::dict());
+  rows.attr("delete"_n).apply(rows.call("get_children"_n).to_tuple());
   Py_ssize_t index = 0;
   py::for_each(editor.entities(), [&](const Ref& entity) {
     const Ref size = summary(entity);

@@ -141,6 +141,10 @@ std::string_view Ref::bytes() const {
   return {first, static_cast<std::size_t>(size)};
 }
 
+Ref Ref::apply(const Ref& arguments) const {
+  return steal(PyObject_Call(object_, arguments.object_, nullptr));
+}
+
 Ref Ref::apply(const Ref& arguments, const Ref& keywords) const {
   return steal(PyObject_Call(object_, arguments.get(), keywords.get()));
 }

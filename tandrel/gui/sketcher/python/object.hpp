@@ -104,8 +104,9 @@ class Ref {
   /// `self.name(...)`.
   template <class... Arguments>
   Ref call(const Ref& name, const Arguments&... arguments) const;
-  /// `self(*arguments, **keywords)`; `arguments` is a tuple.
-  Ref apply(const Ref& arguments, const Ref& keywords = {}) const;
+  /// `self(*arguments)` and `self(*arguments, **keywords)`; `arguments` is a tuple.
+  Ref apply(const Ref& arguments) const;
+  Ref apply(const Ref& arguments, const Ref& keywords) const;
 
  private:
   explicit Ref(PyObject* object) noexcept : object_(object) {}
