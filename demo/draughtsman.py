@@ -1,0 +1,213 @@
+"""One user's hands at the application: its window, and the sketch editor that it opens."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from pathlib import Path
+from typing import Any, Tuple
+
+import numpy as np
+
+from demo.user import Script, User, Wait, find, handle, until
+from tandrel.app import App
+from tandrel.gui.sketcher import SketchEditor
+
+# A point of the sketch plane in millimetres.
+Point = Tuple[float, float]
+
+GRID = 0.001
+
+
+def at(millimetres: float) -> float:
+    """The coordinate of a grid line, as snapping to a grid of one millimetre gives it."""
+    return millimetres * GRID
+
+
+class Draughtsman:
+    """Does what a person does with mouse and keys, and waits to see that it happened."""
+
+    def __init__(self, app: App, user: User, folder: Path) -> None:
+        self.app = app
+        self.user = user
+        self.folder = folder
+        self.editor: Any = None
+
+    # The window and the dialog.
+
+    def open_file(self, path: Path) -> Script:
+        """Open another part by typing its path into the file dialog."""
+        yield from self.user.choose_from_menu(self.app.menus["bar"], 0, 0)
+        tcl = self.app.root.tk.call
+        # The dialog gives its entry the focus at once; no other window here has one.
+        shown = "expr {[focus] ne {} && [winfo class [focus]] eq {TEntry}}"
+        yield until(lambda: self.app.root.tk.eval(shown) == "1", "the file dialog")
+        entry = handle(self.app.root, str(tcl("focus")))
+        yield from self.user.click_on(entry)
+        self.user.type(str(path))
+        yield until(lambda: tcl(entry, "get") == str(path), "the path as typed")
+        self.user.key("Return")
+        yield until(lambda: self.app.path == str(path), f"{path} to open")
+
+    def open_editor(self) -> Script:
+        yield from self.user.click_on(self.app.edit_button)
+        yield until(self._editors, "the editor to open")
+        (self.editor,) = self._editors()
+        yield until(lambda: self.editor.grab_current() is self.editor, "the editor to be modal")
+        yield from self.user.steady(self.editor.canvas)
+        yield from self.user.focused(self.editor)
+
+    def accept(self) -> Script:
+        yield from self.user.click_on(self._ok_button())
+        yield until(lambda: not self._editors(), "OK to close the editor")
+
+    def cancel(self) -> Script:
+        """Leave by the button beside OK, whatever its language."""
+        ok = self._ok_button()
+        (other,) = (
+            w for w in ok.master.winfo_children() if w.winfo_class() == "TButton" and w is not ok
+        )
+        yield from self.user.click_on(other)
+        yield until(lambda: not self._editors(), "Cancel to close the editor")
+
+    def picture(self, name: str) -> Script:
+        window = self.editor if self._editors() else self.app.root
+        yield from self.user.picture(window, self.folder / f"{name}.png")
+
+    def _editors(self) -> Sequence[Any]:
+        return [w for w in self.app.root.winfo_children() if isinstance(w, SketchEditor)]
+
+    def _ok_button(self) -> Any:
+        return find(self.editor, "TButton", style="Primary.TButton")
+
+    # Tools.
+
+    def choose(self, tool: str) -> Script:
+        yield from self.user.click_on(find(self.editor, "TRadiobutton", value=tool))
+        yield until(lambda: self.editor.tool.get() == tool, f"the tool {tool}")
+
+    def set_sides(self, sides: int) -> Script:
+        """Step the number once by its arrow, then type over it."""
+        box = find(self.editor, "TSpinbox")
+        before = int(box.get())
+        yield from self.user.steady(box)
+        arrow = [
+            (x, y)
+            for x in range(box.winfo_width())
+            for y in range(box.winfo_height())
+            if "uparrow" in box.identify(x, y)
+        ]
+        x, y = arrow[len(arrow) // 2]
+        self.user.click(box.winfo_rootx() + x, box.winfo_rooty() + y)
+        yield until(lambda: box.get() == str(before + 1), "one more side")
+        self.user.key("Home", "shift+End")
+        yield until(box.selection_present, "the number to be selected")
+        self.user.type(str(sides))
+        yield until(lambda: self.editor.sides.get() == str(sides), f"{sides} sides")
+
+    def fit(self) -> Script:
+        before = self.editor.scale
+        yield from self.user.click_on(find(self.editor, "TButton", text="Fit"))
+        yield until(lambda: self.editor.scale != before, "the whole sketch in view")
+
+    # The canvas.
+
+    def point(self, point: Point) -> Script:
+        """Move the pointer to a grid point and see it snap there."""
+        self.user.move(*self._on_screen(point))
+        target = np.array([at(c) for c in point])
+        yield until(
+            lambda: np.allclose(self.editor.cursor, target, rtol=0, atol=1e-9),
+            f"the pointer to snap to {point}",
+        )
+
+    def place(self, point: Point) -> Script:
+        """Click a corner of an outline, or an end or the width of a slot."""
+        before = len(self.editor.clicks)
+        yield from self.point(point)
+        self.user.click(*self._on_screen(point))
+        yield until(lambda: len(self.editor.clicks) != before, f"a click at {point}")
+
+    def drag(self, start: Point, end: Point) -> Script:
+        """Press, move by way of a point in between, and release: one more shape."""
+        count = len(self.editor.sk["entities"])
+        yield from self.hold(start, end)
+        self.user.release()
+        yield self.shapes(count + 1)
+
+    def hold(self, start: Point, end: Point) -> Script:
+        """A drag that isn't released yet."""
+        yield from self.point(start)
+        self.user.press()
+        yield until(lambda: self.editor.drag is not None, "the drag to start")
+        self.user.move(*self._on_screen([(a + b) / 2 for a, b in zip(start, end)]))
+        yield from self.point(end)
+
+    def drop(self) -> Script:
+        self.user.release()
+        yield until(lambda: self.editor.drag is None, "the drag to end")
+
+    def zoom_in(self, point: Point, steps: int) -> Script:
+        """Turn the wheel over a point, which stays where it is."""
+        yield from self.point(point)
+        factor = 1.1**steps
+        before = self.editor.scale
+        self.user.click(*self._on_screen(point), button=4, times=steps)
+        yield until(lambda: self.editor.scale > factor * before, "the view to zoom in")
+
+    def pan(self, start: Point, end: Point) -> Script:
+        """Pull the plane by the middle button, until `start` lies where `end` was."""
+        target = self.editor.centre - np.array([at(b - a) for a, b in zip(start, end)])
+        place = self._on_screen(end)
+        yield from self.point(start)
+        self.user.press(2)
+        self.user.move(*place)
+        reached = 2 / self.editor.scale
+        yield until(
+            lambda: np.allclose(self.editor.centre, target, rtol=0, atol=reached),
+            "the view to follow",
+        )
+        self.user.release(2)
+
+    def _on_screen(self, point: Sequence[float]) -> Tuple[float, float]:
+        canvas = self.editor.canvas
+        x, y = self.editor.to_screen((at(point[0]), at(point[1])))
+        return canvas.winfo_rootx() + x, canvas.winfo_rooty() + y
+
+    # The side panel.
+
+    def pick_row(self, index: int) -> Script:
+        rows = self.editor.list
+        x, y, width, height = rows.bbox(str(index))
+        self.user.click(rows.winfo_rootx() + x + width / 2, rows.winfo_rooty() + y + height / 2)
+        yield until(lambda: self.editor.sel == index, f"row {index} to be selected")
+
+    def fill_in(self, key: str, text: str) -> Script:
+        field = find(self.editor.props, "TEntry", textvariable=self.editor.vars[key])
+        yield from self.user.fill_in(field, text)
+
+    def fill_in_corners(self, corners: Sequence[Point]) -> Script:
+        box = self.editor.points_text
+        text = "\n".join(f"{u} {v}" for u, v in corners)
+        yield from self.user.click_on(box)
+        yield until(lambda: self.editor.focus_get() is box, "the cursor in the corners box")
+        self.user.key("ctrl+slash")
+        yield until(lambda: box.tag_ranges("sel"), "all corners to be selected")
+        self.user.type(text)
+        yield until(lambda: box.get("1.0", "end-1c") == text, "the corners as typed")
+
+    def apply(self) -> Script:
+        yield from self.user.click_on(find(self.editor.props, "TButton"))
+
+    # What is seen.
+
+    def shapes(self, count: int) -> Wait:
+        return until(lambda: len(self.editor.sk["entities"]) == count, f"{count} shapes")
+
+    def holds(self, index: int, key: str, value: float) -> Wait:
+        return until(
+            lambda: self.editor.sk["entities"][index][key] == value,
+            f"{key} = {value} in the sketch",
+        )
+
+    def status_has(self, text: str) -> Wait:
+        return until(lambda: text in str(self.editor.status.cget("text")), f"{text!r} below")

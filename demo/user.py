@@ -1,0 +1,196 @@
+"""A replayed user: real pointer and key events, sent to an application in this very process.
+
+A script is a generator that uses the `User` and yields `until(condition)` wherever a person would
+wait to see something. The application's own event loop, also that of a modal dialog, runs the
+script between its events: no thread is needed, and widgets can be asked where they are on screen.
+"""
+
+from __future__ import annotations
+
+import os
+import subprocess
+import time
+import tkinter as tk
+from collections.abc import Callable, Iterator
+from pathlib import Path
+from tkinter import ttk
+from typing import Any, NamedTuple, Optional
+
+from PIL import Image, ImageGrab
+
+PATIENCE_SECONDS = 20.0
+_TURN_MS = 15
+
+
+class Wait(NamedTuple):
+    condition: Callable[[], object]
+    what: str
+
+
+Script = Iterator[Wait]
+
+
+def until(condition: Callable[[], object], what: str) -> Wait:
+    """What a script yields to go on when the condition holds; too late is a TimeoutError."""
+    return Wait(condition, what)
+
+
+def play(root: tk.Tk, script: Script, last_sight: Path) -> None:
+    """Run the application's event loop until the script ends, then destroy the window.
+
+    An error of the script, or of any of the application's callbacks, ends the play and is raised;
+    what the screen showed then is in the picture `last_sight`.
+    """
+    errors: list[BaseException] = []
+
+    def stop(_kind: object, error: BaseException, _trace: object) -> None:
+        errors.append(error)
+        if len(errors) > 1:
+            return
+        ImageGrab.grab(xdisplay=root.winfo_screen()).save(last_sight)
+        root.destroy()
+
+    def turn(wait: Optional[Wait] = None, deadline: float = 0.0) -> None:
+        while wait is None or wait.condition():
+            wait = next(script, None)
+            deadline = time.monotonic() + PATIENCE_SECONDS
+            if wait is None:
+                root.destroy()
+                return
+        if time.monotonic() > deadline:
+            raise TimeoutError(f"waited too long: {wait.what}")
+        root.after(_TURN_MS, turn, wait, deadline)
+
+    root.report_callback_exception = stop
+    root.after_idle(turn)
+    root.mainloop()
+    if errors:
+        raise errors[0]
+
+
+class User:
+    """Hands and eyes on one display. Sizes and places are read off the widgets themselves."""
+
+    def __init__(self, root: tk.Tk, display_name: str) -> None:
+        self.root = root
+        self.display_name = display_name
+        self._environment = {**os.environ, "DISPLAY": display_name}
+
+    def move(self, x: float, y: float) -> None:
+        self._xdotool("mousemove", str(round(x)), str(round(y)))
+
+    def press(self, button: int = 1) -> None:
+        self._xdotool("mousedown", str(button))
+
+    def release(self, button: int = 1) -> None:
+        self._xdotool("mouseup", str(button))
+
+    def click(self, x: float, y: float, button: int = 1, times: int = 1) -> None:
+        self.move(x, y)
+        self._xdotool("click", "--repeat", str(times), "--delay", "30", str(button))
+
+    def key(self, *keys: str) -> None:
+        self._xdotool("key", "--delay", "20", *keys)
+
+    def type(self, text: str) -> None:
+        self._xdotool("type", "--delay", "20", "--", text)
+
+    def click_on(self, widget: tk.Misc, times: int = 1) -> Script:
+        """Click the middle of a widget once it stands still on the screen."""
+        yield from self.steady(widget)
+        x = widget.winfo_rootx() + widget.winfo_width() / 2
+        self.click(x, widget.winfo_rooty() + widget.winfo_height() / 2, times=times)
+
+    def steady(self, widget: tk.Misc) -> Script:
+        """Wait until a widget is shown and neither moves nor grows any more."""
+        seen: list[tuple[int, ...]] = []
+
+        def still() -> bool:
+            place = widget.winfo_rootx(), widget.winfo_rooty()
+            seen.append((*place, widget.winfo_width(), widget.winfo_height()))
+            return bool(widget.winfo_viewable()) and len(seen) > 8 and len(set(seen[-8:])) == 1
+
+        yield until(still, f"{widget} to stand still")
+
+    def focused(self, window: tk.Misc) -> Script:
+        """Wait until keys reach a window."""
+
+        def has_keys() -> bool:
+            focus = window.focus_displayof()
+            return focus is not None and focus.winfo_toplevel() is window
+
+        yield until(has_keys, f"the keys to reach {window}")
+
+    def fill_in(self, entry: ttk.Entry, text: str) -> Script:
+        """Replace what an entry holds, as one does: select it all by a triple click and type."""
+        yield from self.click_on(entry, times=3)
+        yield until(entry.selection_present, "the text to be selected")
+        self.type(text)
+        yield until(lambda: entry.get() == text, f"{text!r} in the entry")
+
+    def choose_from_menu(self, bar: tk.Menu, menu: int, entry: int) -> Script:
+        """Open a menu of a window's menu bar by mouse and click one of its entries."""
+        yield from self.steady(self.root)
+        # What a window shows is a clone of its menu bar, with clones of its menus.
+        shown = f".#{str(bar)[1:]}"
+        tcl = self.root.tk.call
+        x = tcl("winfo", "rootx", shown) + tcl(shown, "xposition", menu)
+        self.click(x + 8, tcl("winfo", "rooty", shown) + 8)
+        clone = tcl(shown, "entrycget", menu, "-menu")
+        yield until(lambda: tcl("winfo", "viewable", clone), f"menu {menu} to open")
+        y = tcl("winfo", "rooty", clone) + tcl(clone, "yposition", entry)
+        self.move(tcl("winfo", "rootx", clone) + 30, y + 8)
+        lit = f"entry {entry} to light up"
+        yield until(lambda: tcl(clone, "index", "active") == entry, lit)
+        self.press()
+        self.release()
+        # What the entry does may make the menus anew.
+        yield until(
+            lambda: not (tcl("winfo", "exists", clone) and tcl("winfo", "viewable", clone)),
+            f"menu {menu} to close",
+        )
+
+    def picture(self, window: tk.Misc, path: Path) -> Script:
+        """Save what the screen shows of a window, once it shows the same twice."""
+        left, top = window.winfo_rootx(), window.winfo_rooty()
+        box = left, top, left + window.winfo_width(), top + window.winfo_height()
+        seen: list[Image.Image] = []
+
+        def shown() -> bool:
+            seen.append(ImageGrab.grab(box, xdisplay=self.display_name))
+            return len(seen) > 3 and seen[-1].tobytes() == seen[-2].tobytes()
+
+        yield until(shown, "the screen to come to rest")
+        seen[-1].save(path)
+
+    def _xdotool(self, *arguments: str) -> None:
+        subprocess.run(
+            ["xdotool", *arguments], env=self._environment, check=True, timeout=PATIENCE_SECONDS
+        )
+
+
+def handle(root: tk.Tk, path: str) -> tk.Misc:
+    """A widget that Tk has made for itself, such as those of its file dialog."""
+    widget = tk.Misc()
+    widget.tk, widget._w = root.tk, path  # type: ignore[attr-defined]
+    return widget
+
+
+def descendants(widget: tk.Misc) -> Iterator[tk.Misc]:
+    """All widgets within a widget, in the order in which they were made."""
+    for child in widget.winfo_children():
+        yield child
+        yield from descendants(child)
+
+
+def find(within: tk.Misc, kind: str, **options: object) -> Any:
+    """The one widget of a Tk class with these options; LookupError if there isn't just one."""
+    found = [
+        widget
+        for widget in descendants(within)
+        if widget.winfo_class() == kind
+        and all(str(widget.cget(name)) == str(value) for name, value in options.items())
+    ]
+    if len(found) != 1:
+        raise LookupError(f"{len(found)} widgets {kind} with {options}")
+    return found[0]

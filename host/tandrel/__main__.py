@@ -1,0 +1,7 @@
+"""python3 -m tandrel [FILE]"""
+
+import sys
+
+from tandrel.app import main
+
+sys.exit(main())

@@ -1,0 +1,144 @@
+"""Which shapes lie inside which, and which of them lie there doubtfully.
+
+A shape lies inside another when it is wholly within it and touches its outline nowhere; equal and
+overlapping shapes don't lie inside each other. Arcs count as sampled: walls thinner than about a
+thousandth of a circle's radius, or a hundredth of a corner's, may not be seen.
+
+Shapes are worked on in the order of their areas, the largest first, and sets of them are the bits
+of integers in that order.
+"""
+
+from __future__ import annotations
+
+from functools import lru_cache
+from itertools import chain
+from typing import Iterator, NamedTuple, Sequence
+
+import numpy as np
+from shapely.geometry import JOIN_STYLE, LinearRing
+from shapely.ops import nearest_points
+from shapely.prepared import PreparedGeometry, prep
+
+from tandrel._outlines import Point
+from tandrel._shapes import Shape
+
+ROWS = 64  # shapes whose boxes are compared with others at a time
+
+
+class Touch(NamedTuple):
+    """A shape within another that touches its outline: their indexes, and where."""
+
+    inner: int
+    outer: int
+    place: Point
+
+
+# A repaint asks for the depths of the same shapes again and again while the pointer moves.
+@lru_cache(maxsize=4)
+def depths(shapes: tuple[Shape, ...]) -> tuple[int, ...]:
+    """For each shape the number of others that it lies inside of."""
+    order = _by_area(shapes)
+    found = [0] * len(shapes)
+    for k, (holders, _) in zip(order, _holders([shapes[k] for k in order])):
+        found[k] = bin(holders).count("1")
+    return tuple(found)
+
+
+def touches(shapes: Sequence[Shape]) -> list[Touch]:
+    """Shapes that are within another but for touching its outline, each with one such other.
+
+    Whether such a shape is a hole hangs on the last digit of its numbers.
+    """
+    order = _by_area(shapes)
+    ranked = [shapes[k] for k in order]
+    grown: dict[int, PreparedGeometry] = {}
+
+    def covers(outer: int, inner: int) -> bool:
+        if ranked[outer].area <= ranked[inner].area * (1 + 1e-9):
+            return False
+        if outer not in grown:
+            reach = tolerance(ranked[outer])
+            grown[outer] = prep(ranked[outer].polygon.buffer(reach, join_style=JOIN_STYLE.mitre))
+        return bool(grown[outer].contains(ranked[inner].polygon))
+
+    found = []
+    boxed = _boxed(ranked, -1.0)
+    for inner, ((holders, parents), candidates) in enumerate(zip(_holders(ranked), boxed)):
+        rim = ranked[inner].polygon.exterior
+        close = (p for p in parents if _gap(ranked[p], rim) <= tolerance(ranked[p]))
+        doubtful = (k for k in _members(candidates & ~holders) if covers(k, inner))
+        outer = next(chain(close, doubtful), None)
+        if outer is not None:
+            place = nearest_points(ranked[outer].polygon.exterior, rim)[0]
+            found.append(Touch(order[inner], order[outer], (place.x, place.y)))
+    return found
+
+
+def tolerance(shape: Shape) -> float:
+    """The distance up to which something touches the outline of a shape."""
+    u1, v1, u2, v2 = shape.box
+    return 1e-9 * max(u2 - u1, v2 - v1) + 1e-15 * max(abs(c) for c in shape.box)
+
+
+def _by_area(shapes: Sequence[Shape]) -> list[int]:
+    return sorted(range(len(shapes)), key=lambda k: -shapes[k].area)
+
+
+def _holders(ranked: Sequence[Shape]) -> Iterator[tuple[int, list[int]]]:
+    """For each shape the set of those that it lies inside of, and the innermost of them.
+
+    Candidates are tried from the smallest up. What holds a holder needs no test of its own, so
+    even a shape at the bottom of a deep nest is compared with few others.
+    """
+    known: list[int] = []
+    for shape, candidates in zip(ranked, _boxed(ranked, 1.0)):
+        holders, innermost = 0, []
+        while candidates:
+            k = candidates.bit_length() - 1
+            candidates ^= 1 << k
+            if ranked[k].prepared.contains_properly(shape.polygon):
+                holders |= known[k] | 1 << k
+                candidates &= ~known[k]
+                innermost.append(k)
+        known.append(holders)
+        yield holders, innermost
+
+
+def _boxed(ranked: Sequence[Shape], margin: float) -> list[int]:
+    """For each shape the set of larger ones whose boxes hold its box.
+
+    The boxes must keep a distance of ``margin`` times the larger shape's tolerance.
+    """
+    boxes = np.array([shape.box for shape in ranked]).reshape(-1, 4)
+    slack = margin * np.array([tolerance(shape) for shape in ranked])[:, None]
+    low, high = boxes[:, :2] + slack, boxes[:, 2:] - slack
+    found = [0] * len(ranked)
+    # Shapes that begin at about the same u are compared together with those that reach past them.
+    from_left = np.argsort(boxes[:, 0])
+    for top in range(0, len(ranked), ROWS):
+        rows = from_left[top:][:ROWS]
+        some = boxes[rows]
+        near = np.flatnonzero((low[:, 0] < some[-1, 0]) & (high[:, 0] > some[:, 2].min()))
+        held = np.zeros((len(rows), len(ranked)), dtype=bool)
+        held[:, near] = (
+            (low[near, 0] < some[:, 0, None])
+            & (low[near, 1] < some[:, 1, None])
+            & (some[:, 2, None] < high[near, 0])
+            & (some[:, 3, None] < high[near, 1])
+        )
+        bits = np.packbits(held, axis=1, bitorder="little")
+        for k, row in zip(rows.tolist(), bits):
+            found[k] = int.from_bytes(row.tobytes(), "little") & (1 << k) - 1
+    return found
+
+
+def _members(shapes: int) -> Iterator[int]:
+    """The members of a set, the smallest shape first."""
+    while shapes:
+        k = shapes.bit_length() - 1
+        shapes ^= 1 << k
+        yield k
+
+
+def _gap(shape: Shape, rim: LinearRing) -> float:
+    return float(shape.polygon.exterior.distance(rim))
