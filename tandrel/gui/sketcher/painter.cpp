@@ -49,15 +49,30 @@ Ref ItemOptions::command_words(const Ref& keywords) {
   return all_plain ? words.to_tuple() : Ref();
 }
 
+Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
+  // Whatever a canvas of another kind raises when it is looked at closely, it can still be drawn
+  // on.
+  py::attempt(
+      [&] {
+        const Ref interpreter = canvas_.attr("tk"_n);
+        if (!is_tkinters_interpreter(interpreter)) return;
+        ask_width_ = py::tuple("winfo"_n, "width"_n, canvas_.attr("_w"_n));
+        call_tcl_ = interpreter.attr("call"_n);
+      },
+      py::Exception);
+}
+
 void Painter::line(const Ref& coordinates, const ItemOptions& options) {
   create({0, "line"_n, "create_line"_n}, coordinates, options);
 }
 
 void Painter::polygon(const Ref& coordinates, const ItemOptions& options) {
+  require_canvas();
   create({1, "polygon"_n, "create_polygon"_n}, coordinates, options);
 }
 
 void Painter::text(const Ref& coordinates, const ItemOptions& options) {
+  require_canvas();
   create({2, "text"_n, "create_text"_n}, coordinates, options);
 }
 
@@ -69,30 +84,37 @@ void Painter::circle(Point centre, double radius, const ItemOptions& options) {
 
 void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOptions& options) {
   Route& route = routes_.at(type.index);
-  if (!route.is_known) route = route_of(type);
-  if (route.call && options.words()) {
-    route.call.apply(route.command.add(coordinates).add(options.words()));
+  if (!route.is_known) {
+    require_canvas();
+    route = {true, direct_command(type)};
+  }
+  if (route.command && options.words()) {
+    call_tcl_.apply(route.command.add(coordinates).add(options.words()));
   } else {
     canvas_.attr(type.method).apply(coordinates, options.keywords());
   }
 }
 
-Painter::Route Painter::route_of(const ItemType& type) const {
-  Route route{true, {}, {}};
-  // Whatever a canvas of another kind raises when it is looked at closely, it can still be drawn
-  // on.
+/// Raises TclError where the canvas is gone, closed by application code that was asked for what is
+/// to be drawn. Tk 8.6 crashes when a window that was never shown is destroyed while it is being
+/// laid out and a command of one of its widgets is used afterwards; a question about the widget is
+/// harmless.
+void Painter::require_canvas() const {
+  if (call_tcl_) call_tcl_.apply(ask_width_);
+}
+
+Ref Painter::direct_command(const ItemType& type) const {
+  Ref command;
+  if (!call_tcl_) return command;
   py::attempt(
       [&] {
-        const Ref interpreter = canvas_.attr("tk"_n);
-        if (!is_tkinters_interpreter(interpreter)) return;
         for (const Ref& method : {type.method, "_create"_n, "_options"_n}) {
           if (!is_tkinters_own(canvas_, method)) return;
         }
-        route.command = py::tuple(canvas_.attr("_w"_n), "create"_n, type.name);
-        route.call = interpreter.attr("call"_n);
+        command = py::tuple(canvas_.attr("_w"_n), "create"_n, type.name);
       },
       py::Exception);
-  return route;
+  return command;
 }
 
 Ref coordinates(const std::vector<Point>& points) {

@@ -39,7 +39,7 @@ class ItemOptions {
 
 class Painter {
  public:
-  explicit Painter(Ref canvas) : canvas_(std::move(canvas)) {}
+  explicit Painter(Ref canvas);
 
   /// `coordinates` is the tuple x1, y1, x2, y2 ...
   void line(const Ref& coordinates, const ItemOptions& options);
@@ -57,14 +57,16 @@ class Painter {
   /// How items of one type reach Tk, found out at the first of them.
   struct Route {
     bool is_known = false;
-    Ref command;  // the first words of the Tcl command
-    Ref call;     // gives a command to Tcl; empty: the canvas method makes the item
+    Ref command;  // the first words of the Tcl command; empty: the canvas method makes the item
   };
 
   void create(const ItemType& type, const Ref& coordinates, const ItemOptions& options);
-  Route route_of(const ItemType& type) const;
+  Ref direct_command(const ItemType& type) const;
+  void require_canvas() const;
 
   Ref canvas_;
+  Ref call_tcl_;   // gives the words of a command to Tcl; empty where the canvas is no real one
+  Ref ask_width_;  // such words, asking for the canvas's width
   std::array<Route, 4> routes_;
 };
 

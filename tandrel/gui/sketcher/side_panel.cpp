@@ -102,8 +102,8 @@ void keep_delete_keys(const Ref& box) {
     box.call("bind_class"_n, tag, key, "break"_n);
   }
   const Ref tags = box.call("bindtags"_n).to_list();
-  const Ref after_text_class = tags.call("index"_n, "Text"_n).add(py::to_python(1));
-  tags.call("insert"_n, after_text_class, tag);
+  const Ref text_class = tags.call("index"_n, box.call("winfo_class"_n));
+  tags.call("insert"_n, text_class.add(py::to_python(1)), tag);
   box.call("bindtags"_n, tags.to_tuple());
 }
 

@@ -41,7 +41,6 @@ void release_claim() noexcept {
 namespace detail {
 
 int execute(const Extension& definition, PyObject* module) noexcept try {
-  if (module == loaded_module) return 0;
   claim(definition, module);
   try {
     definition.load(Ref::borrow(module));

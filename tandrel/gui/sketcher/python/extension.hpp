@@ -42,7 +42,6 @@ PyObject* initialise() noexcept {
       {Py_mod_exec, reinterpret_cast<void*>(static_cast<int (*)(PyObject*)>(execute))},
       {detail::knows_isolated_interpreters() ? 3 : 0, reinterpret_cast<void*>(2)},
       {0, nullptr}};
-  // No state of its own: an interpreter that sees one takes a failed module for a loaded one.
   static PyModuleDef definition{PyModuleDef_HEAD_INIT,
                                 Definition.name,
                                 Definition.doc,
