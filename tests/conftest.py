@@ -1,0 +1,99 @@
+"""The display, the module and the windows that tests share."""
+
+import importlib
+import os
+import sys
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT / "host"), str(ROOT / "build"), str(ROOT)]
+
+from demo.display import x_server  # noqa: E402
+from support import neighbours as scripted  # noqa: E402
+from support.events import Send, settle  # noqa: E402
+from support.roots import close_root, open_root  # noqa: E402
+
+
+@pytest.fixture(scope="session", autouse=True)
+def display():
+    """An X server for this run, without a window manager; its name, which DISPLAY also holds."""
+    with x_server(1280, 1024) as name:
+        before = os.environ.get("DISPLAY")
+        os.environ["DISPLAY"] = name
+        yield name
+        if before is None:
+            del os.environ["DISPLAY"]
+        else:
+            os.environ["DISPLAY"] = before
+
+
+@pytest.fixture(scope="session")
+def managed_display():
+    """The name of a second X server, on which a window manager places and decorates windows."""
+    with x_server(1280, 1024, window_manager=True) as name:
+        yield name
+
+
+@pytest.fixture(scope="session")
+def sketcher():
+    """The module."""
+    return importlib.import_module("tandrel.gui.sketcher")
+
+
+@pytest.fixture
+def neighbours(monkeypatch, sketcher):
+    """Scripted stand-ins for the neighbours of the module, by the names that it imports."""
+    return scripted.replace(monkeypatch, sketcher)
+
+
+@pytest.fixture
+def root(display):
+    """A main window for one test, which takes the errors that it expects out of `errors`."""
+    window = open_root()
+    yield window
+    close_root(window)
+
+
+@pytest.fixture
+def managed_root(managed_display):
+    """A main window for one test under a window manager."""
+    window = open_root(managed_display)
+    yield window
+    close_root(window)
+
+
+@pytest.fixture
+def open_editor(request, sketcher):
+    """Opens editors: open_editor(sketch, cls=SketchEditor, parent=root, **arguments of the editor).
+
+    They end with their main window.
+    """
+
+    def open_one(sketch=None, cls=None, parent=None, **kwargs):
+        parent = parent or request.getfixturevalue("root")
+        editor = (cls or sketcher.SketchEditor)(parent, sketch, **kwargs)
+        settle(editor, lambda: editor.canvas.winfo_width() > 1)
+        return editor
+
+    return open_one
+
+
+@pytest.fixture
+def select(open_editor):
+    """Opens editors on these entities with one selected, the first unless told otherwise."""
+
+    def open_selected(*entities, index=0, **arguments):
+        editor = open_editor({"entities": list(entities)}, **arguments)
+        editor.select(index)
+        editor.update()
+        return editor
+
+    return open_selected
+
+
+@pytest.fixture
+def send():
+    """The user's hands on an editor's canvas: send(editor).press(x, y) ..."""
+    return Send

@@ -1,0 +1,38 @@
+"""Running what might never end, or might end the process, so that the test fails instead."""
+
+import os
+import select
+import signal
+
+import pytest
+
+
+def finishes(function, seconds=10.0):
+    """What the function returns or raises; fails the test where it hangs or crashes.
+
+    A forked copy of the process tries it first, so the function must not touch a window and must
+    do the same thing twice.
+    """
+    child = os.fork()
+    if child == 0:
+        try:
+            function()
+        finally:
+            os._exit(0)
+    ended = _ended_within(child, seconds)
+    if not ended:
+        os.kill(child, signal.SIGKILL)
+    _, status = os.waitpid(child, 0)
+    if not ended:
+        pytest.fail(f"not finished after {seconds} seconds")
+    if os.WIFSIGNALED(status):
+        pytest.fail(f"the process ended by {signal.Signals(os.WTERMSIG(status)).name}")
+    return function()
+
+
+def _ended_within(child, seconds):
+    process = os.pidfd_open(child)
+    try:
+        return bool(select.select([process], [], [], seconds)[0])
+    finally:
+        os.close(process)
