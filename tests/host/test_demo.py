@@ -1,0 +1,168 @@
+"""The X servers that the demonstration starts, and the demonstration itself."""
+
+import json
+import math
+import os
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+import pytest
+from demo import run
+from demo.display import x_server
+from demo.drawing import shapes_drawn
+from PIL import Image
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+def answers(display_name):
+    """Whether an X server answers, asked by a program of its own."""
+    command = [sys.executable, "-c", "import tkinter; tkinter.Tk()"]
+    environment = {**os.environ, "DISPLAY": display_name}
+    return subprocess.run(command, env=environment, stderr=subprocess.DEVNULL).returncode == 0
+
+
+def until(condition):
+    deadline = time.monotonic() + 20
+    while not condition():
+        assert time.monotonic() < deadline
+        time.sleep(0.02)
+
+
+def test_servers_are_apart_and_end_with_their_block():
+    before = os.environ.get("DISPLAY")
+    with x_server(320, 200) as one, x_server(320, 200) as other:
+        assert one != other
+        assert answers(one) and answers(other)
+        assert os.environ.get("DISPLAY") == before
+    assert not answers(one) and not answers(other)
+
+
+def test_a_server_ends_with_an_error_too():
+    with pytest.raises(ZeroDivisionError):
+        with x_server(320, 200, window_manager=True) as name:
+            raise ZeroDivisionError
+    assert not answers(name)
+
+
+def told_by(code, display_name):
+    """What a program of its own prints on a display."""
+    environment = {**os.environ, "DISPLAY": display_name}
+    return subprocess.check_output([sys.executable, "-c", code], env=environment, text=True)
+
+
+SIZE = """
+import tkinter as tk
+root = tk.Tk()
+print(root.winfo_screenwidth(), root.winfo_screenheight(), round(root.winfo_fpixels("1i")))
+"""
+
+
+def test_a_server_has_the_size_asked_for():
+    with x_server(640, 480, dpi=192) as name:
+        found = told_by(SIZE, name)
+    assert [int(n) for n in found.split()] == [640, 480, pytest.approx(192, abs=2)]
+
+
+@pytest.mark.parametrize("managed", [True, False])
+def test_windows_are_managed_from_the_start_where_wanted(managed):
+    with x_server(320, 200, window_manager=managed) as name:
+        environment = {**os.environ, "DISPLAY": name}
+        # Answered from a property that only a window manager sets.
+        asked = subprocess.run(["xdotool", "get_desktop"], env=environment, capture_output=True)
+    assert (asked.returncode == 0) == managed
+
+
+KILLED = """
+import os, signal, sys
+from demo import run
+from demo.display import x_server
+from demo.drawing import shapes_drawn
+from PIL import Image
+with x_server(320, 200, window_manager=True) as name:
+    print(name, flush=True)
+    os.kill(os.getpid(), signal.SIGKILL)
+"""
+
+
+def test_a_server_ends_when_its_program_is_killed():
+    environment = {**os.environ, "PYTHONPATH": str(ROOT)}
+    ended = subprocess.run([sys.executable, "-c", KILLED], env=environment, stdout=subprocess.PIPE)
+    assert ended.returncode == -9
+    until(lambda: not answers(ended.stdout.decode().strip()))
+
+
+def test_a_missing_server_program_is_an_error(monkeypatch):
+    monkeypatch.setenv("PATH", "")
+    with pytest.raises(FileNotFoundError):
+        with x_server():
+            pass
+
+
+def test_a_server_that_ends_at_once_is_an_error():
+    with pytest.raises(RuntimeError, match="Xvfb ended before it was ready"):
+        with x_server(width=-1):
+            pass
+
+
+def test_with_a_display_the_application_opens_a_copy_of_the_part(tmp_path):
+    """A copy that the user has changed stays as it is the next time."""
+    command = [sys.executable, ROOT / "demo" / "run.py", "--folder", tmp_path]
+    copy = tmp_path / run.PART.name
+    names = [b"Mounting flange", b"My flange"]
+    with x_server(1000, 800) as display_name:
+        environment = {**os.environ, "DISPLAY": display_name, "LANGUAGE": "en"}
+        for name in names:
+            with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as program:
+                search = ["xdotool", "search", "--sync", "--name", name]
+                subprocess.run(search, env=environment, timeout=20, check=True, capture_output=True)
+                assert program.poll() is None
+                program.terminate()
+            assert copy.read_bytes() == run.PART.read_bytes().replace(names[0], name)
+            copy.write_bytes(copy.read_bytes().replace(*names))
+
+
+@pytest.fixture(scope="module")
+def replayed(tmp_path_factory):
+    """The folder in which a replayed session left its results, and what it said."""
+    folder = tmp_path_factory.mktemp("run")
+    environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+    command = [sys.executable, ROOT / "demo" / "run.py", "--folder", folder]
+    ended = subprocess.run(command, env=environment, capture_output=True, text=True)
+    assert (ended.returncode, ended.stderr) == (0, "")
+    return folder, ended.stdout
+
+
+def test_the_replayed_session_leaves_what_was_drawn(replayed):
+    folder, said = replayed
+    drawn = json.loads((folder / "drawn.json").read_text())
+    kinds = [entity["type"] for entity in drawn["sketch"]["entities"]]
+    assert kinds == ["rectangle", "circle", "regular", "slot", "circle", "polygon"]
+    assert str(folder / "drawn.json") in said
+    assert (folder / "replayed-flange.json").read_bytes() == run.PART.read_bytes()
+
+
+def test_the_replayed_session_leaves_pictures(replayed):
+    folder, said = replayed
+    pictures = list(folder.glob("*.png"))
+    assert len(pictures) == 10
+    for path in pictures:
+        assert str(path) in said
+        with Image.open(path) as picture:
+            assert min(picture.size) > 400
+            assert len(picture.convert("RGB").getcolors(1 << 24)) > 50
+
+
+def test_the_replay_notices_the_smallest_difference(replayed):
+    folder, _ = replayed
+    drawn, expected = folder / "drawn.json", shapes_drawn()
+    assert run.fault_in(drawn, expected) == ""
+    for shape in expected:
+        for key, value in shape.items():
+            if isinstance(value, float):
+                shape[key] = math.nextafter(value, math.inf)
+                assert run.fault_in(drawn, expected)
+                shape[key] = value
+    assert run.fault_in(drawn, expected[:-1])

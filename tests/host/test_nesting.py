@@ -1,0 +1,255 @@
+"""Which shapes lie inside which, and what the check says about doubtful cases."""
+
+import math
+import random
+
+import pytest
+from hypothesis import given, settings
+from hypothesis import strategies as st
+from shapely.geometry import Polygon
+from shapely.prepared import prep
+from tandrel import _nesting
+from tandrel import sketch as S
+
+
+def rectangle(x, y, w, h, radius=0.0):
+    return {"type": "rectangle", "x": x, "y": y, "w": w, "h": h, "radius": radius}
+
+
+def circle(xc, yc, r):
+    return {"type": "circle", "xc": xc, "yc": yc, "r": r}
+
+
+def polygon(*points):
+    return {"type": "polygon", "points": [list(map(float, p)) for p in points], "radius": 0.0}
+
+
+def depths(*entities):
+    return S.depths({"entities": list(entities)})
+
+
+def check(*entities):
+    return S.check({"entities": list(entities)})
+
+
+PLATE, HOLE, ISLAND = rectangle(0.0, 0.0, 10.0, 10.0), circle(5.0, 5.0, 3.0), circle(5.0, 5.0, 1.0)
+
+
+class TestDepths:
+    def test_an_empty_sketch(self):
+        assert S.depths({}) == S.depths(S.new()) == []
+
+    def test_a_plate_its_hole_and_an_island_in_whatever_order(self):
+        assert depths(PLATE, HOLE, ISLAND) == [0, 1, 2]
+        assert depths(ISLAND, PLATE, HOLE) == [2, 0, 1]
+
+    def test_apart(self):
+        assert depths(circle(0.0, 0.0, 1.0), circle(5.0, 0.0, 2.0)) == [0, 0]
+
+    def test_overlapping_shapes_do_not_nest_but_both_hold_what_is_in_both(self):
+        two = rectangle(0.0, 0.0, 6.0, 6.0), rectangle(2.0, 2.0, 6.0, 7.0)
+        assert depths(*two, circle(4.0, 4.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 2, 1]
+
+    def test_equal_shapes_do_not_hold_each_other(self):
+        assert depths(PLATE, PLATE, HOLE, HOLE) == [0, 0, 2, 2]
+        square = polygon((0, 0), (10, 0), (10, 10), (0, 10))
+        assert depths(PLATE, square) == [0, 0]
+
+    def test_a_shape_that_touches_another_from_inside_does_not_lie_in_it(self):
+        assert depths(PLATE, rectangle(0.0, 2.0, 3.0, 3.0)) == [0, 0]
+        assert depths(PLATE, circle(5.0, 5.0, 5.0)) == [0, 0]
+        assert depths(circle(0.0, 0.0, 3.0), circle(1.0, 0.0, 2.0)) == [0, 0]
+
+    @pytest.mark.parametrize("far", [0.0, 1e6])
+    @pytest.mark.parametrize("across", [False, True])
+    def test_rounding_does_not_decide_whether_a_shape_touches(self, far, across):
+        def placed(u, v, w, h):
+            return rectangle(v, u, h, w) if across else rectangle(u, v, w, h)
+
+        for k in range(1, 100):
+            u, w = far + k / 7, k / 300
+            outer = placed(u, 0.0, w, w)
+            for inner_u in (u, math.nextafter(u, math.inf), u + w - w / 3):
+                assert depths(outer, placed(inner_u, w / 4, w / 3, w / 2)) == [0, 0]
+
+    def test_outlines_touch_within_a_billionth_of_the_larger_shape(self):
+        assert depths(PLATE, rectangle(9e-9, 1.0, 2.0, 2.0)) == [0, 0]
+        assert depths(PLATE, rectangle(11e-9, 1.0, 2.0, 2.0)) == [0, 1]
+
+    def test_a_shape_is_never_inside_one_of_smaller_area(self):
+        # The points of the circle lie inside, but the circle between them does not.
+        rim = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0005, "n": 64, "angle": 0.0}
+        assert S.area(rim) < S.area(circle(0.0, 0.0, 1.0))
+        assert depths(rim, circle(0.0, 0.0, 1.0)) == [0, 0]
+
+    def test_in_the_box_of_a_shape_but_not_in_it(self):
+        ell = polygon((0, 0), (10, 0), (10, 2), (2, 2), (2, 10), (0, 10))
+        assert depths(ell, circle(6.0, 6.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 1]
+
+    def test_a_smaller_shape_with_the_larger_box_holds_nothing_of_the_larger_one(self):
+        ell = polygon((0, 0), (10, 0), (10, 1), (1, 1), (1, 10), (0, 10))
+        assert depths(ell, rectangle(2.0, 2.0, 7.0, 7.0)) == [0, 0]
+
+    def test_shapes_that_cannot_be_built_have_no_depth_and_hold_nothing(self):
+        bad = {**PLATE, "x": -1.0, "y": -1.0, "w": 20.0, "h": None}
+        assert depths(bad, HOLE, None, ISLAND, {"type": "circle"}) == [0, 0, 0, 1, 0]
+
+    @pytest.mark.parametrize("sk", [None, [], {"entities": None}, {"entities": "circle"}])
+    def test_something_without_a_list_of_shapes(self, sk):
+        with pytest.raises(ValueError, match="The list of shapes is damaged"):
+            S.depths(sk)
+
+    def test_a_shape_changed_in_place_is_seen(self):
+        hole = dict(HOLE)
+        assert depths(PLATE, hole) == [0, 1]
+        hole["xc"] = 50.0
+        assert depths(PLATE, hole) == [0, 0]
+
+    def test_the_list_handed_out_is_the_caller_s_own(self):
+        depths(PLATE, HOLE).clear()
+        assert depths(PLATE, HOLE) == [0, 1]
+
+    def test_unchanged_shapes_are_not_compared_again(self, monkeypatch):
+        depths(PLATE, HOLE)
+        monkeypatch.setattr(_nesting, "_holders", None)
+        assert depths(dict(PLATE), dict(HOLE)) == [0, 1]
+
+    def test_a_deep_nest_takes_one_comparison_a_shape(self, monkeypatch):
+        compared = []
+
+        class Counted:
+            def __init__(self, shape):
+                self.box, self.area, self.polygon = shape.box, shape.area, shape.polygon
+                self.prepared = self
+                self.inner = shape.prepared
+
+            def contains_properly(self, polygon):
+                compared.append(polygon)
+                return self.inner.contains_properly(polygon)
+
+        shapes = [_nesting_shape(circle(0.0, 0.0, 1.0 + k)) for k in range(300)]
+        random.Random(5).shuffle(shapes)
+        found = _nesting.depths(tuple(Counted(shape) for shape in shapes))
+        assert sorted(found) == list(range(300))
+        assert len(compared) == 299
+
+
+def _nesting_shape(e):
+    from tandrel._shapes import shape
+
+    return shape(e)
+
+
+GRID = st.integers(0, 12)
+SIZE = st.integers(1, 8)
+SHAPES = st.one_of(
+    st.builds(rectangle, GRID, GRID, SIZE, SIZE),
+    st.builds(rectangle, GRID, GRID, SIZE, SIZE, st.just(0.25)),
+    st.builds(circle, GRID, GRID, SIZE.map(lambda r: r / 2)),
+)
+
+
+def brute_force(entities):
+    polygons = [Polygon(S.outline(e)) for e in entities]
+    return [sum(prep(a).contains_properly(b) for a in polygons) for b in polygons]
+
+
+@settings(deadline=None, max_examples=200)
+@given(st.lists(SHAPES, max_size=12))
+def test_depths_are_those_of_comparing_each_with_each(entities):
+    assert depths(*entities) == brute_force(entities)
+
+
+def test_depths_of_many_shapes_are_those_of_comparing_each_with_each():
+    chance = random.Random(7)
+    entities = [
+        circle(chance.random(), chance.random(), 0.2 * chance.random() ** 3 + 1e-3)
+        for _ in range(300)
+    ]
+    found = depths(*entities)
+    assert found == brute_force(entities)
+    assert max(found) >= 3
+
+
+class TestChecks:
+    def test_a_shape_drawn_twice(self):
+        assert check(PLATE, HOLE, dict(PLATE), dict(PLATE)) == [
+            "Shape 3 (Rectangle) lies exactly on Shape 1 (Rectangle): delete one of them",
+            "Shape 4 (Rectangle) lies exactly on Shape 1 (Rectangle): delete one of them",
+        ]
+
+    def test_a_shape_drawn_twice_in_another_way(self):
+        square = polygon((10, 10), (10, 0), (0, 0), (0, 10))
+        turned = {
+            "type": "regular",
+            "xc": 5.0,
+            "yc": 5.0,
+            "r": math.sqrt(50),
+            "n": 4,
+            "angle": 45.0,
+        }
+        assert len(check(PLATE, square)) == len(check(PLATE, turned)) == 1
+        slot = {"type": "slot", "x1": 0.1, "y1": 0.2, "x2": 0.7, "y2": 0.9, "r": 0.3}
+        back = {"type": "slot", "x1": 0.7, "y1": 0.9, "x2": 0.1, "y2": 0.2, "r": 0.3}
+        assert check(slot, back) == [
+            "Shape 2 (Slot) lies exactly on Shape 1 (Slot): delete one of them"
+        ]
+
+    def test_a_shape_drawn_twice_but_for_rounding(self):
+        for size in (0.1, 0.5, 1.0, 3.0):
+            above = math.nextafter(size, math.inf)
+            below = math.nextafter(size, 0.0)
+            squares = [rectangle(0.0, 0.0, s, s) for s in (below, size, above)]
+            assert len(check(*squares)) == 2
+
+    def test_shapes_with_one_box_that_are_not_the_same(self):
+        rounded = rectangle(0.0, 0.0, 10.0, 10.0, 1.0)
+        assert not any("exactly" in message for message in check(PLATE, rounded))
+        up, down = polygon((0, 0), (4, 0), (0, 4)), polygon((4, 4), (0, 4), (4, 0))
+        assert check(up, down) == []
+        many = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0, "n": 64, "angle": 0.0}
+        assert not any("exactly" in message for message in check(circle(0.0, 0.0, 1.0), many))
+
+    @pytest.mark.parametrize(
+        "inner, place",
+        [
+            (circle(2.0, 5.0, 2.0), "u = 0 mm, v = 5000 mm"),
+            (rectangle(8.0, 4.0, 2.0, 1.0), "u = 10000 mm, v = 4000 mm"),
+            (polygon((5, 5), (5, 10), (4, 5)), "u = 5000 mm, v = 10000 mm"),
+        ],
+    )
+    def test_a_shape_that_touches_another_from_inside(self, inner, place):
+        label = {"circle": "Circle", "rectangle": "Rectangle", "polygon": "Outline"}[inner["type"]]
+        assert check({"type": "spline"}, PLATE, inner)[1:] == [
+            f"Shape 3 ({label}) touches Shape 2 (Rectangle) from inside near {place}:"
+            " move it clear of the outline or across it"
+        ]
+
+    def test_a_shape_that_touches_a_slanted_edge_from_inside(self):
+        outer = polygon((0, 0), (9, 3), (0, 7))
+        for k in range(1, 30):
+            corner = (9 * k / 31, 3 * k / 31)
+            inner = polygon(
+                corner, (corner[0] + 0.01, corner[1] + 0.2), (corner[0], corner[1] + 0.2)
+            )
+            (message,) = check(outer, inner)
+            assert "from inside" in message
+
+    def test_shapes_that_touch_from_outside_or_overlap_may_do_so(self):
+        assert check(PLATE, rectangle(10.0, 0.0, 5.0, 5.0)) == []
+        assert check(PLATE, rectangle(10.0, 10.0, 5.0, 5.0)) == []
+        assert check(PLATE, rectangle(5.0, 5.0, 15.0, 5.0)) == []
+        assert check(PLATE, circle(10.0, 5.0, 2.0)) == []
+
+    def test_a_hole_close_to_the_edge_but_clear_of_it(self):
+        assert check(PLATE, circle(2.001, 5.0, 2.0)) == []
+
+    def test_holes_may_touch_each_other_and_islands_must_keep_clear(self):
+        holes = circle(3.0, 5.0, 1.0), circle(5.0, 5.0, 1.0)
+        assert check(PLATE, *holes) == []
+        (message,) = check(PLATE, HOLE, circle(6.0, 5.0, 2.0))
+        assert message.startswith("Shape 3 (Circle) touches Shape 2 (Circle) from inside")
+
+    def test_a_shape_that_touches_several_is_said_once(self):
+        outer = rectangle(0.0, 0.0, 10.0, 20.0)
+        assert len(check(outer, PLATE, rectangle(0.0, 0.0, 5.0, 5.0))) == 2

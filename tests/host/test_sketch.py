@@ -1,0 +1,405 @@
+"""Outlines, corners and areas of every kind of shape, and the point-in-outline test."""
+
+import contextlib
+import math
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import numpy as np
+import pytest
+from hypothesis import assume, given, settings
+from hypothesis import strategies as st
+from shapely.geometry import Point, Polygon
+from tandrel import _outlines, _shapes
+from tandrel import sketch as S
+
+HOST = Path(S.__file__).resolve().parent.parent
+HALF_TURN = math.pi
+
+
+def rectangle(x=0.01, y=-0.02, w=0.05, h=0.03, radius=0.0):
+    return {"type": "rectangle", "x": x, "y": y, "w": w, "h": h, "radius": radius}
+
+
+def circle(xc=0.01, yc=-0.02, r=0.015):
+    return {"type": "circle", "xc": xc, "yc": yc, "r": r}
+
+
+def regular(xc=0.01, yc=-0.02, r=0.015, n=6, angle=30.0):
+    return {"type": "regular", "xc": xc, "yc": yc, "r": r, "n": n, "angle": angle}
+
+
+def slot(x1=0.0, y1=0.0, x2=0.03, y2=0.04, r=0.004):
+    return {"type": "slot", "x1": x1, "y1": y1, "x2": x2, "y2": y2, "r": r}
+
+
+def polygon(points, radius=0.0):
+    return {"type": "polygon", "points": points, "radius": radius}
+
+
+ELL = [[0.0, 0.0], [0.06, 0.0], [0.06, 0.02], [0.02, 0.02], [0.02, 0.05], [0.0, 0.05]]
+ELL_AREA = 0.06 * 0.02 + 0.02 * 0.03
+SHARP = [rectangle(), regular(), regular(n=3, angle=0.0), polygon(ELL)]
+CURVED = [rectangle(radius=0.004), circle(), slot(), polygon(ELL, radius=0.005)]
+EVERY_KIND = SHARP + CURVED
+
+
+def kind(e):
+    return e["type"] + ("" if e in SHARP else ", curved")
+
+
+def shoelace(ring):
+    u, v = np.asarray(ring, dtype=float).T
+    return float(u @ np.roll(v, -1) - v @ np.roll(u, -1)) / 2
+
+
+def gaps(ring):
+    return np.hypot(*(np.roll(ring, -1, axis=0) - ring).T)
+
+
+def test_a_new_sketch_is_empty_and_one_s_own():
+    assert S.new() == {"plane": "XY", "offset": 0.0, "entities": []}
+    S.new()["entities"].append(circle())
+    assert S.new()["entities"] == []
+
+
+def test_every_plane_has_two_axes():
+    assert S.PLANES == ("XY", "XZ", "YZ")
+    assert {plane: S.AXES.get(plane) for plane in S.PLANES} == {
+        "XY": ("x", "y"),
+        "XZ": ("x", "z"),
+        "YZ": ("y", "z"),
+    }
+
+
+@pytest.mark.parametrize("built_first", [False, True])
+def test_modules_built_into_another_tree_belong_to_the_packages(tmp_path, built_first):
+    for folder in ("tandrel", "tandrel/gui"):
+        (tmp_path / folder).mkdir()
+        (tmp_path / folder / "elsewhere.py").write_text("here = True\n")
+    path = [str(tmp_path), str(HOST)] if built_first else [str(HOST), str(tmp_path)]
+    code = "import tandrel.sketch, tandrel.elsewhere, tandrel.gui.elsewhere, tandrel.gui.i18n"
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(path)}
+    subprocess.run([sys.executable, "-W", "error", "-c", code], env=environment, check=True)
+
+
+@pytest.mark.parametrize("e", EVERY_KIND, ids=kind)
+class TestEveryOutline:
+    def test_is_an_array_of_points_that_nobody_can_write_to(self, e):
+        ring = S.outline(e)
+        assert ring.dtype == np.float64 and ring.ndim == 2 and ring.shape[1] == 2
+        with pytest.raises(ValueError):
+            ring[0, 0] = 1.0
+        with pytest.raises(ValueError):
+            S.corners(e)[...] = 1.0
+
+    def test_runs_counter_clockwise_and_does_not_repeat_its_first_point(self, e):
+        ring = S.outline(e)
+        assert shoelace(ring) > 0
+        assert gaps(ring).min() > 0
+
+    def test_has_about_64_points_without_long_gaps(self, e):
+        ring = S.outline(e)
+        assert 64 <= len(ring) <= 64 + 8 * 6
+        assert gaps(ring).max() <= gaps(ring).sum() / 64 * 1.01
+
+    def test_is_simple(self, e):
+        assert Polygon(S.outline(e)).is_valid
+
+    def test_encloses_the_area_but_for_the_sampling_of_arcs(self, e):
+        loss = 1e-12 if e in SHARP else 3e-3
+        area = S.area(e)
+        assert type(area) is float
+        assert area * (1 - loss) <= shoelace(S.outline(e)) <= area * (1 + loss)
+
+    def test_finer_sampling_leads_to_the_exact_area(self, e, monkeypatch):
+        monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(10**6))
+        monkeypatch.setattr(_outlines, "POINTS", 50_000)
+        monkeypatch.setattr(_outlines, "ARC_STEP", 0.05)
+        assert shoelace(S.outline(e)) == pytest.approx(S.area(e), rel=1e-7)
+
+
+@pytest.mark.parametrize(
+    "e, area",
+    [
+        (rectangle(w=0.05, h=0.03), 0.05 * 0.03),
+        (rectangle(w=0.05, h=0.03, radius=0.01), 0.05 * 0.03 - (4 - HALF_TURN) * 0.01**2),
+        (rectangle(w=0.05, h=0.03, radius=0.015), 0.02 * 0.03 + HALF_TURN * 0.015**2),
+        (rectangle(w=0.03, h=0.03, radius=0.015), HALF_TURN * 0.015**2),
+        (circle(r=0.015), HALF_TURN * 0.015**2),
+        (regular(r=2.0, n=3), 3 * math.sqrt(3)),
+        (regular(r=2.0, n=4), 8.0),
+        (regular(r=2.0, n=1000), 2000 * math.sin(2 * HALF_TURN / 1000)),
+        (slot(0.0, 0.0, 0.03, 0.04, 0.004), 0.05 * 0.008 + HALF_TURN * 0.004**2),
+        (slot(0.01, 0.02, 0.01, 0.02, 0.004), HALF_TURN * 0.004**2),
+        (polygon(ELL), ELL_AREA),
+        # Five corners lose what lies outside their arc, the inner one gains it.
+        (polygon(ELL, radius=0.005), ELL_AREA - 4 * (1 - HALF_TURN / 4) * 0.005**2),
+        (
+            polygon([[0.0, 0.0], [2.0, 0.0], [1.0, math.sqrt(3)]], radius=0.1),
+            math.sqrt(3) - (3 * math.sqrt(3) - HALF_TURN) * 0.1**2,
+        ),
+    ],
+)
+def test_areas_are_those_of_the_closed_formulas(e, area):
+    assert S.area(e) == pytest.approx(area, rel=1e-13)
+    places = ("x", "y", "xc", "yc", "x1", "y1", "x2", "y2")
+    far = {**e, **{key: e[key] + 1000.0 for key in places if key in e}}
+    assert S.area(far) == pytest.approx(area, rel=1e-9)
+
+
+def test_straight_corners_are_exact_points_of_the_outline():
+    for e in SHARP:
+        ring = {tuple(point) for point in S.outline(e).tolist()}
+        assert {tuple(corner) for corner in S.corners(e).tolist()} <= ring
+
+
+def test_a_rectangle_has_its_corners_from_the_lower_left_one_on():
+    corners = S.corners(rectangle(1.0, 2.0, 3.0, 4.0)).tolist()
+    assert corners == [[1.0, 2.0], [4.0, 2.0], [4.0, 6.0], [1.0, 6.0]]
+    assert S.corners(rectangle(1.0, 2.0, 3.0, 4.0, radius=1.5)).tolist() == corners
+
+
+def test_an_outline_keeps_its_corners_as_drawn():
+    for points in (ELL, ELL[::-1]):
+        for radius in (0.0, 0.005):
+            assert S.corners(polygon(points, radius)).tolist() == points
+
+
+def test_circles_and_slots_have_no_corners():
+    assert S.corners(circle()).shape == S.corners(slot()).shape == (0, 2)
+
+
+def test_a_clockwise_outline_is_turned_round_at_its_first_corner():
+    ring = S.outline(polygon(ELL[::-1]))
+    assert ring[0].tolist() == ELL[-1]
+    assert shoelace(ring) == pytest.approx(ELL_AREA)
+
+
+@pytest.mark.parametrize("angle", [0.0, 90.0, -180.0, 270.0, 3600000.0])
+def test_corners_in_the_directions_of_the_axes_are_exact(angle):
+    corners = {tuple(corner) for corner in S.corners(regular(0.0, 0.0, 0.1, 4, angle)).tolist()}
+    assert corners == {(0.1, 0.0), (0.0, 0.1), (-0.1, 0.0), (0.0, -0.1)}
+
+
+def test_a_regular_polygon_begins_at_its_angle_and_goes_on_counter_clockwise():
+    corners = S.corners(regular(1.0, 2.0, 0.5, 5, 20.0)) - (1.0, 2.0)
+    assert np.hypot(*corners.T) == pytest.approx([0.5] * 5)
+    angles = np.degrees(np.unwrap(np.arctan2(corners[:, 1], corners[:, 0])))
+    assert angles == pytest.approx([20.0, 92.0, 164.0, 236.0, 308.0])
+
+
+def test_every_point_of_a_circle_lies_on_it_and_the_axes_hit_it_exactly():
+    ring = S.outline(circle(0.0, 0.0, 0.1))
+    assert np.hypot(*ring.T) == pytest.approx([0.1] * 64, rel=1e-15)
+    assert {(0.1, 0.0), (0.0, 0.1), (-0.1, 0.0), (0.0, -0.1)} <= {tuple(p) for p in ring.tolist()}
+
+
+def test_every_point_of_a_slot_lies_at_its_half_width_from_the_axis():
+    ring = S.outline(slot(0.0, 0.0, 0.03, 0.04, 0.004))
+    along = np.clip(ring @ (0.6, 0.8), 0.0, 0.05)
+    away = ring - along[:, None] * (0.6, 0.8)
+    assert np.hypot(*away.T) == pytest.approx([0.004] * len(ring), rel=1e-12)
+
+
+def test_a_rounding_of_no_size_leaves_corners_sharp():
+    assert S.outline(rectangle(radius=1e-20)).tolist() == S.outline(rectangle()).tolist()
+
+
+def test_rounding_errors_add_no_points():
+    for k in range(1, 200):
+        side = k / 70
+        assert len(S.outline(rectangle(0.0, 0.0, side, side))) == 64
+        assert len(S.outline(circle(0.0, 0.0, side))) == 64
+
+
+def test_a_slot_with_both_ends_in_one_place_is_a_circle():
+    ring = S.outline(slot(0.01, 0.02, 0.01, 0.02, 0.004))
+    assert np.hypot(*(ring - (0.01, 0.02)).T) == pytest.approx([0.004] * 64)
+    assert gaps(ring).min() > 3e-4
+
+
+def test_arcs_that_meet_leave_no_straight_edge_between_them():
+    for e in (rectangle(w=0.03, h=0.03, radius=0.015), rectangle(w=0.3, h=0.1, radius=0.05)):
+        ring = S.outline(e)
+        assert gaps(ring).min() > 1e-4
+        inner = [e["x"] + e["radius"], e["y"] + e["radius"]]
+        core = np.clip(ring, inner, [inner[0] + e["w"] - 2 * e["radius"], inner[1]])
+        assert np.hypot(*(ring - core).T) == pytest.approx([e["radius"]] * len(ring))
+
+
+def star(radii):
+    """A free outline round the origin: simple, as its corners' directions increase."""
+    step = 2 * HALF_TURN / len(radii)
+    return [[r * math.cos(k * step), r * math.sin(k * step)] for k, r in enumerate(radii)]
+
+
+def ends(edge, at_start):
+    """A point and the direction of travel at one end of a line or an arc."""
+    if isinstance(edge, _outlines.Line):
+        way = np.subtract(edge.end, edge.start) / edge.length
+        return (edge.start if at_start else edge.end), way
+    point = edge.start if at_start else edge.end
+    out = np.subtract(point, edge.centre) / edge.radius
+    return point, np.array([-out[1], out[0]]) * math.copysign(1.0, edge.sweep)
+
+
+@settings(deadline=None, max_examples=200)
+@given(st.lists(st.floats(0.2, 1.0), min_size=3, max_size=12), st.floats(0.001, 0.3))
+def test_roundings_are_tangent_to_both_edges_or_refused(radii, radius):
+    corners = star(radii)
+    try:
+        S.outline(polygon(corners, radius))
+    except ValueError:
+        assume(False)
+    loop = _outlines.rounded([tuple(corner) for corner in corners], radius, 1e-8)
+    assert all(edge.radius == radius for edge in loop if isinstance(edge, _outlines.Arc))
+    for before, after in zip(loop, [*loop[1:], loop[0]]):
+        (point, way), (next_point, next_way) = ends(before, False), ends(after, True)
+        assert next_point == pytest.approx(point, abs=3e-8)
+        both_straight = isinstance(before, _outlines.Line) and isinstance(after, _outlines.Line)
+        if not both_straight:
+            assert next_way == pytest.approx(way, abs=1e-6)
+
+
+@settings(deadline=None, max_examples=100)
+@given(st.lists(st.floats(0.2, 1.0), min_size=3, max_size=12), st.floats(0.01, 0.2))
+def test_convex_roundings_stay_within_the_sharp_outline(radii, radius):
+    sharp = polygon(star(radii))
+    try:
+        ring = S.outline({**sharp, "radius": radius})
+    except ValueError:
+        assume(False)
+    reach = Polygon(S.outline(sharp)).convex_hull.buffer(1e-9)
+    assert reach.contains(Polygon(ring))
+
+
+class TestInside:
+    @settings(deadline=None, max_examples=200)
+    @given(st.sampled_from(EVERY_KIND), st.floats(-0.02, 0.08), st.floats(-0.05, 0.08))
+    def test_agrees_with_shapely_off_the_outline(self, e, u, v):
+        ring = S.outline(e)
+        shape = Polygon(ring)
+        assume(shape.exterior.distance(Point(u, v)) > 1e-12)
+        assert S.inside(ring, (u, v)) is shape.contains(Point(u, v))
+        assert S.inside(ring[::-1], np.array([u, v])) is shape.contains(Point(u, v))
+
+    def test_takes_any_sequence_of_points(self):
+        square = [(0, 0), [2, 0], np.array([2, 2]), (0, 2)]
+        assert S.inside(square, (1, 1)) is True
+        assert S.inside(square, [3, 1]) is False
+
+    def test_left_and_lower_edges_belong_right_and_upper_ones_do_not(self):
+        square = [(0, 0), (2, 0), (2, 2), (0, 2)]
+        on_edges = {"left": (0, 1), "lower": (1, 0), "right": (2, 1), "upper": (1, 2)}
+        found = {name: S.inside(square, p) for name, p in on_edges.items()}
+        assert found == {"left": True, "lower": True, "right": False, "upper": False}
+
+    @given(*[st.integers(-20, 20)] * 4, st.integers(0, 16))
+    def test_a_point_on_a_shared_edge_belongs_to_one_side(self, u1, v1, u2, v2, k):
+        assume((u1, v1) != (u2, v2))
+        across = [100 * (v2 - v1), 100 * (u1 - u2)]
+        left = [(u1, v1), (u2, v2), (-across[0], -across[1])]
+        right = [(u2, v2), (u1, v1), (across[0], across[1])]
+        p = (u1 + (u2 - u1) * k / 16, v1 + (v2 - v1) * k / 16)
+        assume(0 < k < 16)
+        assert S.inside(left, p) != S.inside(right, p)
+
+    def test_nothing_is_inside_nothing(self):
+        assert S.inside([], (0, 0)) is False
+        assert S.inside(np.empty((0, 2)), (0, 0)) is False
+        assert S.inside([(0, 0)], (0, 0)) is False
+
+    @pytest.mark.parametrize("p", [(math.nan, 0.01), (0.01, math.nan), (math.inf, -math.inf)])
+    def test_no_point_that_is_not_finite_is_inside(self, p):
+        assert S.inside(S.outline(circle()), p) is False
+
+
+class TestMemory:
+    @pytest.mark.parametrize("e", EVERY_KIND, ids=kind)
+    def test_an_outline_asked_for_again_is_the_same_array(self, e):
+        assert S.outline(e) is S.outline(dict(e))
+
+    def test_a_number_changed_in_place_is_seen(self):
+        e = circle(r=0.015)
+        before = S.outline(e)
+        e["r"] = 0.03
+        assert S.outline(e)[0, 0] == pytest.approx(0.04)
+        assert S.area(e) == pytest.approx(HALF_TURN * 0.03**2)
+        e["r"] = 0.015
+        assert S.outline(e) is before
+
+    def test_a_corner_changed_in_place_is_seen(self):
+        e = polygon([[0.0, 0.0], [1.0, 0.0], [0.0, 1.0]])
+        assert S.area(e) == 0.5
+        e["points"][1][0] = 2.0
+        assert S.area(e) == 1.0
+        assert S.corners(e)[1].tolist() == [2.0, 0.0]
+        e["points"].append([-1.0, 0.5])
+        assert S.area(e) == 1.5
+
+    def test_a_changed_type_is_seen(self):
+        e = {**circle(), **regular()}
+        assert len(S.corners(e)) == 6
+        e["type"] = "circle"
+        assert len(S.corners(e)) == 0
+
+    def test_other_keys_do_not_matter(self):
+        e = circle()
+        ring = S.outline(e)
+        e["note"] = [object()]
+        assert S.outline(e) is ring
+
+    def test_equal_numbers_of_any_type_are_the_same_shape(self):
+        ints = {"type": "rectangle", "x": 0, "y": 0, "w": 2, "h": 1, "radius": 0}
+        floats = rectangle(0.0, 0.0, 2.0, 1.0, 0.0)
+        numpy = {**floats, "w": np.float64(2), "h": np.int64(1), "x": np.float32(0)}
+        assert S.outline(ints) is S.outline(floats) is S.outline(numpy)
+        tuples = polygon(tuple(map(tuple, ELL)))
+        rows = polygon(list(np.array(ELL)))
+        for alike in (polygon(np.array(ELL)), tuples, rows):
+            assert S.outline(alike) is S.outline(polygon(ELL))
+        assert S.outline(regular(n=6.0)) is S.outline(regular(n=6))
+
+    @pytest.mark.parametrize("bad", [circle(r=-1.0), polygon([[0.0, 0.0], [1.0, 1.0]])])
+    def test_shapes_and_refusals_are_worked_out_once(self, bad, monkeypatch):
+        monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(1000))
+        built = []
+
+        def counted(key, build=_shapes._built):
+            built.append(key)
+            return build(key)
+
+        monkeypatch.setattr(_shapes, "_built", counted)
+        for _ in range(3):
+            S.outline(circle())
+            with pytest.raises(ValueError):
+                S.outline(bad)
+        assert len(built) == 2
+
+    def test_what_was_not_asked_for_lately_is_forgotten(self):
+        memo = _shapes.Memo(10)
+        for k in range(100):
+            memo.put(k, str(k), 3)
+            assert memo.get(0) == "0"
+            assert memo.get(k) == str(k)
+        assert [k for k in range(1, 90) if memo.get(k)] == []
+        assert len(memo._young) + len(memo._old) <= 2 * 10 // 3
+
+    def test_outlines_count_by_their_points_also_when_refused(self, monkeypatch):
+        memo = _shapes.Memo(10_000)
+        monkeypatch.setattr(_shapes, "_shapes", memo)
+        for k in range(50):
+            zigzag = [[float(n), float(n % 2)] for n in range(999)]
+            for e in (polygon([*zigzag, [float(k), -1.0]]), polygon([*zigzag, [float(k), 9.0]])):
+                with contextlib.suppress(ValueError):
+                    S.outline(e)
+        assert 5 < len(memo._young) + len(memo._old) <= 20
+
+    def test_a_value_too_large_to_keep_does_no_harm(self):
+        memo = _shapes.Memo(10)
+        for k in range(5):
+            memo.put(k, str(k), 1000)
+        assert len(memo._young) + len(memo._old) == 2

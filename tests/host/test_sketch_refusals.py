@@ -1,0 +1,432 @@
+"""What can't be built is refused with a reason; nothing that a sketch may hold does more harm."""
+
+import math
+import sys
+import warnings
+from decimal import Decimal
+from fractions import Fraction
+
+import numpy as np
+import pytest
+from hypothesis import given, settings
+from hypothesis import strategies as st
+from tandrel import _checks, _outlines, _reasons, _shapes
+from tandrel import sketch as S
+from tandrel.units import set_units
+
+RECTANGLE = {"type": "rectangle", "x": 0.0, "y": 0.0, "w": 0.04, "h": 0.02, "radius": 0.0}
+CIRCLE = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
+REGULAR = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 0.01, "n": 6, "angle": 0.0}
+SLOT = {"type": "slot", "x1": 0.0, "y1": 0.0, "x2": 0.03, "y2": 0.0, "r": 0.004}
+OUTLINE = {"type": "polygon", "points": [[0.0, 0.0], [0.02, 0.0], [0.0, 0.01]], "radius": 0.0}
+EVERY_KIND = [RECTANGLE, CIRCLE, REGULAR, SLOT, OUTLINE]
+
+
+def drawn(*points, radius=0.0):
+    """A free outline with its corners in millimetres."""
+    corners = [[u / 1000, v / 1000] for u, v in points]
+    return {"type": "polygon", "points": corners, "radius": radius}
+
+
+# A strip that is 0.01 mm wide along the first corner and widens further away.
+NECK = drawn(
+    *[(0, 0), (600, 0), (600, 150), (80, 0.7), (0.02, 0.06), (0.02, 80), (150, 600), (0, 600)],
+    radius=0.0168,
+)
+
+REFUSED = [
+    ({**RECTANGLE, "w": 0.0}, "the width must be greater than zero"),
+    ({**RECTANGLE, "w": -0.01}, "the width must be greater than zero"),
+    ({**RECTANGLE, "h": -0.01}, "the height must be greater than zero"),
+    ({**RECTANGLE, "radius": -0.001}, "the corner radius must not be negative"),
+    (
+        {**RECTANGLE, "radius": 0.011},
+        "the corner radius 11 mm is larger than half of the shorter side, 10 mm",
+    ),
+    ({**CIRCLE, "r": 0.0}, "the radius must be greater than zero"),
+    ({**CIRCLE, "r": -0.01}, "the radius must be greater than zero"),
+    ({**REGULAR, "r": 0.0}, "the radius must be greater than zero"),
+    ({**REGULAR, "n": 2}, "the number of sides must lie between 3 and 1000"),
+    ({**REGULAR, "n": -6}, "the number of sides must lie between 3 and 1000"),
+    ({**REGULAR, "n": 1001}, "the number of sides must lie between 3 and 1000"),
+    ({**REGULAR, "n": 4.5}, "the number of sides must be a whole number"),
+    ({**REGULAR, "n": 10**30}, "Sides: the number is too large"),
+    ({**SLOT, "r": 0.0}, "the half width must be greater than zero"),
+    ({**OUTLINE, "points": []}, "an outline needs at least three corners"),
+    (drawn((0, 0), (1, 0)), "an outline needs at least three corners"),
+    (
+        drawn((0, 0), (20, 20), (20, 0), (0, 20)),
+        "the outline crosses itself near u = 10 mm, v = 10 mm",
+    ),
+    (
+        drawn((0, 0), (24, 6), (24, 0), (0, 6)),
+        "the outline crosses itself near u = 12 mm, v = 3 mm",
+    ),
+    (
+        drawn((0, 0), (20, 0), (20, 20), (10, 0), (0, 20)),
+        "the outline touches itself near u = 10 mm, v = 0 mm",
+    ),
+    (
+        drawn((0, 0), (20, 0), (20, 20), (20, 0), (0, 20)),
+        "the outline touches itself near u = 20 mm, v = 0 mm",
+    ),
+    (
+        drawn((0, 0), (20, 10), (40, 20), (10, 5)),
+        "the outline encloses no area: all its corners lie on one line",
+    ),
+    (
+        drawn((0, 0), (20, 0), (20, 0), (0, 20)),
+        "corners 2 and 3 are the same point, u = 20 mm, v = 0 mm",
+    ),
+    (
+        drawn((5, 5), (20, 0), (0, 20), (5, 5)),
+        "corners 4 and 1 are the same point, u = 5 mm, v = 5 mm",
+    ),
+    ({**OUTLINE, "radius": -0.001}, "the corner radius must not be negative"),
+    (
+        drawn((0, 0), (40, 0), (40, 20), (20, 20), (20, 30), (0, 30), radius=0.006),
+        "the corner radius 6 mm does not fit near u = 20 mm, v = 20 mm: at most 5 mm fits there",
+    ),
+    (NECK, "the rounded outline is too narrow near u = 1.56604 mm, v = 10.0531 mm"),
+    ({**CIRCLE, "xc": math.nan}, "Centre u: not a number"),
+    ({**CIRCLE, "yc": math.inf}, "Centre v: the number is too large"),
+    ({**CIRCLE, "r": 1e308}, "Radius: the number is too large"),
+    ({**CIRCLE, "xc": -1e308}, "Centre u: the number is too large"),
+    ({**CIRCLE, "xc": 10**400}, "Centre u: the number is too large"),
+    ({**RECTANGLE, "x": math.nan}, "Corner u: not a number"),
+    ({**RECTANGLE, "y": math.inf}, "Corner v: the number is too large"),
+    ({**RECTANGLE, "w": math.inf}, "Width: the number is too large"),
+    ({**RECTANGLE, "h": math.nan}, "Height: not a number"),
+    ({**RECTANGLE, "radius": math.inf}, "Corner radius: the number is too large"),
+    ({**REGULAR, "angle": math.nan}, "Angle of first corner (degrees): not a number"),
+    ({**SLOT, "x1": math.nan}, "End 1 centre u: not a number"),
+    ({**SLOT, "y1": math.nan}, "End 1 centre v: not a number"),
+    ({**SLOT, "x2": math.nan}, "End 2 centre u: not a number"),
+    ({**SLOT, "y2": math.nan}, "End 2 centre v: not a number"),
+    ({**SLOT, "r": math.nan}, "Half width: not a number"),
+    ({**OUTLINE, "points": [[0.0, 0.0], [1.0, math.nan], [0.0, 1.0]]}, "corner 2: not a number"),
+    (
+        {**OUTLINE, "points": [[0.0, 0.0], [1.0, 0.0], [0.0, 1e300]]},
+        "corner 3: the number is too large",
+    ),
+    ({**OUTLINE, "points": [[0.0, 0.0], [1.0], [0.0, 1.0]]}, "corner 2: two numbers are needed"),
+    ({**OUTLINE, "points": [[0.0, 0.0], "01", [0.0, 1.0]]}, "corner 2: two numbers are needed"),
+    ({**OUTLINE, "points": [None, None, None]}, "corner 1: two numbers are needed"),
+    (
+        {**OUTLINE, "points": [[float(k), 0.0] for k in range(10_001)]},
+        "an outline can have 10000 corners at most",
+    ),
+    ({**CIRCLE, "r": 1e-300}, "the shape is too small to be drawn exactly where it lies"),
+    (
+        {**CIRCLE, "xc": 1e6, "r": 1e-3},
+        "the shape is too small to be drawn exactly where it lies",
+    ),
+    (
+        {**RECTANGLE, "w": 1e6, "h": 1e-3},
+        "the shape is too small to be drawn exactly where it lies",
+    ),
+    ({"type": "ellipse"}, "'ellipse' is no kind of shape"),
+    ({"type": None}, "None is no kind of shape"),
+    ({"type": ["circle"]}, "['circle'] is no kind of shape"),
+]
+OF_WRONG_TYPE = [
+    (None, "a shape must be a dictionary"),
+    ("circle", "a shape must be a dictionary"),
+    ([("type", "circle")], "a shape must be a dictionary"),
+    ({**CIRCLE, "r": None}, "Radius: not a number"),
+    ({**CIRCLE, "r": "0.01"}, "Radius: not a number"),
+    ({**CIRCLE, "r": True}, "Radius: not a number"),
+    ({**CIRCLE, "r": 1j}, "Radius: not a number"),
+    ({**CIRCLE, "r": [0.01]}, "Radius: not a number"),
+    ({**CIRCLE, "r": np.array(0.01)}, "Radius: not a number"),
+    ({**CIRCLE, "r": Decimal("0.01")}, "Radius: not a number"),
+    ({**REGULAR, "n": "6"}, "Sides: not a number"),
+    ({**OUTLINE, "points": None}, "the corners must be a list"),
+    ({**OUTLINE, "points": "0 0"}, "the corners must be a list"),
+    ({**OUTLINE, "points": np.array(1.0)}, "the corners must be a list"),
+    ({**OUTLINE, "points": [["0", "0"], ["1", "0"], ["0", "1"]]}, "corner 1: not a number"),
+    ({**OUTLINE, "points": [[0.0, 0.0], [True, False], [0.0, 1.0]]}, "corner 2: not a number"),
+]
+
+
+@pytest.fixture(autouse=True)
+def millimetres():
+    yield
+    set_units("mm")
+
+
+@pytest.mark.parametrize("e, message", REFUSED)
+def test_a_value_that_makes_no_shape_is_a_value_error_that_says_why(e, message):
+    for ask in (S.outline, S.area, S.corners):
+        with pytest.raises(ValueError) as refusal:
+            ask(e)
+        assert str(refusal.value) == message
+        assert message in repr(refusal.value)
+
+
+@pytest.mark.parametrize("e, message", OF_WRONG_TYPE)
+def test_a_value_of_the_wrong_type_is_a_type_error_that_says_which(e, message):
+    for ask in (S.outline, S.area):
+        with pytest.raises(TypeError) as refusal:
+            ask(e)
+        assert str(refusal.value) == message
+    with pytest.raises(ValueError) as refusal:
+        S.corners(e)
+    assert str(refusal.value) == message
+
+
+@pytest.mark.parametrize("e, key", [(e, key) for e in EVERY_KIND for key in e])
+def test_a_missing_key_is_a_key_error_that_names_it(e, key):
+    for ask in (S.outline, S.area, S.corners):
+        with pytest.raises(KeyError) as missing:
+            ask({name: value for name, value in e.items() if name != key})
+        assert missing.value.args == (key,)
+
+
+def test_whole_numbers_of_any_type_are_numbers():
+    assert len(S.corners({**REGULAR, "n": np.int16(5), "r": Fraction(1, 100)})) == 5
+
+
+def test_the_greatest_and_smallest_shapes_are_drawn():
+    for e in (
+        {**CIRCLE, "xc": 1e9, "yc": -1e9, "r": 1e9},
+        {**CIRCLE, "xc": 1e9, "r": 10.0},
+        {**CIRCLE, "r": 1.1e-11},
+        {**REGULAR, "n": 1000},
+        {**REGULAR, "n": 3},
+        {**RECTANGLE, "radius": 0.01},
+    ):
+        assert S.area(e) > 0
+        assert np.isfinite(S.outline(e)).all()
+
+
+def test_a_rounding_just_as_large_as_it_may_be_is_drawn_whatever_the_rounding_errors():
+    for k in range(1, 200):
+        side = k / 70
+        for radius in (side / 2, math.nextafter(side / 2, math.inf)):
+            assert S.area({**RECTANGLE, "x": 0.1, "w": side, "h": side, "radius": radius}) > 0
+
+
+def test_a_reason_speaks_the_units_and_the_language_of_the_moment(monkeypatch):
+    e = {**RECTANGLE, "radius": 0.0508}
+    with pytest.raises(ValueError) as refusal:
+        S.outline(e)
+    set_units("in")
+    assert str(refusal.value).startswith("the corner radius 2 in is larger")
+    set_units("cm")
+    with pytest.raises(ValueError, match=r"the corner radius 5\.08 cm is larger"):
+        S.outline(e)
+    german = {
+        "the corner radius {radius} is larger than half of the shorter side, {half}": "{half}"
+    }
+    monkeypatch.setattr(_reasons, "tr", lambda text: german.get(text, text))
+    assert str(refusal.value) == "1 cm"
+
+
+def test_a_verdict_without_a_place_is_still_a_reason():
+    with pytest.raises(ValueError, match="the outline is not a simple closed line"):
+        _outlines._complain("Hole lies outside shell", "", "")
+
+
+def cyclic():
+    ring = [[0.0, 0.0], [1.0, 0.0]]
+    ring.append(ring)
+    return ring
+
+
+CYCLE = cyclic()
+NUMBERS = st.one_of(
+    st.floats(),
+    st.floats(-10, 10),
+    st.integers(),
+    st.sampled_from([0.0, -0.0, 1.0, 1e308, -1e308, 5e-324, 10**400, -(10**400), 1e9, 1e-9]),
+)
+ANYTHING = st.one_of(
+    NUMBERS,
+    st.none(),
+    st.booleans(),
+    st.text(max_size=3),
+    st.binary(max_size=3),
+    st.complex_numbers(),
+    st.sampled_from([CYCLE, np.array(1.0), np.array([1.0, 2.0]), np.array("x"), object(), {}, ()]),
+    st.lists(NUMBERS, max_size=3),
+)
+CORNERS = st.one_of(
+    ANYTHING,
+    st.lists(st.lists(NUMBERS, min_size=2, max_size=2), max_size=8),
+    st.lists(st.tuples(*[st.integers(-3, 3)] * 2), min_size=3, max_size=8),
+    st.lists(ANYTHING, max_size=5),
+    st.lists(NUMBERS, max_size=6).map(np.array),
+)
+KEYS = sorted({key for e in EVERY_KIND for key in e} - {"type", "points"})
+HOSTILE = st.one_of(
+    ANYTHING,
+    st.fixed_dictionaries(
+        {},
+        optional={
+            "type": st.one_of(st.sampled_from([e["type"] for e in EVERY_KIND]), ANYTHING),
+            "points": CORNERS,
+            **{key: st.one_of(NUMBERS, NUMBERS, ANYTHING) for key in KEYS},
+        },
+    ),
+    st.builds(
+        lambda e, key, value: {**e, key: value},
+        st.sampled_from(EVERY_KIND),
+        st.sampled_from(KEYS),
+        st.one_of(NUMBERS, ANYTHING),
+    ),
+    st.builds(
+        lambda points, radius: {"type": "polygon", "points": points, "radius": radius},
+        CORNERS,
+        st.sampled_from([0.0, 0.1, 1.0, 1e-3]),
+    ),
+    st.builds(
+        lambda kind, numbers: {"type": kind, **dict(zip(KEYS, numbers))},
+        st.sampled_from(["rectangle", "circle", "regular", "slot"]),
+        st.lists(st.floats(-1e3, 1e3), min_size=len(KEYS), max_size=len(KEYS)),
+    ),
+)
+
+
+@settings(deadline=None, max_examples=1500)
+@given(HOSTILE)
+def test_whatever_an_entity_holds_there_is_a_shape_or_one_of_three_errors(e):
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        try:
+            ring = S.outline(e)
+        except (ValueError, TypeError) as refusal:
+            assert isinstance(refusal.args[0], _reasons.Reason) and str(refusal)
+            with pytest.raises(ValueError):
+                S.corners(e)
+        except KeyError as missing:
+            assert missing.args[0] not in e
+            with pytest.raises(KeyError):
+                S.corners(e)
+        else:
+            assert np.isfinite(ring).all() and len(ring) >= 64
+            assert S.area(e) > 0 and math.isfinite(S.area(e))
+            assert S.corners(e).shape[1] == 2
+            twice = ring[:, 0] @ np.roll(ring[:, 1], -1) - ring[:, 1] @ np.roll(ring[:, 0], -1)
+            assert twice > 0 or max(abs(ring).max() ** 2 * 1e-12, 0) > S.area(e)
+
+
+SKETCHES = st.one_of(
+    ANYTHING,
+    st.fixed_dictionaries(
+        {},
+        optional={
+            "plane": st.one_of(st.sampled_from(S.PLANES), ANYTHING),
+            "offset": st.one_of(NUMBERS, ANYTHING),
+            "entities": st.one_of(st.lists(HOSTILE, max_size=6), ANYTHING),
+        },
+    ),
+)
+
+
+@settings(deadline=None, max_examples=500)
+@given(SKETCHES)
+def test_whatever_a_sketch_holds_the_check_says_what_is_wrong_and_depths_are_told(sk):
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        messages = S.check(sk)
+        assert all(type(message) is str and message for message in messages)
+        entities = sk.get("entities", []) if isinstance(sk, dict) else None
+        if isinstance(entities, (list, tuple)):
+            depths = S.depths(sk)
+            assert len(depths) == len(entities)
+            assert all(type(depth) is int and depth >= 0 for depth in depths)
+        else:
+            with pytest.raises(ValueError, match="The list of shapes is damaged"):
+                S.depths(sk)
+            assert messages
+
+
+class TestCheck:
+    def sketch(self, *entities, **others):
+        return {"plane": "XY", "offset": 0.0, "entities": list(entities), **others}
+
+    def test_a_good_sketch_has_no_problems(self):
+        outer = {**RECTANGLE, "x": -0.02, "y": -0.02, "h": 0.04, "radius": 0.005}
+        assert S.check(self.sketch(outer, CIRCLE)) == []
+        for plane in S.PLANES:
+            assert S.check(self.sketch(CIRCLE, plane=plane, offset=-3)) == []
+        assert S.check({"entities": [SLOT]}) == []
+        assert S.check(self.sketch(CIRCLE, offset=None)) == []
+
+    @pytest.mark.parametrize("sk", [None, [], "sketch", 3])
+    def test_something_else_is_no_sketch(self, sk):
+        assert S.check(sk) == ["This is not a sketch"]
+
+    @pytest.mark.parametrize("sk", [{}, S.new(), {"entities": ()}])
+    def test_an_empty_sketch(self, sk):
+        assert S.check(sk) == ["Nothing is drawn yet"]
+
+    @pytest.mark.parametrize("entities", [None, 3, "circle", {"type": "circle"}])
+    def test_a_damaged_list_of_shapes(self, entities):
+        assert S.check({"entities": entities}) == ["The list of shapes is damaged"]
+
+    @pytest.mark.parametrize("plane", ["ZX", None, ["XY"], ""])
+    def test_an_unknown_plane(self, plane):
+        assert S.check(self.sketch(CIRCLE, plane=plane)) == [
+            f"{plane!r} is no sketch plane, choose one of XY, XZ, YZ"
+        ]
+
+    def test_a_plane_of_any_length_is_said_shortly(self):
+        (message,) = S.check(self.sketch(CIRCLE, plane="XY" * 10_000))
+        assert len(message) < 100
+
+    @pytest.mark.parametrize("offset", [math.nan, "0", True, [0.0], 1j])
+    def test_an_offset_that_is_no_number(self, offset):
+        messages = S.check(self.sketch(CIRCLE, offset=offset))
+        assert messages == ["Offset along the normal: not a number"]
+
+    @pytest.mark.parametrize("offset", [math.inf, -math.inf, 10**400, 1e10])
+    def test_an_offset_beyond_reach(self, offset):
+        messages = S.check(self.sketch(CIRCLE, offset=offset))
+        assert messages == ["Offset along the normal: the number is too large"]
+
+    def test_each_shape_that_cannot_be_built_is_named(self):
+        bad = [{**CIRCLE, "r": 0.0}, {**RECTANGLE, "w": None}, {"type": "regular"}, None]
+        bad += [{"type": "spline"}, {}, {**SLOT, "r": -1.0}]
+        assert S.check(self.sketch(OUTLINE, *bad)) == [
+            "Shape 2 (Circle): the radius must be greater than zero",
+            "Shape 3 (Rectangle): Width: not a number",
+            "Shape 4 (Polygon): xc is missing",
+            "Shape 5: a shape must be a dictionary",
+            "Shape 6: 'spline' is no kind of shape",
+            "Shape 7: type is missing",
+            "Shape 8 (Slot): the half width must be greater than zero",
+        ]
+        assert S.check(self.sketch({**OUTLINE, "points": []}))[0].startswith("Shape 1 (Outline): ")
+
+    def test_of_many_problems_the_first_are_said_and_the_others_counted(self):
+        bad = {**CIRCLE, "r": 0.0}
+        nine = S.check(self.sketch(*[bad] * 9))
+        assert len(nine) == 9 and nine[-1] == "Further problems: 1"
+        many = S.check(self.sketch(*[bad] * 1000))
+        assert len(many) == 9 and many[-1] == "Further problems: 992"
+        assert len(S.check(self.sketch(*[bad] * 8))) == 8
+
+    def test_messages_are_translated(self, monkeypatch):
+        german = {
+            "{shape}: {why}": "{shape} - {why}",
+            "Shape {n} ({kind})": "Form {n}, {kind}",
+            "Circle": "Kreis",
+            "the radius must be greater than zero": "Radius fehlt",
+        }
+        monkeypatch.setattr(_reasons, "tr", lambda text: german.get(text, text))
+        assert S.check(self.sketch({**CIRCLE, "r": 0.0})) == ["Form 1, Kreis - Radius fehlt"]
+
+    def test_every_kind_has_a_name(self):
+        assert set(_checks.LABELS) == set(_shapes.NUMBERS) == set(_shapes.BUILDERS)
+
+
+def test_geometry_loads_without_tk():
+    import subprocess
+
+    code = "import sys; sys.modules['tkinter'] = None; import tandrel.sketch as S; S.check({})"
+    path = [folder for folder in sys.path if folder]
+    subprocess.run(
+        [sys.executable, "-c", f"import sys; sys.path[:] = {path!r}; {code}"], check=True
+    )

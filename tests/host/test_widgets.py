@@ -1,0 +1,394 @@
+"""Palette, theme, sizes, form and tooltip on a real screen."""
+
+import os
+import subprocess
+import sys
+import tkinter as tk
+from itertools import product
+from pathlib import Path
+from tkinter import ttk
+
+import pytest
+from demo.display import x_server
+from support.events import settle
+from tandrel.gui import theme, widgets
+from tandrel.gui.widgets import PAL, Form, Tooltip, px
+
+ORANGE = "#E8833A"
+STYLES = {
+    "Panel.TFrame": ttk.Frame,
+    "Panel.TLabel": ttk.Label,
+    "Muted.TLabel": ttk.Label,
+    "Primary.TButton": ttk.Button,
+    "SketchTool.TRadiobutton": ttk.Radiobutton,
+}
+
+
+@pytest.fixture
+def themed(root):
+    widgets.install(root)
+    return root
+
+
+def luminance(colour):
+    """Relative luminance, as the accessibility guidelines define it."""
+    parts = [int(colour[i : i + 2], 16) / 255 for i in (1, 3, 5)]
+    parts = [c / 12.92 if c <= 0.04045 else ((c + 0.055) / 1.055) ** 2.4 for c in parts]
+    return 0.2126 * parts[0] + 0.7152 * parts[1] + 0.0722 * parts[2]
+
+
+def contrast(one, other):
+    light, dark = sorted((luminance(one), luminance(other)), reverse=True)
+    return (light + 0.05) / (dark + 0.05)
+
+
+def test_contrast_is_what_the_guidelines_say():
+    assert contrast("#000000", "#FFFFFF") == 21
+    assert contrast("#777777", "#FFFFFF") == pytest.approx(4.48, abs=0.01)
+
+
+@pytest.mark.parametrize("key", ["panel", "line", "bg", "muted", "accent", "accent_soft"])
+def test_the_editor_s_colours_are_there(root, key):
+    root.winfo_rgb(PAL[key])
+
+
+@pytest.mark.parametrize(
+    "text, ground",
+    [
+        *product(["text", "hint", "warning"], ["window", "field"]),
+        *product(["text"], ["button", "button_over", "chosen"]),
+        ("primary_over", "chosen"),
+        ("on_primary", "primary"),
+        ("on_primary", "primary_over"),
+        ("muted", "panel"),
+    ],
+)
+def test_texts_are_readable(text, ground):
+    assert contrast(PAL[text], PAL[ground]) >= 4.5
+
+
+@pytest.mark.parametrize("ground", ["panel", "accent_soft"])
+def test_the_editor_s_orange_is_readable_on_every_ground_of_a_drawing(ground):
+    assert contrast(ORANGE, PAL[ground]) >= 4.5
+
+
+@pytest.mark.parametrize(
+    "line, ground",
+    [
+        *product(["accent", "muted"], ["panel", "accent_soft"]),
+        *product(["edge", "primary"], ["window", "field"]),
+        ("line", "panel"),
+        ("line", "window"),
+    ],
+)
+def test_lines_that_carry_meaning_are_visible(line, ground):
+    assert contrast(PAL[line], PAL[ground]) >= 3
+
+
+def test_the_grid_stays_behind_the_drawing():
+    assert 1.1 < contrast(PAL["bg"], PAL["panel"]) < 2
+
+
+def test_a_region_differs_from_a_hole():
+    assert contrast(PAL["accent_soft"], PAL["panel"]) >= 1.3
+
+
+@pytest.mark.parametrize("name", STYLES)
+def test_the_editor_s_styles_make_widgets(themed, name):
+    widget = STYLES[name](themed, style=name)
+    assert widget.winfo_reqwidth() > 0
+    assert ttk.Style(themed).lookup(name, "background") in (PAL["window"], PAL["primary"])
+
+
+def test_a_tool_button_is_a_flat_toggle(themed):
+    style = ttk.Style(themed)
+    name = "SketchTool.TRadiobutton"
+    assert "indicator" not in repr(style.layout(name))
+    assert style.lookup(name, "background") == PAL["window"]
+    assert style.lookup(name, "background", ["selected"]) == PAL["chosen"]
+    assert style.lookup(name, "background", ["selected", "active"]) == PAL["chosen"]
+    for bevel in ("lightcolor", "darkcolor"):
+        assert style.lookup(name, bevel, ["selected"]) == PAL["chosen"]
+
+
+def test_a_tool_button_is_chosen_by_a_click(themed):
+    choice = tk.StringVar(themed, "a")
+    for value in "ab":
+        button = ttk.Radiobutton(themed, text=value, value=value, variable=choice)
+        button.configure(style="SketchTool.TRadiobutton")
+        button.pack(fill="x")
+    settle(themed)
+    button.event_generate("<Enter>")
+    button.event_generate("<ButtonPress-1>", x=5, y=5)
+    button.event_generate("<ButtonRelease-1>", x=5, y=5)
+    assert choice.get() == "b"
+    assert button.instate(["selected"])
+
+
+def test_a_check_box_shows_its_tick(themed):
+    on, off = ("tandrel-on", "tandrel-off")
+    colours = {
+        name: {themed.tk.call(name, "get", x, y) for x, y in product(range(px(15)), repeat=2)}
+        for name in (on, off)
+    }
+    primary = tuple(bytes.fromhex(PAL["primary"][1:]))
+    assert primary in colours[on]
+    assert primary not in colours[off]
+    assert len(colours[on]) > 4
+
+
+def test_installing_again_changes_nothing(themed):
+    before = themed.tk.call("bind", "Canvas", "<ButtonPress-1>")
+    widgets.install(themed)
+    assert themed.tk.call("bind", "Canvas", "<ButtonPress-1>") == before
+    assert ttk.Style(themed).theme_use() == "tandrel"
+
+
+def test_installing_in_a_second_window_works_too(themed, display):
+    second = tk.Tk()
+    widgets.install(second)
+    assert ttk.Style(second).theme_use() == "tandrel"
+    second.destroy()
+
+
+def test_clicking_a_canvas_gives_it_the_focus(managed_root):
+    widgets.install(managed_root)
+    entry, canvas = ttk.Entry(managed_root), tk.Canvas(managed_root, width=50, height=50)
+    pressed = []
+    canvas.bind("<ButtonPress-1>", pressed.append)
+    entry.pack()
+    canvas.pack()
+    settle(managed_root)
+    entry.focus_force()
+    settle(managed_root, lambda: managed_root.focus_get() is entry)
+    canvas.event_generate("<ButtonPress-1>", x=10, y=10)
+    settle(managed_root, lambda: managed_root.focus_get() is canvas)
+    assert len(pressed) == 1
+
+
+def test_px_follows_the_scaling_of_the_screen(root):
+    try:
+        root.tk.call("tk", "scaling", 96 / 72)
+        widgets.install(root)
+        assert [px(n) for n in (0, 1, 260, 7.6)] == [0, 1, 260, 8]
+        assert isinstance(px(7.6), int)
+        root.tk.call("tk", "scaling", 192 / 72)
+        widgets.install(root)
+        assert px(260) == pytest.approx(520, abs=1)
+    finally:
+        root.tk.call("tk", "scaling", 96 / 72)
+        widgets.install(root)
+
+
+SIZES = """
+from tkinter import font
+from tandrel.gui import widgets
+window = widgets.main_window("Tandrel")
+print(window.winfo_class(), widgets.px(1000), font.nametofont("TkTextFont").metrics("linespace"))
+"""
+
+
+def sizes(display_name, home):
+    """What a program of its own finds: a display that has gone would end this one."""
+    folder = str(Path(theme.__file__).parents[2])
+    environment = {**os.environ, "PYTHONPATH": folder, "DISPLAY": display_name, "HOME": str(home)}
+    found = subprocess.check_output([sys.executable, "-c", SIZES], env=environment, text=True)
+    name, pixels, line = found.split()
+    assert name == "Tandrel"
+    return int(pixels), int(line)
+
+
+@pytest.mark.parametrize("setting, factor", [("192", 2), ("144", 1.5), ("nonsense", 1)])
+def test_a_window_takes_the_size_that_the_desktop_asks_for(display, tmp_path, setting, factor):
+    pixels, line = sizes(display, tmp_path)
+    assert pixels == pytest.approx(1000, rel=0.01)
+    (tmp_path / ".Xdefaults").write_text(f"Xft.dpi: {setting}\n")
+    more, higher = sizes(display, tmp_path)
+    assert more == pytest.approx(factor * 1000, rel=0.01)
+    assert higher == pytest.approx(factor * line, abs=2)
+
+
+def test_a_dense_screen_makes_everything_larger(display, tmp_path):
+    _, line = sizes(display, tmp_path)
+    with x_server(800, 600, dpi=192) as name:
+        pixels, higher = sizes(name, tmp_path)
+    assert pixels == pytest.approx(2000, rel=0.01)
+    assert higher == pytest.approx(2 * line, abs=2)
+
+
+@pytest.fixture
+def form(themed):
+    made = Form(themed, label_width=14)
+    made.pack()
+    return made
+
+
+def children(widget, kind):
+    return [child for child in widget.winfo_children() if type(child) is kind]
+
+
+def test_a_form_row_has_label_entry_and_unit(themed, form):
+    variable = tk.StringVar(themed, "12.5")
+    entry = form.entry("Width", variable, "mm", width=10)
+    settle(themed)
+    assert type(entry) is ttk.Entry
+    assert entry.cget("width") == 10
+    assert entry.get() == "12.5"
+    label, unit = children(form, ttk.Label)
+    assert (label.cget("text"), unit.cget("text")) == ("Width", "mm")
+    assert label.winfo_x() < entry.winfo_x() < unit.winfo_x()
+    assert label.winfo_rooty() < entry.winfo_rooty() + entry.winfo_height()
+    entry.insert("end", "0")
+    assert variable.get() == "12.50"
+
+
+def test_form_rows_stand_one_below_the_other(themed, form):
+    entries = [form.entry(name, tk.StringVar(themed), "") for name in ("a", "b", "c")]
+    settle(themed)
+    assert len({entry.winfo_x() for entry in entries}) == 1
+    tops = [entry.winfo_y() for entry in entries]
+    assert tops == sorted(set(tops))
+
+
+def test_a_long_label_wraps_and_shows_whole(themed, form):
+    entry = form.entry("Angle of first corner (degrees), measured", tk.StringVar(themed), "")
+    short = form.entry("a", tk.StringVar(themed), "")
+    settle(themed)
+    label = children(form, ttk.Label)[0]
+    assert label.winfo_width() >= label.winfo_reqwidth()
+    assert label.winfo_height() > 1.5 * children(form, ttk.Label)[2].winfo_height()
+    assert entry.winfo_x() == short.winfo_x()
+
+
+def test_the_label_column_keeps_its_width(themed):
+    narrow, wide = Form(themed, label_width=14), Form(themed, label_width=40)
+    for made in (narrow, wide):
+        made.pack()
+        made.entry("a", tk.StringVar(themed), "")
+    settle(themed)
+    assert wide.winfo_reqwidth() > narrow.winfo_reqwidth()
+
+
+def test_a_note_stands_below_the_rows(themed, form):
+    entry = form.entry("a", tk.StringVar(themed), "")
+    assert form.note("Corners (u v, one pair per line):") is None
+    settle(themed)
+    note = children(form, ttk.Label)[-1]
+    assert note.cget("text") == "Corners (u v, one pair per line):"
+    assert note.winfo_y() >= entry.winfo_y() + entry.winfo_height()
+
+
+@pytest.fixture
+def quick(monkeypatch):
+    monkeypatch.setattr(Tooltip, "DELAY_MS", 1)
+
+
+@pytest.fixture
+def button(themed):
+    made = ttk.Button(themed, text="tool")
+    made.pack()
+    settle(themed)
+    return made
+
+
+def hint(widget):
+    """The hint that is shown for a widget."""
+    shown = [child for child in widget.winfo_children() if isinstance(child, tk.Toplevel)]
+    return shown[0] if shown and shown[0].winfo_viewable() else None
+
+
+def test_a_hint_appears_while_the_pointer_rests(themed, button, quick):
+    Tooltip(button, "Drag from corner to corner.")
+    assert hint(button) is None
+    button.event_generate("<Enter>")
+    settle(themed, lambda: hint(button))
+    (label,) = hint(button).winfo_children()
+    assert label.cget("text") == "Drag from corner to corner."
+    assert hint(button).winfo_rooty() >= button.winfo_rooty() + button.winfo_height()
+    button.event_generate("<Leave>")
+    assert not children(button, tk.Toplevel)
+
+
+def test_a_hint_waits(themed, button):
+    Tooltip(button, "text")
+    button.event_generate("<Enter>")
+    themed.update()
+    assert hint(button) is None
+    button.event_generate("<Leave>")
+    assert not themed.tk.call("after", "info")
+
+
+@pytest.mark.parametrize("event", ["<Leave>", "<ButtonPress-1>", "<KeyPress-a>"])
+def test_a_hint_goes_when_the_user_goes_on(themed, button, quick, event):
+    Tooltip(button, "text")
+    button.focus_force()
+    settle(themed, lambda: themed.focus_get() is button)
+    button.event_generate("<Enter>")
+    settle(themed, lambda: hint(button))
+    button.event_generate(event)
+    assert not children(button, tk.Toplevel)
+
+
+def test_a_hint_goes_with_its_widget(themed, button, quick):
+    Tooltip(button, "text")
+    button.event_generate("<Enter>")
+    settle(themed, lambda: hint(button))
+    button.destroy()
+    assert not [w for w in themed.winfo_children() if isinstance(w, tk.Toplevel)]
+
+
+def test_a_widget_may_go_while_its_hint_waits(themed, button, quick):
+    Tooltip(button, "text")
+    button.event_generate("<Enter>")
+    button.destroy()
+    assert not themed.tk.call("after", "info")
+
+
+def test_entering_twice_shows_one_hint(themed, button, quick):
+    Tooltip(button, "text")
+    for _ in range(2):
+        button.event_generate("<Enter>")
+        settle(themed, lambda: hint(button))
+    assert len(children(button, tk.Toplevel)) == 1
+
+
+def test_a_hint_keeps_other_bindings(themed, button, quick):
+    entered = []
+    button.bind("<Enter>", entered.append)
+    Tooltip(button, "text")
+    button.event_generate("<Enter>")
+    assert len(entered) == 1
+
+
+def test_a_hint_stays_on_the_screen(themed, quick):
+    width, height = themed.winfo_screenwidth(), themed.winfo_screenheight()
+    themed.geometry(f"100x60+{width - 100}+{height - 60}")
+    made = ttk.Button(themed, text="tool")
+    made.pack(fill="both", expand=True)
+    settle(themed, lambda: themed.winfo_rooty() > height - 100)
+    Tooltip(made, "a long hint " * 20)
+    made.event_generate("<Enter>")
+    settle(themed, lambda: hint(made))
+    shown = hint(made)
+    assert shown.winfo_rootx() + shown.winfo_width() <= width
+    assert shown.winfo_rooty() + shown.winfo_height() <= made.winfo_rooty()
+
+
+def test_hints_leave_nothing_behind(themed, quick):
+    def commands():
+        return len(themed.tk.splitlist(themed.tk.call("info", "commands")))
+
+    def show_and_destroy():
+        made = ttk.Button(themed, text="tool")
+        made.pack()
+        Tooltip(made, "text")
+        settle(themed)
+        made.event_generate("<Enter>")
+        settle(themed, lambda: hint(made))
+        made.destroy()
+
+    show_and_destroy()
+    before = commands()
+    for _ in range(5):
+        show_and_destroy()
+    assert commands() == before
