@@ -1,0 +1,316 @@
+"""How the dialog is made: its copy of the sketch, its state, its window and its keys."""
+
+import copy
+import tkinter as tk
+from tkinter import ttk
+
+import numpy as np
+import pytest
+
+from support.neighbours import circle, one_of_each, polygon, rectangle
+from support.plain import Recorder
+from support.roots import close_root, open_root
+from support.widgets import walk
+
+pytestmark = pytest.mark.usefixtures("neighbours")
+
+STATE = (
+    "sk dim refs result sel tool snap grid sides drag clicks cursor scale centre "
+    "plane offset canvas list props status"
+).split()
+
+
+# --- the sketch
+
+
+@pytest.mark.parametrize("nothing", [None, {}, ()], ids=repr)
+def test_without_a_sketch_a_new_one_is_started(open_editor, neighbours, nothing):
+    new = {"plane": "YZ", "offset": 0.5, "entities": []}
+    neighbours.S.answers["new"] = new
+    editor = open_editor(nothing)
+    assert editor.sk is new
+    assert neighbours.S.count("new") == 1
+    assert editor.tool.get() == "rectangle"
+
+
+def test_new_sketch_may_lack_its_keys(open_editor, neighbours):
+    neighbours.S.answers["new"] = {}
+    editor = open_editor()
+    assert editor.sk == {"entities": []}
+    assert editor.plane.get() == "XY"
+    assert editor.offset.get() == "0"
+
+
+def test_sketch_with_entities_starts_with_the_select_tool(open_editor, neighbours):
+    editor = open_editor(one_of_each())
+    assert editor.tool.get() == "select"
+    assert neighbours.S.count("new") == 0
+
+
+def test_sketch_without_entities_gains_them_in_the_copy_only(open_editor):
+    sketch = {"plane": "XZ"}
+    editor = open_editor(sketch)
+    assert editor.sk == {"plane": "XZ", "entities": []}
+    assert sketch == {"plane": "XZ"}
+    assert editor.tool.get() == "rectangle"
+
+
+def test_editor_works_on_a_deep_copy(open_editor):
+    sketch = {"entities": [polygon(), circle()], "note": {"by": ["someone"]}}
+    editor = open_editor(sketch)
+    assert editor.sk == sketch
+    assert editor.sk is not sketch
+    assert editor.sk["entities"] is not sketch["entities"]
+    assert editor.sk["entities"][0]["points"] is not sketch["entities"][0]["points"]
+    assert editor.sk["note"]["by"] is not sketch["note"]["by"]
+
+
+def test_copy_is_made_by_the_copy_module(open_editor, sketcher, monkeypatch):
+    copied = {"entities": [circle()]}
+    recorder = Recorder(deepcopy=copied)
+    monkeypatch.setattr(sketcher, "copy", recorder)
+    sketch = {"plane": "XY"}
+    assert open_editor(sketch).sk is copied
+    assert recorder.named("deepcopy") == [((sketch,), {})]
+
+
+def test_keys_that_the_editor_does_not_know_are_carried_through(open_editor):
+    sketch = one_of_each()
+    sketch["material"] = {"name": "steel", "grades": [1, 2]}
+    sketch["entities"][0]["colour"] = "red"
+    expected = copy.deepcopy(sketch)
+    editor = open_editor(sketch)
+    editor.ok()
+    assert editor.result == expected
+
+
+# --- the state
+
+
+def test_state_is_set_in_its_order(open_editor):
+    editor = open_editor(one_of_each())
+    assert [name for name in vars(editor) if name in STATE] == STATE
+
+
+def test_state_after_construction(open_editor):
+    editor = open_editor(one_of_each(), dim=2)
+    assert editor.dim == 2
+    assert editor.refs == []
+    assert editor.result is None
+    assert editor.sel is None
+    assert editor.drag is None
+    assert editor.clicks == [] and type(editor.clicks) is list
+    for name in ("tool", "grid", "sides", "plane", "offset"):
+        assert type(getattr(editor, name)) is tk.StringVar, name
+    assert type(editor.snap) is tk.BooleanVar
+    assert editor.snap.get() is True
+    assert editor.sides.get() == "6"
+    assert type(editor.cursor) is np.ndarray
+    assert editor.cursor.dtype == np.float64
+    assert editor.cursor.tolist() == [0.0, 0.0]
+
+
+def test_view_before_the_first_fit(open_editor, sketcher):
+    class Unfitted(sketcher.SketchEditor):
+        def fit(self):
+            pass
+
+    editor = open_editor(one_of_each(), cls=Unfitted)
+    assert editor.scale == 1.0 and type(editor.scale) is float
+    assert type(editor.centre) is np.ndarray
+    assert editor.centre.dtype == np.float64
+    assert editor.centre.tolist() == [0.0, 0.0]
+    assert editor.centre is not editor.cursor
+
+
+def test_references_are_taken_into_a_list_of_the_same_pairs(open_editor):
+    pairs = [("edge", np.array([[0.0, 0.0], [1.0, 1.0]])), ("none", np.zeros((0, 2)))]
+    editor = open_editor(None, references=iter(pairs))
+    assert type(editor.refs) is list
+    assert [ref is pair for ref, pair in zip(editor.refs, pairs)] == [True, True]
+    assert open_editor(None, references=pairs).refs is not pairs
+
+
+def test_grid_starts_with_the_default_step_in_display_units(open_editor, neighbours):
+    editor = open_editor()
+    assert editor.grid.get() == "1"
+    assert ("from_si", (0.001, "length")) in neighbours.units.calls
+    assert (0.001 * 1000.0,) in neighbours.num_text.calls
+
+
+def test_default_step_sees_sketch_and_references(open_editor):
+    editor = open_editor({"entities": [rectangle(w=200.0)]})
+    assert editor.grid.get() == "10000"
+    editor = open_editor(None, references=[("edge", np.array([[0.0, 0.0], [2.0, 0.0]]))])
+    assert editor.grid.get() == "100"
+
+
+def test_arguments_in_their_order(root, sketcher):
+    refs = [("edge", np.zeros((2, 2)))]
+    editor = sketcher.SketchEditor(root, None, 2, "Region", refs, False)
+    assert (editor.dim, editor.title(), editor.refs) == (2, "Region", refs)
+    assert editor.master is root
+
+
+def test_parent_and_sketch_are_required(root, sketcher):
+    for arguments in ((), (root,)):
+        with pytest.raises(TypeError):
+            sketcher.SketchEditor(*arguments)
+    with pytest.raises(TypeError):
+        sketcher.SketchEditor(root, None, 3, "", (), True, None)
+    with pytest.raises(TypeError):
+        sketcher.SketchEditor(root, None, colour="red")
+    assert root.winfo_children() == []
+
+
+def test_allow_plane_reaches_the_layout(open_editor, sketcher):
+    given = []
+
+    class Editor(sketcher.SketchEditor):
+        def _build(self, allow_plane):
+            given.append(allow_plane)
+            super()._build(allow_plane)
+
+    open_editor(cls=Editor)
+    open_editor(cls=Editor, allow_plane=False)
+    open_editor(cls=Editor, allow_plane="yes")
+    assert given == [True, False, "yes"]
+
+
+# --- the window
+
+
+@pytest.mark.parametrize(
+    "title, shown", [("Profile", "Profile"), ("", "Skizze"), (None, "Skizze")], ids=repr
+)
+def test_title_defaults_to_a_translated_one(open_editor, neighbours, title, shown):
+    neighbours.tr.texts = {"Sketch": "Skizze", "Profile": "no title is translated"}
+    assert open_editor(title=title).title() == shown
+
+
+def test_window_belongs_to_its_parent(open_editor, root):
+    editor = open_editor()
+    assert editor.master is root
+    assert str(editor.transient()) == str(root)
+
+
+def test_window_has_the_panel_colour(open_editor, neighbours):
+    neighbours.PAL["panel"] = "#123456"
+    assert open_editor().cget("background") == "#123456"
+
+
+def test_construction_goes_in_order(open_editor, sketcher):
+    steps = []
+
+    def kept(name):
+        def method(self, *args, **kwargs):
+            steps.append((name, *args, *kwargs.items()))
+            return getattr(super(Editor, self), name)(*args, **kwargs)
+
+        return method
+
+    class Editor(sketcher.SketchEditor):
+        def __setattr__(self, name, value):
+            if name in STATE:
+                steps.append(name)
+            super().__setattr__(name, value)
+
+    for name in ("title", "transient", "configure", "_build", "update_idletasks", "fit"):
+        setattr(Editor, name, kept(name))
+    Editor.bind = kept("bind")
+    editor = open_editor(cls=Editor, title="T")
+    del steps[: steps.index(("title", "T"))]
+    first_fit = [("update_idletasks",), ("fit",), "scale", "centre"]
+    own = [step if isinstance(step, str) else step[:2] for step in steps]
+    expected = [("title", "T"), ("transient", editor.master)]
+    expected += [("configure", ("background", sketcher.PAL["panel"]))]
+    expected += STATE[:14] + [("_build", True)] + STATE[14:] + first_fit
+    expected += [("bind", f"<{key}>") for key in ("Escape", "Return", "Delete", "BackSpace")]
+    assert own[: len(expected)] == expected
+
+
+def test_view_is_fitted_with_the_real_size_of_the_canvas(open_editor):
+    editor = open_editor({"entities": [rectangle(0.0, 0.0, 2.0, 1.0)]})
+    width, height = editor.canvas.winfo_width(), editor.canvas.winfo_height()
+    assert (width, height) == (622, 462)
+    assert editor.scale == 0.8 * min(width / 2.0, height / 1.0)
+    assert editor.centre.tolist() == [1.0, 0.5]
+
+
+def test_window_may_belong_to_another_application(root, sketcher):
+    other = open_root()
+    try:
+        editor = sketcher.SketchEditor(other, one_of_each())
+        editor.select(1)
+        editor.update()
+        entries = [w for w in walk(editor) if isinstance(w, ttk.Entry)]
+        assert {"XY", "0", "1", "6", "20", "10"} <= {entry.get() for entry in entries}
+        editor.ok()
+        assert editor.result is editor.sk
+    finally:
+        close_root(other)
+
+
+# --- keys
+
+
+def test_dialog_binds_four_keys(open_editor):
+    bound = {"<Key-Escape>", "<Key-Return>", "<Key-Delete>", "<Key-BackSpace>"}
+    assert set(open_editor().bind()) == bound
+
+
+@pytest.mark.parametrize(
+    "key, operation",
+    [
+        ("Escape", "cancel_drawing"),
+        ("Return", "close_line"),
+        ("Delete", "delete"),
+        ("BackSpace", "delete"),
+    ],
+)
+def test_key_reaches_its_operation_without_arguments(open_editor, sketcher, send, key, operation):
+    calls = []
+    cls = type(
+        "Editor",
+        (sketcher.SketchEditor,),
+        {operation: lambda self, *args, **kwargs: calls.append((args, kwargs))},
+    )
+    editor = open_editor(cls=cls)
+    send(editor).key(key)
+    assert calls == [((), {})]
+    send(editor).key(key, editor.list)
+    assert len(calls) == 2
+
+
+def test_escape_abandons_the_outline_and_leaves_the_dialog_open(open_editor, send):
+    editor = open_editor()
+    editor.tool.set("line")
+    hand = send(editor)
+    for pixel in ((100, 100), (300, 100), (300, 300)):
+        hand.click(*pixel)
+    assert len(editor.clicks) == 3
+    hand.key("Escape")
+    assert editor.clicks == []
+    assert editor.sk["entities"] == []
+    assert editor.winfo_exists()
+    hand.key("Return")
+    assert editor.sk["entities"] == []
+
+
+def test_return_closes_the_outline(open_editor, send):
+    editor = open_editor()
+    editor.tool.set("line")
+    hand = send(editor)
+    for pixel in ((100, 100), (300, 100), (300, 300)):
+        hand.click(*pixel)
+    hand.key("Return")
+    assert [e["type"] for e in editor.sk["entities"]] == ["polygon"]
+
+
+@pytest.mark.parametrize("key", ["Delete", "BackSpace"])
+def test_delete_keys_remove_the_selected_shape(open_editor, send, key):
+    editor = open_editor(one_of_each())
+    editor.select(1)
+    send(editor).key(key)
+    assert [e["type"] for e in editor.sk["entities"]] == ["rectangle", "regular", "slot", "polygon"]
+    assert editor.sel is None

@@ -1,0 +1,538 @@
+"""How the module loads: its imports, its refusals, every interpreter that can be found."""
+
+import importlib
+import json
+import math
+import os
+import re
+import shutil
+import subprocess
+import sys
+import textwrap
+from pathlib import Path
+
+import pytest
+
+TESTS = Path(__file__).resolve().parent
+BUILD = TESTS.parent / "build"
+MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"
+STABLE_SYMBOLS = TESTS / "support" / "stable_abi_3_9.txt"
+ALREADY = "Module 'sketcher' has already been imported. Re-initialisation is not supported."
+SECOND_INTERPRETER = (
+    "Interpreter change detected - this module can only be loaded into one interpreter "
+    "per process."
+)
+IMPORTED = "copy math tkinter tkinter.ttk typing numpy tandrel.sketch".split()
+IMPORTED += ["tandrel.gui.i18n", "tandrel.gui.widgets"]
+VERSIONS = ["3.9", "3.10", "3.11", "3.12", "3.13"]
+
+
+def found_interpreters():
+    """The interpreters of other versions in the user's home, by their version."""
+    found = {}
+    for folder in sorted(Path.home().glob(".pyenv/versions/*")):
+        version = ".".join(folder.name.split(".")[:2])
+        if version in VERSIONS and (folder / "bin" / "python").exists():
+            found[version] = folder / "bin" / "python"
+    return found
+
+
+INTERPRETERS = found_interpreters()
+
+
+def interpreter_of(version):
+    if version not in INTERPRETERS:
+        pytest.skip(f"no interpreter {version} under ~/.pyenv/versions")
+    return INTERPRETERS[version]
+
+
+@pytest.fixture(params=VERSIONS)
+def interpreter(request):
+    """Each of the versions that is there."""
+    return interpreter_of(request.param)
+
+
+@pytest.fixture(params=["this", *VERSIONS])
+def any_interpreter(request):
+    """This interpreter, and each of the versions that is there."""
+    return sys.executable if request.param == "this" else interpreter_of(request.param)
+
+
+def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
+    """Run code in a fresh process and return what it printed as JSON."""
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(map(str, paths))}
+    process = subprocess.run(
+        [str(interpreter), *options, "-c", textwrap.dedent(code), *arguments],
+        env=environment,
+        capture_output=True,
+        text=True,
+        timeout=60,
+    )
+    assert process.returncode == 0, process.stderr
+    assert process.stderr == ""
+    return json.loads(process.stdout)
+
+
+# Everything that the module imports, as files that do as little as possible.
+SMALLEST = {
+    "numpy.py": "",
+    "tandrel/sketch.py": "",
+    "tandrel/gui/i18n.py": "class N_(str): pass\ndef tr(text): raise RuntimeError(text)\n",
+    "tandrel/gui/widgets.py": "PAL = {}\nForm = Tooltip = num_text = px = units = None\n",
+}
+
+
+@pytest.fixture
+def smallest(tmp_path):
+    """A search path on which the module finds the smallest neighbours possible."""
+    for name, text in SMALLEST.items():
+        file = tmp_path / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+    return (tmp_path, BUILD)
+
+
+# --- imports
+
+
+def test_imports_come_in_their_order(smallest):
+    before, order = run(
+        f"""
+        import sys
+        sys.path[:0] = {[str(path) for path in smallest]!r}
+        names = {IMPORTED!r}
+        before = [name for name in names if name in sys.modules]
+        order = []
+
+        class Watch:
+            @staticmethod
+            def find_spec(name, path=None, target=None):
+                if name in names:
+                    order.append(name)
+
+        sys.meta_path.insert(0, Watch)
+        import tandrel.gui.sketcher
+        import json
+        print(json.dumps([before, order]))
+        """,
+        "-I",
+        "-S",
+    )
+    assert before == []
+    assert order == IMPORTED
+
+
+def test_texts_of_the_tables_are_marked_and_not_translated(smallest):
+    unmarked, count = run(
+        """
+        import json
+        import tandrel.gui.sketcher as m
+
+        texts = [label for _, label in m.TOOLS]
+        texts += m.TOOL_TIPS.values()
+        texts += [label for rows in m.FIELDS.values() for _, label, _ in rows]
+        texts += m.TYPE_LABEL.values()
+        print(json.dumps([[t for t in texts if type(t) is not m.N_], len(texts)]))
+        """,
+        paths=smallest,
+    )
+    assert unmarked == []
+    assert count == 6 + 6 + 19 + 5
+
+
+def test_keys_of_the_tables_are_not_marked(smallest):
+    kinds = run(
+        """
+        import json
+        import tandrel.gui.sketcher as m
+
+        keys = [key for key, _ in m.TOOLS] + [*m.TOOL_TIPS, *m.FIELDS, *m.TYPE_LABEL]
+        keys += [key for rows in m.FIELDS.values() for key, _, _ in rows]
+        print(json.dumps(sorted({type(key).__name__ for key in keys})))
+        """,
+        paths=smallest,
+    )
+    assert kinds == ["str"]
+
+
+def test_module_loads_without_a_display(smallest, monkeypatch):
+    monkeypatch.delenv("DISPLAY")
+    assert run("import tandrel.gui.sketcher; print(1)", paths=smallest) == 1
+
+
+def test_failed_initialisation_can_be_tried_again(smallest, any_interpreter):
+    outcomes, works = run(
+        """
+        import importlib, json, sys
+
+        NAME = "tandrel.gui.sketcher"
+        outcomes = []
+
+        def attempt():
+            try:
+                importlib.import_module(NAME)
+            except BaseException as error:
+                outcomes.append([type(error).__name__, str(error), NAME in sys.modules])
+            else:
+                outcomes.append("loaded")
+
+        for name in sys.argv[1:]:
+            kept = importlib.import_module(name)
+            sys.modules[name] = None
+            attempt()
+            sys.modules[name] = kept
+        names = {"tandrel.gui.i18n": "N_ tr", "tandrel.gui.widgets": "PAL Form Tooltip"}
+        names["tandrel.gui.widgets"] += " num_text px units"
+        names["typing"] = "Any Dict List Optional Sequence Tuple"
+        for module, text in names.items():
+            for name in text.split():
+                kept = vars(sys.modules[module]).pop(name)
+                attempt()
+                setattr(sys.modules[module], name, kept)
+        tkinter, i18n = sys.modules["tkinter"], sys.modules["tandrel.gui.i18n"]
+        for module, name, other in ((tkinter, "Toplevel", None), (i18n, "N_", 5)):
+            kept = getattr(module, name)
+            setattr(module, name, other)
+            attempt()
+            setattr(module, name, kept)
+        attempt()
+        module = sys.modules[NAME]
+        works = [module.SketchEditor.__mro__[1] is tkinter.Toplevel, len(module.TOOLS)]
+        works += [module.describe.__name__, module.PAL, module.tk is tkinter]
+        print(json.dumps([outcomes, works]))
+        """,
+        interpreter=any_interpreter,
+        paths=smallest,
+        arguments=IMPORTED,
+    )
+    assert outcomes.pop() == "loaded"
+    assert works == [True, 6, "describe", {}, True]
+    assert not any(present for _, _, present in outcomes)
+    missing_modules, missing_names, rest = outcomes[:9], outcomes[9:-2], outcomes[-2:]
+    assert {kind for kind, *_ in missing_modules} == {"ModuleNotFoundError"}
+    halted = [re.fullmatch(r"import of (\S+) halted;.*", m).group(1) for _, m, _ in missing_modules]
+    assert halted == IMPORTED
+    assert [kind for kind, *_ in missing_names] == ["ImportError"] * 14
+    expected = "N_ tr PAL Form Tooltip num_text px units Any Dict List Optional Sequence Tuple"
+    assert [re.search(r"cannot import name '(\w+)'", m).group(1) for _, m, _ in missing_names] == (
+        expected.split()
+    )
+    assert [kind for kind, *_ in rest] == ["TypeError", "TypeError"]
+
+
+def test_failed_initialisation_keeps_nothing(smallest):
+    left = run(
+        """
+        import gc, json, sys
+        import numpy, tandrel.gui.widgets
+
+        del tandrel.gui.widgets.units
+        for _ in range(3):
+            try:
+                import tandrel.gui.sketcher
+            except ImportError:
+                pass
+        gc.collect()
+        names = [d.get("__name__") for d in gc.get_objects() if type(d) is dict]
+        print(json.dumps(names.count("tandrel.gui.sketcher")))
+        """,
+        paths=smallest,
+    )
+    assert left == 0
+
+
+def test_error_of_a_neighbour_passes_and_the_next_try_loads(smallest):
+    (smallest[0] / "tandrel" / "sketch.py").write_text(
+        "import sys\nif not hasattr(sys, 'ready'):\n    raise ZeroDivisionError('not yet')\n"
+    )
+    outcome = run(
+        """
+        import json, sys
+        try:
+            import tandrel.gui.sketcher
+        except ZeroDivisionError as error:
+            outcome = [str(error)]
+        sys.ready = True
+        import tandrel.gui.sketcher
+        print(json.dumps(outcome + [tandrel.gui.sketcher.SNAP_PX]))
+        """,
+        paths=smallest,
+    )
+    assert outcome == ["not yet", 9]
+
+
+# --- once per process
+
+
+def test_second_initialisation_is_refused(smallest, any_interpreter):
+    outcomes, asked, same = run(
+        """
+        import importlib.util, json, sys
+        import tandrel.gui.sketcher as first
+
+        before = dict(vars(first))
+        asked = []
+
+        class Watch:
+            @staticmethod
+            def find_spec(name, path=None, target=None):
+                asked.append(name)
+
+        spec = importlib.util.find_spec("tandrel.gui.sketcher")
+        sys.meta_path.insert(0, Watch)
+        sys.modules["numpy"] = sys.modules["tandrel.sketch"] = None
+        outcomes = []
+        for _ in range(2):
+            try:
+                spec.loader.exec_module(importlib.util.module_from_spec(spec))
+            except BaseException as error:
+                outcomes.append([type(error).__name__, str(error)])
+        del sys.modules["tandrel.gui.sketcher"]
+        try:
+            import tandrel.gui.sketcher
+        except BaseException as error:
+            outcomes.append([type(error).__name__, str(error)])
+        same = vars(first) == before and first.SketchEditor._moved({"type": ""}, (0, 0))
+        print(json.dumps([outcomes, asked, same]))
+        """,
+        interpreter=any_interpreter,
+        paths=smallest,
+    )
+    assert outcomes == [["RuntimeError", ALREADY]] * 3
+    assert asked == ["tandrel.gui.sketcher"]
+    assert same == {"type": ""}
+
+
+def test_reloading_changes_nothing(smallest, any_interpreter):
+    outcome = run(
+        """
+        import importlib, json
+        import tandrel.gui.sketcher as module
+
+        module.units = "replaced"
+        del module.SNAP_PX
+        before = dict(vars(module))
+        again = importlib.reload(module)
+        kept = all(vars(module)[name] is value for name, value in before.items()
+                   if not name.startswith("__"))
+        print(json.dumps([again is module, kept, sorted(vars(module)) == sorted(before)]))
+        """,
+        interpreter=any_interpreter,
+        paths=smallest,
+    )
+    assert outcome == [True, True, True]
+
+
+IN_SUBINTERPRETER = """
+import json, sys
+sys.path[:0] = {paths!r}
+import tandrel.gui
+asked = []
+
+class Watch:
+    @staticmethod
+    def find_spec(name, path=None, target=None):
+        asked.append(name)
+
+sys.meta_path.insert(0, Watch)
+try:
+    import tandrel.gui.sketcher
+except BaseException as error:
+    outcome = [type(error).__name__, str(error), asked]
+else:
+    outcome = ["loaded"]
+with open({answer!r}, "w") as file:
+    json.dump(outcome, file)
+"""
+CREATE_SUBINTERPRETER = """
+try:
+    import _interpreters as interpreters
+
+    def create(isolated):
+        return interpreters.create("isolated" if isolated else "legacy")
+except ImportError:
+    import _xxsubinterpreters as interpreters
+
+    def create(isolated):
+        return interpreters.create(isolated=isolated)
+"""
+
+
+def load_in_subinterpreter(tmp_path, interpreter, isolated):
+    """Load the module, then try to load it into a second interpreter of the same process."""
+    answer = tmp_path / "answer.json"
+    inner = IN_SUBINTERPRETER.format(paths=[str(BUILD)], answer=str(answer))
+    run(
+        f"""
+{CREATE_SUBINTERPRETER}
+import sys
+from support import arrays
+sys.modules["numpy"] = arrays
+from support import neighbours
+neighbours.install_modules()
+import tandrel.gui.sketcher as module
+for _ in range(2):
+    assert interpreters.run_string(create({isolated}), {inner!r}) is None
+    assert module.describe({{"type": ""}}) == "0 corners"
+print(1)
+""",
+        interpreter=interpreter,
+    )
+    return json.loads(answer.read_text())
+
+
+@pytest.mark.parametrize("isolated", [False, True], ids=["legacy", "isolated"])
+def test_second_interpreter_is_refused(tmp_path, any_interpreter, isolated):
+    outcome = load_in_subinterpreter(tmp_path, any_interpreter, isolated)
+    assert outcome == ["ImportError", SECOND_INTERPRETER, ["tandrel.gui.sketcher"]]
+
+
+def test_main_interpreter_is_refused_after_another_has_loaded_it(smallest, tmp_path):
+    for name in ("tkinter/__init__.py", "tkinter/ttk.py"):
+        (tmp_path / name).parent.mkdir(exist_ok=True)
+        (tmp_path / name).write_text("class Toplevel: pass\n")
+    answer = tmp_path / "answer.json"
+    paths = [str(path) for path in smallest]
+    inner = IN_SUBINTERPRETER.format(paths=paths, answer=str(answer))
+    outcome = run(
+        f"""
+{CREATE_SUBINTERPRETER}
+import json, sys
+sys.path[:0] = {paths!r}
+other = create(False)
+interpreters.run_string(other, {inner!r})
+outcomes = []
+for _ in range(2):
+    try:
+        import tandrel.gui.sketcher
+    except BaseException as error:
+        outcomes.append([type(error).__name__, str(error)])
+    if other is not None:
+        interpreters.destroy(other)
+        other = None
+print(json.dumps(outcomes))
+""",
+    )
+    assert json.loads(answer.read_text()) == ["loaded"]
+    assert outcome == [["ImportError", SECOND_INTERPRETER]] * 2
+
+
+# --- every interpreter
+
+
+@pytest.fixture(scope="module")
+def reference_walkthrough(display):
+    """The outcome of the walkthrough in this interpreter, with its numpy."""
+    return walk_through(sys.executable)
+
+
+def walk_through(interpreter, *options):
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join([str(BUILD), str(TESTS)])}
+    process = subprocess.run(
+        [str(interpreter), *options, "-m", "support.walkthrough"],
+        env=environment,
+        capture_output=True,
+        text=True,
+        timeout=120,
+    )
+    assert process.returncode == 0, process.stderr
+    assert process.stderr == ""
+    return json.loads(process.stdout)
+
+
+def nearly_equal(a, b):
+    """Equal, numbers to within the rounding of another square root."""
+    if isinstance(a, dict):
+        return a.keys() == b.keys() and all(nearly_equal(a[key], b[key]) for key in a)
+    if isinstance(a, list):
+        return len(a) == len(b) and all(map(nearly_equal, a, b))
+    if isinstance(a, float):
+        return math.isclose(a, b, rel_tol=1e-12, abs_tol=1e-15)
+    return type(a) is type(b) and a == b
+
+
+def test_walkthrough_in_this_interpreter(reference_walkthrough):
+    outcome = reference_walkthrough
+    assert [e["type"] for e in outcome["result"]["entities"]] == [
+        "rectangle",
+        "regular",
+        "slot",
+        "polygon",
+    ]
+    assert outcome["result"]["entities"][0]["w"] == 0.012
+    assert outcome["result"]["entities"][1]["n"] == 5
+    assert outcome["rows"] == ["1. Rectangle", "2. Circle", "3. Polygon", "4. Slot", "5. Outline"]
+    assert outcome["texts"] == [
+        "",
+        "",
+        "",
+        "Not applied: could not convert string to float: 'x'",
+        "",
+        "Not applied: each corner needs two numbers",
+        "refused",
+    ]
+    assert len(outcome["pictures"]) == 7
+    assert outcome["windows"] == 0
+    assert outcome["errors"] == []
+
+
+@pytest.mark.parametrize(
+    "options", [(), ("-X", "dev", "-W", "error")], ids=["plain", "developer mode"]
+)
+def test_walkthrough_is_the_same_in_every_version(interpreter, reference_walkthrough, options):
+    assert nearly_equal(walk_through(interpreter, *options), reference_walkthrough)
+
+
+def test_walkthrough_in_developer_mode(reference_walkthrough):
+    outcome = walk_through(sys.executable, "-X", "dev", "-W", "error")
+    assert nearly_equal(outcome, reference_walkthrough)
+
+
+# --- the file
+
+
+def symbols(file, *options):
+    """The names in a symbol table, without their versions."""
+    assert shutil.which("nm"), "nm reads the symbols: install binutils"
+    listing = subprocess.run(
+        ["nm", "-D", "--format=posix", *options, str(file)],
+        capture_output=True,
+        text=True,
+        check=True,
+    ).stdout
+    return {line.split()[0].split("@")[0] for line in listing.splitlines()}
+
+
+def wanted_symbols():
+    return {s for s in symbols(MODULE_FILE, "--undefined-only") if re.match("_?Py", s)}
+
+
+def test_symbols_are_in_the_stable_interface_of_3_9():
+    stable = set(STABLE_SYMBOLS.read_text().split())
+    wanted = wanted_symbols()
+    assert "PyModuleDef_Init" in wanted
+    assert wanted - stable == set()
+
+
+def test_symbols_are_in_every_interpreter(interpreter):
+    version = ".".join(interpreter.parent.parent.name.split(".")[:2])
+    libraries = sorted(interpreter.parent.parent.glob(f"lib/libpython{version}*.so*"))
+    offered = symbols(libraries[0] if libraries else interpreter, "--defined-only")
+    assert wanted_symbols() - offered == set()
+
+
+def test_module_offers_its_initialisation_and_no_other_symbol():
+    assert symbols(MODULE_FILE, "--defined-only", "--extern-only") == {"PyInit_sketcher"}
+
+
+def test_module_does_not_bring_an_interpreter_of_its_own():
+    assert shutil.which("readelf"), "readelf reads the needed libraries: install binutils"
+    listing = subprocess.run(
+        ["readelf", "-d", str(MODULE_FILE)], capture_output=True, text=True, check=True
+    ).stdout
+    assert "libpython" not in listing
+
+
+def test_module_is_found_beside_the_application(sketcher):
+    assert Path(sketcher.__file__).resolve() == MODULE_FILE
+    assert importlib.util.find_spec("tandrel.gui.sketcher").origin == sketcher.__file__

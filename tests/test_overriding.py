@@ -1,0 +1,404 @@
+"""Overridden operations are the ones that the other operations and the events use."""
+
+import copy
+
+import numpy as np
+import pytest
+
+from support.neighbours import circle, one_of_each
+from support.plain import Event, PlainEditor, Recorder
+from support.widgets import button
+
+pytestmark = pytest.mark.usefixtures("neighbours")
+
+A, B, P = np.array([0.01, 0.02]), np.array([0.03, 0.05]), np.array([0.0, 0.01])
+
+
+# --- operations
+
+
+#
+# Each row: the operation, one that it calls, and how to make it do so. `e` is an editor on a sketch
+# with one entity of every type.
+
+
+def with_tool(tool, **state):
+    def prepare(e):
+        e.tool.set(tool)
+        for name, value in state.items():
+            setattr(e, name, value)
+        return e
+
+    return prepare
+
+
+def selecting(i):
+    def prepare(e):
+        e.sel = i
+        return e
+
+    return prepare
+
+
+def drag_of_new(tool):
+    return with_tool(tool, drag={"kind": "new", "start": A}, cursor=B)
+
+
+def moving(e):
+    e.sel = 1
+    e.drag = {"kind": "move", "start": A, "orig": copy.deepcopy(e.sk["entities"][1])}
+    return e
+
+
+def at(point):
+    def event(e):
+        return Event(*e.to_screen(point))
+
+    return event
+
+
+def as_it_is(e):
+    return e
+
+
+ANYWHERE = Event(300, 200)
+LINE_OF_3 = with_tool("line", clicks=[A, B, P])
+SLOT_OF_2 = with_tool("slot", clicks=[A, B])
+
+CALLS = [
+    ("fit", "_extent", as_it_is, ()),
+    ("fit", "redraw", as_it_is, ()),
+    ("_extent", "_ok", as_it_is, ()),
+    ("_zoom", "to_world", as_it_is, (1.2, 100, 100)),
+    ("_zoom", "redraw", as_it_is, (1.2, 100, 100)),
+    ("_pan_move", "redraw", with_tool("select", _pan=(0, 0, A)), (ANYWHERE,)),
+    ("grid_step", "_default_grid", lambda e: e.grid.set("") or e, ()),
+    ("_default_grid", "_extent", as_it_is, ()),
+    ("snapped", "to_world", as_it_is, (300, 200)),
+    ("snapped", "key_points", as_it_is, (300, 200)),
+    ("snapped", "to_screen", as_it_is, (300, 200)),
+    ("snapped", "grid_step", as_it_is, (5, 5)),
+    ("redraw", "to_world", as_it_is, ()),
+    ("redraw", "to_screen", as_it_is, ()),
+    ("redraw", "grid_step", as_it_is, ()),
+    ("redraw", "_ok", as_it_is, ()),
+    ("redraw", "_dimensions", selecting(0), ()),
+    ("redraw", "_preview", as_it_is, ()),
+    ("_dimensions", "to_screen", as_it_is, (circle(),)),
+    ("_preview", "to_screen", as_it_is, ()),
+    ("_preview", "_from_drag", drag_of_new("circle"), ()),
+    ("_preview", "_ok", drag_of_new("circle"), ()),
+    ("_preview", "_slot", SLOT_OF_2, ()),
+    ("_motion", "snapped", as_it_is, (ANYWHERE,)),
+    ("_motion", "redraw", as_it_is, (ANYWHERE,)),
+    ("_press", "snapped", as_it_is, (ANYWHERE,)),
+    ("_press", "pick", with_tool("select"), (ANYWHERE,)),
+    ("_press", "select", with_tool("select"), (ANYWHERE,)),
+    ("_press", "to_screen", LINE_OF_3, (ANYWHERE,)),
+    ("_press", "close_line", LINE_OF_3, (at(A),)),
+    ("_press", "redraw", with_tool("line"), (ANYWHERE,)),
+    ("_press", "_slot", SLOT_OF_2, (ANYWHERE,)),
+    ("_press", "add", SLOT_OF_2, (ANYWHERE,)),
+    ("_press", "redraw", with_tool("slot"), (ANYWHERE,)),
+    ("_drag", "snapped", moving, (ANYWHERE,)),
+    ("_drag", "_moved", moving, (ANYWHERE,)),
+    ("_drag", "refresh_list", moving, (ANYWHERE,)),
+    ("_drag", "redraw", as_it_is, (ANYWHERE,)),
+    ("_release", "snapped", drag_of_new("circle"), (ANYWHERE,)),
+    ("_release", "_from_drag", drag_of_new("circle"), (ANYWHERE,)),
+    ("_release", "_ok", drag_of_new("circle"), (ANYWHERE,)),
+    ("_release", "add", drag_of_new("circle"), (ANYWHERE,)),
+    ("_release", "redraw", drag_of_new("circle"), (ANYWHERE,)),
+    ("_release", "show_props", moving, (ANYWHERE,)),
+    ("add", "refresh_list", as_it_is, (circle(),)),
+    ("add", "redraw", as_it_is, (circle(),)),
+    ("close_line", "_ok", LINE_OF_3, ()),
+    ("close_line", "add", LINE_OF_3, ()),
+    ("close_line", "redraw", LINE_OF_3, ()),
+    ("cancel_drawing", "redraw", as_it_is, ()),
+    ("pick", "to_world", as_it_is, (300, 200)),
+    ("pick", "to_screen", as_it_is, (300, 200)),
+    ("pick", "_ok", as_it_is, (300, 200)),
+    ("select", "refresh_list", as_it_is, (1,)),
+    ("select", "show_props", as_it_is, (1,)),
+    ("select", "redraw", as_it_is, (1,)),
+    ("delete", "focus_get", selecting(1), ()),
+    ("delete", "refresh_list", selecting(1), ()),
+    ("delete", "redraw", selecting(1), ()),
+    ("refresh_list", "show_props", as_it_is, ()),
+    ("_list_selected", "show_props", selecting(1), ()),
+    ("_list_selected", "redraw", selecting(1), ()),
+    ("apply_props", "refresh_list", lambda e: e.select(1) or e, ()),
+    ("apply_props", "redraw", lambda e: e.select(1) or e, ()),
+    ("ok", "destroy", as_it_is, ()),
+]
+STATIC = {"_ok", "_moved"}
+
+
+def spy_on(cls, callee, calls):
+    """An override that keeps its call and does what the class does."""
+    original = getattr(cls, callee)
+
+    def override(*args, **kwargs):
+        calls.append(callee)
+        return original(*args, **kwargs)
+
+    return override
+
+
+def override(level, sketcher, monkeypatch, callee, calls, open_editor):
+    """An editor on which one operation is overridden: on its class, a subclass or itself."""
+    cls = sketcher.SketchEditor
+    spy = spy_on(cls, callee, calls)
+    member = staticmethod(spy) if callee in STATIC else spy
+    if level == "subclass":
+        return open_editor(one_of_each(), cls=type("Editor", (cls,), {callee: member}))
+    editor = open_editor(one_of_each())
+    if level == "class":
+        monkeypatch.setattr(cls, callee, member, raising=callee in vars(cls))
+    else:
+        bound = spy if callee in STATIC else lambda *args, **kwargs: spy(editor, *args, **kwargs)
+        setattr(editor, callee, bound)
+    return editor
+
+
+@pytest.mark.parametrize("level", ["class", "subclass", "instance"])
+@pytest.mark.parametrize(
+    "operation, callee, prepare, arguments", CALLS, ids=lambda v: v if isinstance(v, str) else ""
+)
+def test_overridden_operation_is_used(
+    open_editor, sketcher, monkeypatch, level, operation, callee, prepare, arguments
+):
+    calls = []
+    editor = override(level, sketcher, monkeypatch, callee, calls, open_editor)
+    prepare(editor)
+    arguments = [a(editor) if callable(a) else a for a in arguments]
+    calls.clear()
+    getattr(editor, operation)(*arguments)
+    assert calls and set(calls) == {callee}
+
+
+@pytest.mark.parametrize(
+    "operation, callee, prepare, arguments",
+    [row for row in CALLS if row[1] not in ("focus_get", "destroy")],
+    ids=lambda v: v if isinstance(v, str) else "",
+)
+def test_operation_given_to_a_plain_object_is_used(sketcher, operation, callee, prepare, arguments):
+    calls = []
+    editor = PlainEditor(entities=one_of_each()["entities"], width=622, height=462, scale=5000.0)
+    editor.vars = {key: Recorder(get="1") for key in ("xc", "yc", "r")}
+    editor.show_props = lambda: None
+    spy = spy_on(sketcher.SketchEditor, callee, calls)
+    bound = spy if callee in STATIC else lambda *args, **kwargs: spy(editor, *args, **kwargs)
+    if callee == "show_props":
+        bound = lambda: calls.append(callee)  # noqa: E731
+    setattr(editor, callee, bound)
+    if operation == "apply_props":
+        editor.sel = 1
+    else:
+        prepare(editor)
+    arguments = [a(editor) if callable(a) else a for a in arguments]
+    calls.clear()
+    vars(sketcher.SketchEditor)[operation].__get__(editor, type(editor))(*arguments)
+    assert calls and set(calls) == {callee}
+
+
+@pytest.mark.parametrize("level", ["class", "subclass"])
+@pytest.mark.parametrize(
+    "callee", ["_build", "_default_grid", "_extent", "fit", "redraw", "refresh_list", "show_props"]
+)
+def test_overridden_operation_is_used_by_the_constructor(
+    open_editor, sketcher, monkeypatch, level, callee
+):
+    calls = []
+    cls = sketcher.SketchEditor
+    spy = spy_on(cls, callee, calls)
+    if level == "class":
+        monkeypatch.setattr(cls, callee, spy)
+    else:
+        cls = type("Editor", (cls,), {callee: spy})
+    open_editor(one_of_each(), cls=cls)
+    assert calls
+
+
+def test_operation_set_on_the_instance_before_construction_is_used(open_editor, sketcher):
+    calls = []
+
+    class Editor(sketcher.SketchEditor):
+        def __init__(self, *args, **kwargs):
+            for name in ("fit", "redraw", "refresh_list", "cancel_drawing"):
+                setattr(self, name, lambda name=name, **kwargs: calls.append(name))
+            super().__init__(*args, **kwargs)
+
+    editor = open_editor(cls=Editor)
+    assert {"fit", "refresh_list"} <= set(calls)
+    calls.clear()
+    button(editor, "Fit").invoke()
+    button(editor, "Slot").invoke()
+    assert calls == ["fit", "cancel_drawing"]
+
+
+def test_running_uses_overridden_fit_and_geometry(open_editor, sketcher):
+    calls = []
+
+    class Editor(sketcher.SketchEditor):
+        def fit(self):
+            calls.append("fit")
+
+        def geometry(self, *args):
+            calls.append(("geometry", len(args)))
+            return super().geometry(*args)
+
+        def grab_set(self):
+            calls.append("grab_set")
+
+        def wait_window(self, *args):
+            calls.append("wait_window")
+
+    editor = open_editor(cls=Editor)
+    calls.clear()
+    editor.result = {"kept": True}
+    assert editor.run() == {"kept": True}
+    assert calls == [("geometry", 1), "grab_set", "fit", "wait_window"]
+
+
+def test_own_result_of_an_override_counts(open_editor, sketcher):
+    class Editor(sketcher.SketchEditor):
+        def to_screen(self, p):
+            return (7.0 + p[0], 9.0 + p[1])
+
+        def to_world(self, x, y):
+            return np.array([x - 7.0, y - 9.0])
+
+        def key_points(self):
+            return [np.array([1.0, 2.0])]
+
+        def grid_step(self):
+            return 0.25
+
+        def _extent(self):
+            return np.array([-1.0, -2.0]), np.array([3.0, 4.0])
+
+        @staticmethod
+        def _ok(e):
+            return e.get("type") == "circle"
+
+    editor = open_editor(one_of_each(), cls=Editor)
+    assert editor.snapped(8.0, 11.0).tolist() == [1.0, 2.0]
+    assert editor.snapped(7.3, 99.4).tolist() == [0.25, 90.5]
+    assert editor.centre.tolist() == [1.0, 1.0]
+    shapes = [i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]
+    assert len(shapes) == 1
+    assert editor.canvas.coords(shapes[0]) == pytest.approx(
+        [7.01, 9.02, 7.0, 9.03, 6.99, 9.02, 7.0, 9.01]
+    )
+    assert editor.pick(7.0, 9.0) == 1
+
+
+def test_operation_borrowed_from_another_editor_is_used():
+    lender = PlainEditor(width=200, height=100, scale=2.0, centre=np.array([5.0, 0.0]))
+    borrower = PlainEditor(width=400, height=400, scale=1.0, entities=[circle(r=3.0)])
+    borrower.to_screen = lender.to_screen
+    borrower.redraw()
+    ((corners, _),) = borrower.canvas.named("create_polygon")
+    assert corners == (96.0, 50.0, 90.0, 44.0, 84.0, 50.0, 90.0, 56.0)
+    assert borrower.pick(90, 44) == 0
+
+
+def test_overridden_validity_may_call_the_original(open_editor, sketcher):
+    asked = []
+
+    class Editor(sketcher.SketchEditor):
+        @staticmethod
+        def _ok(e):
+            asked.append(e["type"])
+            return sketcher.SketchEditor._ok(e)
+
+    editor = open_editor(one_of_each(), cls=Editor)
+    asked.clear()
+    editor.pick(1, 1)
+    assert asked == ["rectangle", "circle", "regular", "slot", "polygon"]
+    assert super(Editor, editor)._ok(circle()) is True
+
+
+def test_validity_may_be_overridden_by_an_ordinary_method(open_editor, sketcher):
+    class Editor(sketcher.SketchEditor):
+        def _ok(self, e):
+            return self.sk["entities"].index(e) == 2
+
+    editor = open_editor(one_of_each(), cls=Editor)
+    assert len([i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]) == 1
+
+
+def test_moving_may_be_overridden_by_an_ordinary_method(open_editor, sketcher):
+    class Editor(sketcher.SketchEditor):
+        def _moved(self, e, d):
+            return {**e, "moved": (self is not None, len(d))}
+
+    editor = open_editor(one_of_each(), cls=Editor)
+    moving(editor)
+    editor._drag(ANYWHERE)
+    assert editor.sk["entities"][1]["moved"] == (True, 2)
+
+
+def test_subclass_may_extend_every_operation_by_super(open_editor, sketcher):
+    names = [
+        name
+        for name in vars(sketcher.SketchEditor)
+        if not name.startswith("__") and name not in STATIC
+    ]
+    calls = set()
+
+    def extended(name):
+        def operation(self, *args, **kwargs):
+            calls.add(name)
+            return getattr(super(Editor, self), name)(*args, **kwargs)
+
+        return operation
+
+    Editor = type("Editor", (sketcher.SketchEditor,), {name: extended(name) for name in names})
+    editor = open_editor(one_of_each(), cls=Editor)
+    editor.select(1)
+    editor.apply_props()
+    editor._press(Event(10, 10))
+    editor.tool.set("circle")
+    editor._press(Event(10, 10))
+    editor._drag(Event(40, 40))
+    editor._release(Event(40, 40))
+    editor._motion(Event(40, 40))
+    editor.ok()
+    assert {"_build", "fit", "redraw", "select", "apply_props", "add", "_preview", "ok"} <= calls
+    assert len(editor.result["entities"]) == 6
+
+
+# --- handlers of events and commands
+
+
+@pytest.mark.parametrize(
+    "operation, act",
+    [
+        ("cancel_drawing", lambda e, hand: hand.key("Escape")),
+        ("close_line", lambda e, hand: hand.key("Return")),
+        ("delete", lambda e, hand: hand.key("Delete")),
+        ("_press", lambda e, hand: hand.press(50, 50)),
+        ("_drag", lambda e, hand: hand.drag(50, 50)),
+        ("_release", lambda e, hand: hand.release(50, 50)),
+        ("_motion", lambda e, hand: hand.motion(50, 50)),
+        ("_pan_start", lambda e, hand: hand.press(50, 50, button=2)),
+        ("_pan_move", lambda e, hand: e._pan_start(ANYWHERE) or hand.drag(50, 50, button=3)),
+        ("_zoom", lambda e, hand: hand.wheel(50, 50, 120)),
+        ("_list_selected", lambda e, hand: e.list.selection_set("2") or e.update()),
+        ("apply_props", lambda e, hand: e.select(1) or button(e, "Apply").invoke()),
+        ("ok", lambda e, hand: button(e, "OK").invoke()),
+        ("destroy", lambda e, hand: button(e, "Cancel").invoke()),
+    ],
+    ids=lambda v: v if isinstance(v, str) else "",
+)
+def test_events_reach_overrides_of_a_subclass(open_editor, sketcher, send, operation, act):
+    calls = []
+    spy = spy_on(sketcher.SketchEditor, operation, calls)
+    cls = type("Editor", (sketcher.SketchEditor,), {operation: spy})
+    editor = open_editor(one_of_each(), cls=cls)
+    calls.clear()
+    act(editor, send(editor))
+    assert calls == [operation]

@@ -1,0 +1,370 @@
+"""The form that shows the exact sizes of the selected shape."""
+
+import math
+import tkinter as tk
+from tkinter import ttk
+
+import pytest
+
+from support.events import focus
+from support.form import EVERY_TYPE, corners_text, form_of, form_texts, type_corners
+from support.neighbours import circle, one_of_each, polygon, rectangle, regular
+from support.widgets import button, walk
+
+pytestmark = pytest.mark.usefixtures("neighbours")
+
+HINT = "Select a shape to type its exact size."
+CORNERS = "Corners (u v, one pair per line):"
+SHOWN = {
+    "rectangle": ["1", "2", "30", "40", "5"],
+    "circle": ["1", "2", "30"],
+    "regular": ["1", "2", "30", "7", "12.5"],
+    "slot": ["1", "2", "30", "40", "5"],
+    "polygon": ["1"],
+}
+
+
+# --- without a selection
+
+
+def test_without_a_selection_there_is_only_a_hint(open_editor, neighbours):
+    neighbours.tr.texts = {HINT: "Form wählen"}
+    neighbours.px.function = lambda n: n + 1
+    editor = open_editor(one_of_each())
+    (hint,) = editor.props.winfo_children()
+    assert type(hint) is ttk.Label
+    assert hint.cget("text") == "Form wählen"
+    assert str(hint.cget("style")) == "Muted.TLabel"
+    assert str(hint.cget("wraplength")) == "261"
+    assert hint.pack_info()["anchor"] == "w"
+    assert not hasattr(editor, "vars")
+    assert not hasattr(editor, "points_text")
+
+
+@pytest.mark.parametrize("sel", [2, 3, 100])
+def test_stale_selection_shows_only_the_hint(open_editor, sel):
+    editor = open_editor({"entities": [circle(), circle()]})
+    editor.sel = sel
+    assert editor.show_props() is None
+    (hint,) = editor.props.winfo_children()
+    assert hint.cget("text") == HINT
+    assert editor.sel == sel
+
+
+def test_hint_replaces_the_form(select):
+    editor = select(circle())
+    variables = editor.vars
+    editor.select(None)
+    assert [w.cget("text") for w in editor.props.winfo_children()] == [HINT]
+    assert editor.vars is variables
+
+
+# --- the fields
+
+
+@pytest.mark.parametrize("kind", EVERY_TYPE)
+def test_fields_of_every_type(select, sketcher, kind):
+    editor = select(EVERY_TYPE[kind])
+    form = form_of(editor)
+    rows = sketcher.FIELDS[kind]
+    assert form.master is editor.props
+    assert form.label_width == 14
+    assert form.calls[0] == ("pack", (), {})
+    assert list(editor.vars) == [key for key, _, _ in rows]
+    assert [call for call in form.calls if call[0] == "entry"] == [
+        ("entry", (label, editor.vars[key], "mm" if is_len else ""), {"width": 10})
+        for key, label, is_len in rows
+    ]
+    assert form_texts(editor) == SHOWN[kind]
+    assert {type(var) for var in editor.vars.values()} == {tk.StringVar}
+
+
+@pytest.mark.parametrize("kind", EVERY_TYPE)
+def test_order_of_the_parts(select, kind):
+    editor = select(EVERY_TYPE[kind])
+    classes = [type(child).__name__ for child in editor.props.pack_slaves()]
+    assert classes == ["GridForm", *(["Text"] if kind == "polygon" else []), "Button"]
+    assert editor.props.winfo_children() == editor.props.pack_slaves()
+
+
+def test_apply_button(select, neighbours):
+    neighbours.tr.texts = {"Apply": "Anwenden"}
+    editor = select(circle())
+    last = editor.props.winfo_children()[-1]
+    assert type(last) is ttk.Button
+    assert last.cget("text") == "Anwenden"
+    info = last.pack_info()
+    assert (info["anchor"], info["pady"], info["padx"], info["side"]) == ("e", (6, 0), 0, "top")
+
+
+def test_labels_are_translated(select, neighbours):
+    neighbours.tr.texts = {"Centre u": "Mitte u", "Sides": "Ecken"}
+    editor = select(regular())
+    labels = [call[1][0] for call in form_of(editor).calls if call[0] == "entry"]
+    assert labels == [
+        "Mitte u",
+        "Centre v",
+        "Corner radius from centre",
+        "Ecken",
+        "Angle of first corner (degrees)",
+    ]
+
+
+def test_lengths_are_converted_and_counts_and_angles_are_not(select, neighbours):
+    editor = select(regular(0.5, 0.25, 0.125, 9, 30.0))
+    assert form_texts(editor) == ["500", "250", "125", "9", "30"]
+    neighbours.units.factor, neighbours.units.symbol = 100.0, "cm"
+    editor.show_props()
+    assert form_texts(editor) == ["50", "25", "12.5", "9", "30"]
+    units = [call[1][2] for call in form_of(editor).calls if call[0] == "entry"]
+    assert units == ["cm", "cm", "cm", "", ""]
+
+
+def test_values_are_formatted_as_floats(select, neighbours):
+    select(regular(1, 2, 3, 6, 45))
+    formatted = [value for (value,) in neighbours.num_text.calls[-5:]]
+    assert formatted == [1000.0, 2000.0, 3000.0, 6.0, 45.0]
+    assert {type(value) for value in formatted} == {float}
+
+
+def test_units_are_asked_for_each_field(select, neighbours):
+    editor = select(circle())
+    before = neighbours.units.asked
+    editor.show_props()
+    assert neighbours.units.asked - before == 2 * 3
+    editor.select(None)
+    before = neighbours.units.asked
+    editor.show_props()
+    assert neighbours.units.asked == before
+
+
+def test_missing_key_shows_as_zero(select):
+    editor = select({"type": "regular", "xc": 0.001})
+    assert form_texts(editor) == ["1", "0", "0", "0", "0"]
+
+
+def test_text_that_is_a_number_is_shown_as_one(open_editor):
+    editor = open_editor({"entities": [{"type": "circle", "xc": "0.5", "yc": " 1 ", "r": True}]})
+    editor.sel = 0
+    editor.show_props()
+    assert form_texts(editor) == ["500", "1000", "1000"]
+
+
+def test_infinite_and_undefined_values_are_shown(select):
+    editor = select({"type": "circle", "xc": math.inf, "yc": -math.inf, "r": math.nan})
+    assert form_texts(editor) == ["inf", "-inf", "nan"]
+
+
+@pytest.mark.parametrize(
+    "entity, error",
+    [
+        (circle(r="wide"), ValueError),
+        (circle(r=None), TypeError),
+        (circle(xc=[]), TypeError),
+        ({"type": "polygon", "radius": 0.0}, KeyError),
+        ({"type": "polygon", "points": [[1.0]]}, IndexError),
+        ({"type": "polygon", "points": [5]}, TypeError),
+        ({"type": "polygon", "points": None}, TypeError),
+        ({"type": "spline"}, KeyError),
+        ({"xc": 1.0}, KeyError),
+    ],
+    ids=str,
+)
+def test_damaged_entity_raises_and_the_editor_goes_on(open_editor, entity, error):
+    editor = open_editor(one_of_each())
+    editor.sk["entities"][0] = entity
+    editor.sel = 0
+    with pytest.raises(error):
+        editor.show_props()
+    editor.sk["entities"][0] = circle()
+    editor.select(0)
+    assert form_texts(editor) == ["0", "0", "1000"]
+    editor.ok()
+    assert editor.result is editor.sk
+
+
+def test_every_rebuild_starts_afresh(select):
+    editor = select(circle(), rectangle())
+    old_widgets, old_vars = list(walk(editor.props))[1:], editor.vars
+    editor.show_props()
+    assert not any(widget.winfo_exists() for widget in old_widgets)
+    assert editor.vars is not old_vars
+    assert set(editor.vars) == set(old_vars)
+    editor.select(1)
+    assert list(editor.vars) == ["x", "y", "w", "h", "radius"]
+
+
+def test_form_follows_the_move_of_a_shape(open_editor, send):
+    editor = open_editor(one_of_each())
+    hand = send(editor)
+    x, y = hand.at((0.0, 0.02))
+    hand.press(x, y)
+    assert form_texts(editor) == ["0", "20", "10"]
+    form = form_of(editor)
+    hand.drag(x + 100, y)
+    assert form_of(editor) is form
+    assert form_texts(editor) == ["0", "20", "10"]
+    hand.release(x + 100, y)
+    assert form_of(editor) is not form
+    moved = editor.sk["entities"][1]
+    assert form_texts(editor)[0] == f"{moved['xc'] * 1000:.12g}" != "0"
+
+
+# --- the corners of an outline
+
+
+def test_corners_box(select, neighbours):
+    neighbours.tr.texts = {CORNERS: "Ecken:"}
+    editor = select(EVERY_TYPE["polygon"])
+    notes = [call for call in form_of(editor).calls if call[0] == "note"]
+    assert notes == [("note", ("Ecken:",), {})]
+    assert form_of(editor).calls[-1] == notes[0]
+    box = editor.points_text
+    assert type(box) is tk.Text
+    assert box.master is editor.props
+    assert (box.cget("height"), box.cget("width")) == (6, 28)
+    info = box.pack_info()
+    assert (info["fill"], info["expand"], info["side"], info["anchor"]) == (
+        "x",
+        0,
+        "top",
+        "center",
+    )
+
+
+def test_corners_are_shown_one_pair_per_line(select):
+    editor = select(EVERY_TYPE["polygon"])
+    assert corners_text(editor) == "0 0\n30 0\n0 20.5"
+
+
+def test_corners_are_converted_in_order(select, neighbours):
+    editor = select(polygon((0.001, 0.002), (0.003, 0.004), (0.005, 0.007)))
+    before = len(neighbours.units.named("from_si"))
+    editor.show_props()
+    values = [value for value, _ in neighbours.units.named("from_si")[before:]]
+    assert values == [0.0, 0.001, 0.002, 0.003, 0.004, 0.005, 0.007]
+
+
+def test_units_are_asked_for_once_for_all_corners(select, neighbours):
+    editor = select(polygon((0.0, 0.0), (1.0, 0.0), (1.0, 1.0), (0.0, 1.0)))
+    before = neighbours.units.asked
+    editor.show_props()
+    assert neighbours.units.asked - before == 2 + 1
+
+
+def test_outline_without_corners_has_an_empty_box(open_editor):
+    editor = open_editor({"entities": [{"type": "polygon", "points": [], "radius": 0.0}]})
+    editor.select(0)
+    assert corners_text(editor) == ""
+
+
+def test_other_types_have_no_corners_box(select):
+    editor = select(polygon(), circle())
+    box = editor.points_text
+    editor.select(1)
+    assert [w for w in walk(editor.props) if isinstance(w, tk.Text)] == []
+    assert editor.points_text is box
+    assert not box.winfo_exists()
+    assert [call for call in form_of(editor).calls if call[0] == "note"] == []
+
+
+def test_applying_another_type_does_not_read_the_old_box(select):
+    editor = select(polygon(), circle())
+    editor.select(1)
+    editor.vars["r"].set("5")
+    editor.apply_props()
+    assert editor.sk["entities"][1] == circle(r=0.005)
+
+
+# --- the keys of the corners box
+
+
+@pytest.mark.parametrize("key", ["BackSpace", "Delete"])
+def test_corners_box_keeps_the_deleting_keys(select, send, key):
+    editor = select(polygon())
+    box = editor.points_text
+    focus(box)
+    box.mark_set("insert", "1.2")
+    before = corners_text(editor)
+    for _ in range(2):
+        send(editor).key(key, box)
+    assert len(corners_text(editor)) == len(before) - 2
+    assert editor.sk["entities"] == [polygon()]
+    assert editor.sel == 0
+
+
+@pytest.mark.parametrize("state", [0x1, 0x4, 0x8])
+def test_corners_box_keeps_the_deleting_keys_with_modifiers(select, state):
+    editor = select(polygon())
+    box = editor.points_text
+    focus(box)
+    for key in ("BackSpace", "Delete"):
+        box.event_generate(f"<KeyPress-{key}>", state=state)
+    assert editor.sk["entities"] == [polygon()]
+
+
+def test_deleting_keys_outside_the_box_still_remove_the_shape(select, send):
+    editor = select(polygon(), circle())
+    send(editor).key("Delete", button(editor, "Apply"))
+    assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
+
+
+def test_delete_itself_does_not_heed_the_corners_box(select):
+    editor = select(polygon(), circle())
+    focus(editor.points_text)
+    editor.delete()
+    assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
+
+
+def test_bind_tag_stands_between_the_text_class_and_the_dialog(select):
+    editor = select(polygon())
+    own, text, *between, dialog, everything = editor.points_text.bindtags()
+    assert (own, text) == (str(editor.points_text), "Text")
+    assert (dialog, everything) == (str(editor), "all")
+    (tag,) = between
+    assert set(editor.points_text.bind_class(tag)) == {"<Key-Delete>", "<Key-BackSpace>"}
+    assert editor.points_text.bind() == ()
+
+
+def test_other_keys_of_the_box_reach_the_dialog(select, send):
+    editor = select(polygon())
+    focus(editor.points_text)
+    editor.clicks = [editor.cursor]
+    send(editor).key("Escape", editor.points_text)
+    assert editor.clicks == []
+
+
+def test_return_in_the_box_starts_a_line_and_applies_nothing(select, send):
+    editor = select(polygon())
+    type_corners(editor, "0 0")
+    editor.points_text.mark_set("insert", "end-1c")
+    send(editor).key("Return", editor.points_text)
+    assert corners_text(editor) == "0 0\n"
+    assert editor.sk["entities"] == [polygon()]
+
+
+@pytest.mark.parametrize("key", ["BackSpace", "Delete"])
+def test_fields_keep_the_deleting_keys(select, send, key):
+    editor = select(circle())
+    entry = form_of(editor).entries()[2]
+    focus(entry)
+    entry.icursor(1)
+    send(editor).key(key, entry)
+    assert entry.get() == {"BackSpace": "000", "Delete": "100"}[key]
+    assert editor.sk["entities"] == [circle()]
+
+
+@pytest.mark.parametrize("name", ["grid", "offset", "sides"])
+def test_entries_of_the_dialog_keep_the_deleting_keys(select, send, name):
+    editor = select(circle())
+    (entry,) = [
+        w
+        for w in walk(editor)
+        if isinstance(w, ttk.Entry) and str(w.cget("textvariable")) == str(getattr(editor, name))
+    ]
+    focus(entry)
+    getattr(editor, name).set("12")
+    entry.icursor(1)
+    send(editor).key("BackSpace", entry)
+    assert getattr(editor, name).get() == "2"
+    assert editor.sk["entities"] == [circle()]

@@ -1,0 +1,274 @@
+"""Replaced names of the module are the ones that the operations use."""
+
+import copy
+import math
+import tkinter as tk
+from tkinter import ttk
+
+import numpy as np
+import pytest
+
+from support.events import focus
+from support.neighbours import FakeSketch, FakeUnits, circle, one_of_each, polygon, slot
+from support.plain import Event, PlainEditor
+from support.widgets import walk
+
+pytestmark = pytest.mark.usefixtures("neighbours")
+
+
+@pytest.fixture
+def replaced(sketcher, monkeypatch):
+    """Replaces a name of the module."""
+    return lambda name, value: monkeypatch.setattr(sketcher, name, value)
+
+
+class Through:
+    """Stands for a module or an object: hands out what it has, and keeps the names asked for."""
+
+    def __init__(self, original, **replacements):
+        self.__dict__.update(original=original, asked=[], **replacements)
+
+    def __getattr__(self, name):
+        self.asked.append(name)
+        return getattr(self.original, name)
+
+
+def test_replaced_sketch_module_is_used_by_an_open_editor(open_editor, replaced):
+    editor = open_editor(one_of_each())
+    other = FakeSketch()
+    other.answers["outline"] = [[0.0, 0.0], [1.0, 0.0], [1.0, 1.0]]
+    other.answers["depths"] = [1] * 5
+    other.AXES = {"XY": ("p", "q")}
+    replaced("S", other)
+    editor.redraw()
+    canvas = editor.canvas
+    texts = [canvas.itemcget(i, "text") for i in canvas.find_all() if canvas.type(i) == "text"]
+    assert texts == ["p", "q"]
+    shapes = [i for i in canvas.find_all() if canvas.type(i) == "polygon"]
+    assert {len(canvas.coords(i)) for i in shapes} == {6}
+    assert editor.pick(*editor.to_screen((1.0, 1.0))) is not None
+    assert {"outline", "depths", "area"} <= {name for name, _ in other.calls}
+    editor.ok()
+    assert other.count("check") == 1
+
+
+def test_replaced_operation_of_the_sketch_module_is_used(sketcher, neighbours, monkeypatch):
+    monkeypatch.setattr(neighbours.S, "outline", lambda e: 1 / 0)
+    with pytest.raises(ZeroDivisionError):
+        sketcher.SketchEditor._ok(circle())
+
+
+def test_replaced_units_are_used(open_editor, replaced, sketcher):
+    editor = open_editor({"entities": [circle(r=0.5)]})
+    replaced("units", FakeUnits(100.0, "cm"))
+    assert sketcher.describe(circle(r=0.5)) == "diameter 100 cm"
+    editor.grid.set("1")
+    assert editor.grid_step() == 0.01
+    editor._motion(Event(311, 231))
+    assert " cm" in editor.status.cget("text")
+    editor.offset.set("50")
+    editor.ok()
+    assert editor.result["offset"] == 0.5
+
+
+def test_replaced_translation_is_used(open_editor, replaced, sketcher):
+    editor = open_editor({"entities": [circle()]})
+    replaced("tr", lambda text: text.upper())
+    editor.refresh_list()
+    assert editor.list.item("0", "text") == "1. CIRCLE"
+    editor.offset.set("")
+    editor.ok()
+    assert editor.status.cget("text") == "THE OFFSET MUST BE A NUMBER."
+
+
+def test_replaced_palette_is_used(open_editor, replaced, neighbours):
+    editor = open_editor({"entities": [circle()]})
+    replaced("PAL", {**neighbours.PAL, "accent_soft": "#010203"})
+    editor.redraw()
+    canvas = editor.canvas
+    fills = [canvas.itemcget(i, "fill") for i in canvas.find_all() if canvas.type(i) == "polygon"]
+    assert fills == ["#010203"]
+
+
+def test_palette_may_be_any_mapping(open_editor, replaced, neighbours):
+    class Palette:
+        def __getitem__(self, key):
+            return neighbours.PAL[key]
+
+    replaced("PAL", Palette())
+    assert open_editor(one_of_each()).canvas.cget("background") == neighbours.PAL["panel"]
+
+
+def test_replaced_form_is_used(open_editor, replaced, neighbours):
+    made = []
+
+    class OtherForm(neighbours.Form):
+        def __init__(self, *args, **kwargs):
+            made.append((args, kwargs))
+            super().__init__(*args, **kwargs)
+
+    editor = open_editor({"entities": [circle()]})
+    replaced("Form", OtherForm)
+    editor.select(0)
+    assert made == [((editor.props,), {"label_width": 14})]
+
+
+def test_replaced_number_text_is_used(open_editor, replaced):
+    editor = open_editor({"entities": [circle()]})
+    replaced("num_text", lambda value: f"~{value}")
+    editor.select(0)
+    assert editor.vars["r"].get() == "~1000.0"
+
+
+def test_replaced_scaling_is_used(open_editor, replaced):
+    editor = open_editor()
+    replaced("px", lambda n: n // 2)
+    editor.show_props()
+    (hint,) = editor.props.winfo_children()
+    assert str(hint.cget("wraplength")) == "130"
+
+
+def test_replaced_tooltip_is_used(open_editor, replaced):
+    tips = []
+    replaced("Tooltip", lambda *args, **kwargs: tips.append((len(args), kwargs)))
+    open_editor()
+    assert tips == [(2, {})] * 6
+
+
+def test_replaced_tables_are_used(open_editor, replaced, sketcher):
+    replaced("TOOLS", [("select", "Pick"), ("ellipse", "Ellipse")])
+    replaced("TOOL_TIPS", {"select": "pick it", "ellipse": "draw it"})
+    replaced("TYPE_LABEL", {"ellipse": "Ellipse"})
+    replaced("FIELDS", {"ellipse": [("a", "Half axis", True)]})
+    editor = open_editor({"entities": [{"type": "ellipse", "a": 0.002}]})
+    tools = [w.cget("text") for w in walk(editor) if type(w) is ttk.Radiobutton]
+    assert tools == ["Pick", "Ellipse"]
+    assert editor.list.item("0", "text") == "1. Ellipse"
+    editor.select(0)
+    assert editor.vars["a"].get() == "2"
+    editor.tool.set("ellipse")
+    editor._motion(Event(10, 10))
+    assert editor.status.cget("text").endswith("     draw it")
+
+
+def test_replaced_snapping_radius_is_used(sketcher, replaced):
+    editor = PlainEditor(scale=1.0, width=200, height=200)
+    editor.snap.set(False)
+    snapped = sketcher.SketchEditor.snapped
+    assert snapped(editor, 120, 100).tolist() == [20.0, 0.0]
+    replaced("SNAP_PX", 21)
+    assert snapped(editor, 120, 100).tolist() == [0.0, 0.0]
+    replaced("SNAP_PX", 20)
+    assert snapped(editor, 120, 100).tolist() == [20.0, 0.0]
+    editor.sk["entities"] = [circle(r=5.0)]
+    assert sketcher.SketchEditor.pick(editor, 125, 100) == 0
+    replaced("SNAP_PX", 19.5)
+    assert sketcher.SketchEditor.pick(editor, 125, 100) is None
+
+
+def test_snapping_radius_also_closes_outlines(sketcher, replaced):
+    editor = PlainEditor(scale=1.0, width=200, height=200)
+    editor.tool.set("line")
+    editor.clicks = [np.array([0.0, 0.0]), np.array([50.0, 0.0]), np.array([0.0, 50.0])]
+    calls = editor.watch("close_line", "redraw")
+    replaced("SNAP_PX", 15)
+    sketcher.SketchEditor._press(editor, Event(115, 100))
+    assert [name for name, *_ in calls] == ["close_line"]
+
+
+def test_replaced_describe_is_used(open_editor, replaced):
+    editor = open_editor({"entities": [slot(0.0, 0.0, 0.1, 0.0, 0.02)]})
+    replaced("describe", lambda e: f"a {e['type']}")
+    editor.select(0)
+    assert editor.list.set("0", "size") == "a slot"
+    canvas = editor.canvas
+    texts = [canvas.itemcget(i, "text") for i in canvas.find_all() if canvas.type(i) == "text"]
+    assert texts[-1] == "a slot"
+
+
+def test_replaced_copy_is_used(open_editor, replaced, sketcher):
+    editor = open_editor({"entities": [circle(r=0.5)]})
+    editor.select(0)
+    through = Through(copy)
+    replaced("copy", through)
+    sketcher.SketchEditor._moved(circle(), (1, 2))
+    editor.apply_props()
+    editor._press(Event(*editor.to_screen((0.0, 0.0))))
+    assert through.asked == ["deepcopy"] * 3
+
+
+def test_replaced_math_is_used(replaced, sketcher):
+    through = Through(math, hypot=lambda dx, dy: 7.0)
+    replaced("math", through)
+    assert sketcher.describe(slot(r=1.0)) == "9000 mm x 2000 mm"
+
+
+def test_replaced_tk_is_used(open_editor, replaced):
+    class OtherVar(tk.StringVar):
+        pass
+
+    class OtherText(tk.Text):
+        pass
+
+    class OtherCanvas(tk.Canvas):
+        pass
+
+    replaced("tk", Through(tk, StringVar=OtherVar, Text=OtherText, Canvas=OtherCanvas))
+    editor = open_editor({"entities": [polygon()]})
+    editor.select(0)
+    assert type(editor.canvas) is OtherCanvas
+    assert type(editor.points_text) is OtherText
+    variables = [editor.tool, editor.grid, editor.sides, editor.plane, editor.offset]
+    assert {type(variable) for variable in (*variables, *editor.vars.values())} == {OtherVar}
+
+
+def test_replaced_ttk_is_used(open_editor, replaced):
+    class OtherLabel(ttk.Label):
+        pass
+
+    class OtherTreeview(ttk.Treeview):
+        pass
+
+    class OtherButton(ttk.Button):
+        pass
+
+    replacements = {"Label": OtherLabel, "Treeview": OtherTreeview, "Button": OtherButton}
+    replaced("ttk", Through(ttk, **replacements))
+    editor = open_editor({"entities": [circle()]})
+    assert type(editor.status) is OtherLabel
+    assert type(editor.list) is OtherTreeview
+    (hint,) = editor.props.winfo_children()
+    assert type(hint) is OtherLabel
+    editor.select(0)
+    assert type(editor.props.winfo_children()[-1]) is OtherButton
+
+
+def test_replaced_entries_are_the_ones_that_keep_the_deleting_keys(open_editor, replaced):
+    editor = open_editor({"entities": [circle()]})
+    editor.select(0)
+    focus(editor.list)
+    replaced("ttk", Through(ttk, Entry=ttk.Treeview))
+    editor.delete()
+    assert len(editor.sk["entities"]) == 1
+    replaced("ttk", ttk)
+    editor.delete()
+    assert editor.sk["entities"] == []
+
+
+def test_replaced_numpy_makes_the_arrays(open_editor, replaced):
+    class Points(np.ndarray):
+        pass
+
+    def zeros(n, *args):
+        return np.zeros(n, *args).view(Points)
+
+    def array(values, *args, **kwargs):
+        return np.array(values, *args, **kwargs).view(Points)
+
+    editor = open_editor()
+    replaced("np", Through(np, zeros=zeros, array=array))
+    assert type(editor.to_world(10, 10)) is Points
+    assert type(editor.key_points()[0]) is Points
+    assert {type(corner) for corner in editor._extent()} == {Points}
+    assert type(editor.snapped(311, 231)) is Points
+    assert type(open_editor().cursor) is Points

@@ -1,0 +1,482 @@
+"""The list of shapes: its rows, and the selection that it shares with the canvas."""
+
+import pytest
+
+from support.canvas import of_kind
+from support.events import focus
+from support.neighbours import circle, one_of_each, polygon, rectangle, regular, slot
+from support.plain import PlainEditor, ShapeList
+
+SELECTED = "#E8833A"
+
+
+pytestmark = pytest.mark.usefixtures("neighbours")
+
+
+def plain(*entities, **attributes):
+    """A plain editor; `calls` holds what it asked of the form and the canvas."""
+    editor = PlainEditor(entities=entities, **attributes)
+    editor.calls = editor.watch("show_props", "redraw")
+    return editor
+
+
+def done(*names):
+    return [(name, (), {}) for name in names]
+
+
+# --- rows
+
+
+def test_each_entity_has_a_row_in_stored_order(sketcher):
+    entities = [circle(), rectangle(), polygon(), slot(), regular()]
+    editor = plain(*entities)
+    assert sketcher.SketchEditor.refresh_list(editor) is None
+    assert editor.list.rows == [
+        {"iid": "0", "text": "1. Circle", "values": ("diameter 2000 mm",)},
+        {"iid": "1", "text": "2. Rectangle", "values": ("2000 mm x 1000 mm",)},
+        {"iid": "2", "text": "3. Outline", "values": ("3 corners",)},
+        {"iid": "3", "text": "4. Slot", "values": ("6000 mm x 2000 mm",)},
+        {"iid": "4", "text": "5. Polygon", "values": ("6 sides, 2000 mm across corners",)},
+    ]
+    assert {type(row["iid"]) for row in editor.list.rows} == {str}
+    assert {type(row["values"]) for row in editor.list.rows} == {tuple}
+
+
+def test_rows_are_inserted_at_the_end_of_the_top_level(sketcher):
+    editor = plain(circle(), circle())
+    sketcher.SketchEditor.refresh_list(editor)
+    places = [call[1] for call in editor.list.calls if call[0] == "insert"]
+    assert places == [("", "end"), ("", "end")]
+
+
+def test_rows_are_numbered_from_one_and_known_from_zero(sketcher):
+    editor = plain(*[circle() for _ in range(12)])
+    sketcher.SketchEditor.refresh_list(editor)
+    assert [row["iid"] for row in editor.list.rows] == [str(i) for i in range(12)]
+    assert [row["text"].split(".")[0] for row in editor.list.rows] == [str(i) for i in range(1, 13)]
+
+
+def test_old_rows_go_in_one_call(sketcher):
+    editor = plain(circle())
+    editor.list.rows = [{"iid": iid} for iid in ("0", "1", "2")]
+    sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.calls[0] == ("delete", ("0", "1", "2"))
+    assert [call[0] for call in editor.list.calls] == ["delete", "insert"]
+
+
+def test_empty_sketch_gives_an_empty_list_and_a_form(sketcher):
+    editor = plain()
+    editor.list.rows = [{"iid": "0"}]
+    sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.rows == []
+    assert editor.list.selected == ()
+    assert editor.calls == done("show_props")
+
+
+def test_kept_form_is_not_rebuilt(sketcher):
+    for arguments, named in [((True,), {}), ((), {"keep": True}), ((1,), {})]:
+        editor = plain(circle())
+        assert sketcher.SketchEditor.refresh_list(editor, *arguments, **named) is None
+        assert editor.calls == []
+        assert len(editor.list.rows) == 1
+
+
+def test_form_is_rebuilt_unless_kept(sketcher):
+    for arguments, named in [((), {}), ((False,), {}), ((), {"keep": False}), ((0,), {})]:
+        editor = plain(circle())
+        sketcher.SketchEditor.refresh_list(editor, *arguments, **named)
+        assert editor.calls == done("show_props")
+
+
+def test_kind_is_translated(sketcher, neighbours):
+    neighbours.tr.texts = {"Outline": "Umriss", "Circle": "Kreis"}
+    editor = plain(circle(), polygon(), rectangle())
+    sketcher.SketchEditor.refresh_list(editor)
+    texts = [row["text"] for row in editor.list.rows]
+    assert texts == ["1. Kreis", "2. Umriss", "3. Rectangle"]
+
+
+def test_summary_comes_from_describe(sketcher, monkeypatch):
+    asked = []
+    monkeypatch.setattr(sketcher, "describe", lambda e: asked.append(e) or ["size", "of"])
+    entities = [circle(), polygon()]
+    editor = plain(*entities)
+    sketcher.SketchEditor.refresh_list(editor)
+    assert [e is entity for e, entity in zip(asked, entities)] == [True, True]
+    assert [row["values"] for row in editor.list.rows] == [(["size", "of"],)] * 2
+
+
+@pytest.mark.parametrize(
+    "entity",
+    [
+        {"type": "circle"},
+        {"type": "rectangle", "w": 1.0},
+        circle(r="wide"),
+        circle(r=None),
+        {"type": "polygon", "points": None},
+    ],
+    ids=str,
+)
+def test_broken_entity_has_a_question_mark_for_a_size(sketcher, entity):
+    editor = plain(rectangle(), entity, circle())
+    sketcher.SketchEditor.refresh_list(editor)
+    assert [row["values"] for row in editor.list.rows][1:] == [("?",), ("diameter 2000 mm",)]
+    assert editor.list.rows[1]["text"].startswith("2. ")
+
+
+@pytest.mark.parametrize("error", [KeyError, ValueError, TypeError, UnicodeError])
+def test_three_kinds_of_errors_are_a_question_mark(sketcher, monkeypatch, error):
+    def describe(e):
+        raise error("no")
+
+    monkeypatch.setattr(sketcher, "describe", describe)
+    editor = plain(circle())
+    sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.rows == [{"iid": "0", "text": "1. Circle", "values": ("?",)}]
+
+
+@pytest.mark.parametrize(
+    "error", [IndexError, AttributeError, ZeroDivisionError, OverflowError, RuntimeError]
+)
+def test_other_errors_of_describe_pass(sketcher, monkeypatch, error):
+    def describe(e):
+        raise error("no")
+
+    monkeypatch.setattr(sketcher, "describe", describe)
+    editor = plain(circle(), sel=0)
+    with pytest.raises(error):
+        sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.selected == ()
+    assert editor.calls == []
+
+
+def test_unknown_type_passes_to_the_caller(sketcher):
+    editor = plain(circle(), {"type": "spline"}, circle())
+    with pytest.raises(KeyError, match="spline"):
+        sketcher.SketchEditor.refresh_list(editor)
+    assert [row["iid"] for row in editor.list.rows] == ["0"]
+    assert editor.calls == []
+
+
+def test_missing_type_passes_to_the_caller(sketcher):
+    editor = plain({"xc": 1.0})
+    with pytest.raises(KeyError, match="type"):
+        sketcher.SketchEditor.refresh_list(editor)
+
+
+def test_sketch_without_a_list_passes_to_the_caller(sketcher):
+    editor = plain()
+    editor.sk = {}
+    with pytest.raises(KeyError, match="entities"):
+        sketcher.SketchEditor.refresh_list(editor)
+    editor.sk = {"entities": None}
+    with pytest.raises(TypeError):
+        sketcher.SketchEditor.refresh_list(editor)
+
+
+# --- showing the selection
+
+
+def test_selection_is_shown_by_its_row(sketcher):
+    editor = plain(circle(), circle(), circle(), sel=2)
+    sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.calls[-1] == ("selection_set", ("2",))
+    assert editor.sel == 2
+    assert editor.calls == done("show_props")
+
+
+def test_selection_is_shown_with_a_kept_form_too(sketcher):
+    editor = plain(circle(), sel=0)
+    sketcher.SketchEditor.refresh_list(editor, keep=True)
+    assert editor.list.selected == ("0",)
+
+
+@pytest.mark.parametrize("sel", [3, 4, 1000])
+def test_stale_selection_is_neither_shown_nor_changed(sketcher, sel):
+    editor = plain(circle(), circle(), circle(), sel=sel)
+    sketcher.SketchEditor.refresh_list(editor)
+    assert [call for call in editor.list.calls if call[0] == "selection_set"] == []
+    assert editor.sel == sel
+    assert editor.calls == done("show_props")
+
+
+def test_no_selection_shows_none(sketcher):
+    editor = plain(circle())
+    sketcher.SketchEditor.refresh_list(editor)
+    assert [call for call in editor.list.calls if call[0] == "selection_set"] == []
+    assert editor.sel is None
+
+
+# --- a selection made in the list
+
+
+def selecting(*selected, sel=None):
+    editor = plain(circle(), circle(), circle(), sel=sel)
+    editor.list.selected = selected
+    return editor
+
+
+def test_row_selected_by_the_user_becomes_the_selection(sketcher):
+    editor = selecting("2", sel=0)
+    seen = []
+    editor.show_props = lambda: seen.append(("show_props", editor.sel))
+    editor.redraw = lambda: seen.append(("redraw", editor.sel))
+    assert sketcher.SketchEditor._list_selected(editor) is None
+    assert editor.sel == 2 and type(editor.sel) is int
+    assert seen == [("show_props", 2), ("redraw", 2)]
+
+
+def test_first_of_several_rows_counts(sketcher):
+    editor = selecting("1", "2")
+    sketcher.SketchEditor._list_selected(editor)
+    assert editor.sel == 1
+
+
+def test_selecting_the_selected_row_does_nothing(sketcher):
+    editor = selecting("1", sel=1)
+    sketcher.SketchEditor._list_selected(editor)
+    assert editor.sel == 1
+    assert editor.calls == []
+
+
+def test_list_without_selection_clears_it(sketcher):
+    editor = selecting(sel=1)
+    sketcher.SketchEditor._list_selected(editor)
+    assert editor.sel is None
+    assert editor.calls == done("show_props", "redraw")
+
+
+def test_list_without_selection_changes_nothing_when_there_was_none(sketcher):
+    editor = selecting()
+    sketcher.SketchEditor._list_selected(editor)
+    assert editor.sel is None
+    assert editor.calls == []
+
+
+def test_first_row_differs_from_no_selection(sketcher):
+    editor = selecting("0")
+    sketcher.SketchEditor._list_selected(editor)
+    assert editor.sel == 0
+    assert editor.calls == done("show_props", "redraw")
+
+
+# --- in the window
+
+
+@pytest.fixture
+def spied(open_editor, sketcher):
+    """Opens an editor that keeps its calls of show_props and redraw, and still does them."""
+
+    def open_spied(sketch):
+        calls = []
+
+        class Editor(sketcher.SketchEditor):
+            def show_props(self):
+                calls.append("show_props")
+                super().show_props()
+
+            def redraw(self):
+                calls.append("redraw")
+                super().redraw()
+
+        editor = open_editor(sketch, cls=Editor)
+        editor.update()
+        calls.clear()
+        return editor, calls
+
+    return open_spied
+
+
+def rows(editor):
+    return [editor.list.item(iid) for iid in editor.list.get_children()]
+
+
+def outlined(editor):
+    """How many shapes have the outline of the selected one."""
+    return len(of_kind(editor.canvas, "polygon", outline=SELECTED))
+
+
+def click_row(editor, iid):
+    """Click on a row with the pointer."""
+    x, y, width, height = editor.list.bbox(iid)
+    at = {"x": x + width // 2, "y": y + height // 2}
+    editor.list.event_generate("<ButtonPress-1>", **at)
+    editor.list.event_generate("<ButtonRelease-1>", **at)
+    editor.update()
+
+
+def test_real_rows(open_editor):
+    editor = open_editor(one_of_each())
+    assert [(row["text"], *row["values"]) for row in rows(editor)] == [
+        ("1. Rectangle", "20 mm x 10 mm"),
+        ("2. Circle", "diameter 20 mm"),
+        ("3. Polygon", "6 sides, 16 mm across corners"),
+        ("4. Slot", "28 mm x 8 mm"),
+        ("5. Outline", "3 corners"),
+    ]
+    assert editor.list.selection() == ()
+
+
+def test_list_is_rebuilt_without_a_loop(spied):
+    editor, calls = spied(one_of_each())
+    editor.sel = 3
+    editor.refresh_list()
+    editor.update()
+    assert editor.list.selection() == ("3",)
+    assert calls == ["show_props"]
+
+
+def test_clicking_a_row_selects_its_shape(spied):
+    editor, calls = spied(one_of_each())
+    click_row(editor, "2")
+    assert editor.sel == 2
+    assert calls == ["show_props", "redraw"]
+    assert outlined(editor) == 1
+    assert set(editor.vars) == {"xc", "yc", "r", "n", "angle"}
+
+
+def test_clicking_the_selected_row_repaints_nothing(spied):
+    editor, calls = spied(one_of_each())
+    click_row(editor, "2")
+    calls.clear()
+    click_row(editor, "2")
+    assert calls == []
+    assert editor.sel == 2
+
+
+def test_clearing_the_selection_of_the_list_clears_the_selection(spied):
+    editor, calls = spied(one_of_each())
+    editor.select(1)
+    editor.update()
+    assert outlined(editor) == 1
+    calls.clear()
+    editor.list.selection_remove("1")
+    editor.update()
+    assert editor.sel is None
+    assert calls == ["show_props", "redraw"]
+    assert outlined(editor) == 0
+
+
+def test_arrow_keys_walk_through_the_shapes(spied, send):
+    editor, calls = spied(one_of_each())
+    click_row(editor, "0")
+    editor.list.focus("0")
+    seen = []
+    for key in ("Down", "Down", "Up"):
+        send(editor).key(key, editor.list)
+        editor.update()
+        seen.append(editor.sel)
+    assert seen == [1, 2, 1]
+
+
+def test_selection_on_the_canvas_shows_in_the_list(spied, send):
+    editor, calls = spied(one_of_each())
+    hand = send(editor)
+    hand.click(*hand.at((0.0, 0.02)))
+    editor.update()
+    assert editor.sel == 1
+    assert editor.list.selection() == ("1",)
+    hand.click(*hand.at((0.0, 0.0)))
+    editor.update()
+    assert editor.sel is None
+    assert editor.list.selection() == ()
+
+
+def test_deleting_renumbers_the_rows(open_editor):
+    editor = open_editor(one_of_each())
+    editor.select(1)
+    focus(editor.canvas)
+    editor.delete()
+    editor.update()
+    assert [row["text"] for row in rows(editor)] == [
+        "1. Rectangle",
+        "2. Polygon",
+        "3. Slot",
+        "4. Outline",
+    ]
+    assert editor.list.get_children() == ("0", "1", "2", "3")
+    assert editor.list.selection() == ()
+
+
+def test_last_shape_deleted_leaves_an_empty_list(open_editor):
+    editor = open_editor({"entities": [circle()]})
+    editor.select(0)
+    focus(editor.canvas)
+    editor.delete()
+    editor.update()
+    assert editor.list.get_children() == ()
+    (hint,) = editor.props.winfo_children()
+    assert hint.cget("text") == "Select a shape to type its exact size."
+
+
+def test_added_shape_is_selected_in_the_list(open_editor):
+    editor = open_editor(one_of_each())
+    editor.add(circle(0.1, 0.1, 0.01))
+    editor.update()
+    assert editor.list.selection() == ("5",)
+    assert rows(editor)[-1]["text"] == "6. Circle"
+
+
+def test_moved_shape_keeps_its_row_selected(open_editor, send):
+    editor = open_editor(one_of_each())
+    hand = send(editor)
+    x, y = hand.at((0.0, 0.02))
+    hand.stroke((x, y), (x + 20, y + 20), (x + 60, y + 30))
+    editor.update()
+    assert editor.list.selection() == ("1",)
+
+
+def test_damaged_entities_have_rows_and_leave_the_others_alone(open_editor):
+    entities = [
+        {"type": "circle"},
+        circle(0.0, 0.0, None),
+        {"type": "rectangle", "w": "wide"},
+        {"type": "polygon"},
+        circle(0.0, 0.0, 0.02),
+    ]
+    editor = open_editor({"entities": entities})
+    summaries = [row["values"][0] for row in rows(editor)]
+    assert summaries == ["?", "?", "?", "0 corners", "diameter 40 mm"]
+
+
+def test_unknown_type_stops_the_editor_with_a_key_error(root, sketcher):
+    with pytest.raises(KeyError, match="spline"):
+        sketcher.SketchEditor(root, {"entities": [{"type": "spline"}]})
+    assert root.winfo_children() == []
+
+
+@pytest.mark.parametrize("text", ["{n} {", "a b", "", "tab\tstop", "$x [y] ;z", 'q"q', "{", "\\"])
+def test_summaries_are_shown_as_they_are(open_editor, sketcher, monkeypatch, text):
+    monkeypatch.setattr(sketcher, "describe", lambda e: text)
+    editor = open_editor({"entities": [circle()]})
+    assert editor.list.set("0", "size") == text
+
+
+def test_display_units_take_effect_at_the_next_rebuild(open_editor, neighbours):
+    editor = open_editor({"entities": [circle(r=0.5)]})
+    assert editor.list.set("0", "size") == "diameter 1000 mm"
+    neighbours.units.factor, neighbours.units.symbol = 100.0, "cm"
+    assert editor.list.set("0", "size") == "diameter 1000 mm"
+    editor.refresh_list()
+    assert editor.list.set("0", "size") == "diameter 100 cm"
+
+
+def test_language_takes_effect_at_the_next_rebuild(open_editor, neighbours):
+    editor = open_editor({"entities": [circle(r=0.5)]})
+    neighbours.tr.texts = {"Circle": "Kreis", "diameter {d}": "Durchmesser {d}"}
+    editor.refresh_list(keep=True)
+    assert editor.list.item("0", "text") == "1. Kreis"
+    assert editor.list.set("0", "size") == "Durchmesser 1000 mm"
+
+
+def test_plain_list_behaves_as_the_real_one(open_editor, sketcher):
+    editor = open_editor(one_of_each())
+    stand_in = PlainEditor(entities=editor.sk["entities"], sel=2)
+    stand_in.watch("show_props", "redraw")
+    editor.sel = 2
+    for each in (editor, stand_in):
+        sketcher.SketchEditor.refresh_list(each)
+        sketcher.SketchEditor.refresh_list(each, keep=True)
+    assert type(stand_in.list) is ShapeList
+    assert editor.list.get_children() == stand_in.list.get_children()
+    assert editor.list.selection() == stand_in.list.selection() == ("2",)
