@@ -288,9 +288,8 @@ class Preview {
     if (drag.truth() && drag.call("get"_n, "kind"_n).equals("new"_n)) {
       draw_outline(editor_.call("_from_drag"_n, drag["start"_n], cursor_));
     }
-    const Ref clicks = editor_.get("clicks"_n);
-    if (tool.equals("line"_n) && clicks.truth()) draw_corners(clicks);
-    if (tool.equals("slot"_n) && clicks.truth()) draw_slot(clicks);
+    if (tool.equals("line"_n)) draw_corners(editor_.get("clicks"_n));
+    if (tool.equals("slot"_n)) draw_slot(editor_.get("clicks"_n));
     painter_.circle(projection_.to_screen(cursor_), kPointerRadius,
                     ItemOptions("fill"_n, highlight_colour(), "outline"_n, ""_n));
   }
@@ -308,6 +307,7 @@ class Preview {
   }
 
   void draw_corners(const Ref& clicks) {
+    if (!clicks.truth()) return;
     std::vector<Point> pixels = projection_.to_screen_all(clicks);
     pixels.push_back(projection_.to_screen(cursor_));
     painter_.line(coordinates(pixels), ItemOptions("fill"_n, highlight_colour(), "width"_n, 2));
@@ -318,6 +318,7 @@ class Preview {
   }
 
   void draw_slot(const Ref& clicks) {
+    if (!clicks.truth()) return;
     if (clicks.size() != 1) {
       const Ref end1 = clicks[0];
       draw_outline(editor_.call("_slot"_n, end1, clicks[1], cursor_));

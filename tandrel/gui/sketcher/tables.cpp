@@ -98,16 +98,13 @@ double length_of(const Ref& entity, const Ref& key) {
   return entity[key].to_float();
 }
 
-/// Two lengths as "first x second".
-Ref by(const Ref& unit_system, const Ref& first, const Ref& second) {
-  const Ref left = format_length(unit_system, first);
-  const Ref right = format_length(unit_system, second);
-  return ""_n.call("join"_n, py::list(left, " x ", right));
+Ref by(const Ref& first, const Ref& second) {
+  return " x "_n.call("join"_n, py::list(first, second));
 }
 
 Ref describe_rectangle(const Ref& entity, const Ref& unit_system) {
-  const Ref width = entity["w"_n];
-  return by(unit_system, width, entity["h"_n]);
+  const Ref width = format_length(unit_system, entity["w"_n]);
+  return by(width, format_length(unit_system, entity["h"_n]));
 }
 
 /// Overall length end to end by overall width.
@@ -117,7 +114,8 @@ Ref describe_slot(const Ref& entity, const Ref& unit_system) {
   const double r = length_of(entity, "r"_n);
   const Point axis = end2 - end1;
   const double length = global("math"_n).call("hypot"_n, axis.x, axis.y).number() + 2 * r;
-  return by(unit_system, py::to_python(length), py::to_python(2 * r));
+  const Ref overall_length = format_length(unit_system, py::to_python(length));
+  return by(overall_length, format_length(unit_system, py::to_python(2 * r)));
 }
 
 Ref describe(const Ref& entity) {
