@@ -1,0 +1,503 @@
+"""Repainting the canvas: grid, axes, references, shapes and holes, selection, and their order."""
+
+import math
+
+import numpy as np
+import pytest
+from support import canvas as shown
+from support.neighbours import circle, one_of_each, outline_points, polygon, rectangle, slot
+from support.plain import PlainEditor, Recorder, Var
+
+AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
+GRID, MUTED, ACCENT = "#eeeeee", "#666666", "#1155aa"
+SOLID, HOLE = "#ddeeff", "#f7f7f7"
+
+
+@pytest.fixture
+def editor(neighbours):
+    """400 x 300 pixels, 40 pixels to the unit, a grid of 1 unit; no preview."""
+    editor = PlainEditor(scale=40.0)
+    editor.grid_step = lambda: 1.0
+    editor._preview = lambda: None
+    return editor
+
+
+def painted(editor):
+    """The drawing calls of one repaint."""
+    del editor.canvas.calls[:]
+    editor.redraw()
+    return editor.canvas.drawn
+
+
+def grid_lines(editor):
+    """The coordinates of the grid lines: vertical ones, horizontal ones."""
+    lines = [args for name, args, options in painted(editor) if options == {"fill": GRID}]
+    across = [line for line in lines if line[0] == 0 and line[2] == editor.canvas.width]
+    return [line for line in lines if line not in across], across
+
+
+def polygons(editor):
+    return [(args, options) for name, args, options in painted(editor) if name == "create_polygon"]
+
+
+def fills(editor):
+    return [options["fill"] for _, options in polygons(editor)]
+
+
+def corners_on_screen(editor, e):
+    """The flat pixel coordinates of a straight-sided shape of the scripted sketch module."""
+    return tuple(value for p in outline_points(e) for value in editor.to_screen(p))
+
+
+class TestClearing:
+    def test_everything_is_deleted_first(self, editor):
+        editor.redraw()
+        assert editor.canvas.calls[0] == ("delete", ("all",), {})
+        assert editor.canvas.named("delete") == [(("all",), {})]
+
+    @pytest.mark.parametrize("width", [0, 1])
+    def test_a_canvas_that_is_not_laid_out_stays_empty(self, editor, width):
+        editor.canvas.width = width
+        editor.grid_step = editor._preview = lambda: pytest.fail("called")
+        editor.redraw()
+        assert editor.canvas.calls == [("delete", ("all",), {})]
+
+    @pytest.mark.parametrize("size", [(2, 1), (2, 300), (400, 0)])
+    def test_the_height_and_two_pixels_are_enough(self, editor, size):
+        editor.canvas.width, editor.canvas.height = size
+        assert [name for name, _, _ in painted(editor)][-2:] == ["create_text", "create_text"]
+
+    def test_returns_nothing_and_changes_nothing(self, editor):
+        editor.sk["entities"] = [rectangle(), circle()]
+        editor.sel = 1
+        before = dict(vars(editor))
+        sketch = str(editor.sk)
+        assert editor.redraw() is None
+        assert dict(vars(editor)) == before
+        assert str(editor.sk) == sketch
+
+
+class TestGrid:
+    def test_lines_span_the_canvas_in_both_directions(self, editor):
+        upright, level = grid_lines(editor)
+        assert upright == [(x, 0, x, 300) for x in range(0, 401, 40)]
+        assert level == [(0, y, 400, y) for y in (310, 270, 230, 190, 150, 110, 70, 30)]
+
+    def test_upright_lines_come_first_each_from_low_to_high(self, editor):
+        lines = [args for _, args, options in painted(editor) if options == {"fill": GRID}]
+        upright, level = grid_lines(editor)
+        assert lines == upright + level
+
+    def test_a_line_on_the_upper_bound_is_drawn(self, editor):
+        editor.canvas.height = 320
+        upright, level = grid_lines(editor)
+        assert upright[-1] == (400, 0, 400, 320)
+        assert level[-1] == (0, 0, 400, 0)
+
+    def test_starts_at_the_multiple_at_or_below_the_lower_bound(self, editor):
+        editor.centre = np.array([0.25, -0.25])
+        upright, level = grid_lines(editor)
+        assert upright[0][0] == -10.0
+        assert level[0][1] == 300.0
+
+    @pytest.mark.parametrize(
+        "scale, spacing",
+        [(3.0, 15.0), (0.3, 37.5), (10.0, 10.0), (9.999, 49.995), (2.0, 10.0), (400.0, 400.0)],
+    )
+    def test_is_widened_by_fives_until_it_is_ten_pixels(self, editor, scale, spacing):
+        editor.scale = scale
+        editor.canvas.width = editor.canvas.height = 1000
+        upright, level = grid_lines(editor)
+        assert upright[1][0] - upright[0][0] == pytest.approx(spacing)
+        assert level[0][1] - level[1][1] == pytest.approx(spacing)
+
+    def test_widening_does_not_change_the_snap_grid(self, editor):
+        del editor.grid_step
+        editor.grid = Var("1")
+        editor.redraw()
+        assert editor.grid.get() == "1"
+        assert editor.grid_step() == 0.001
+
+    @pytest.mark.parametrize("step", [0.1, 0.3, 1, 7.7, 0.001])
+    @pytest.mark.parametrize("centre", [(0.0, 0.0), (1234.56, -0.777), (-3e5, 1e-3)])
+    @pytest.mark.parametrize("scale", [33.3, 0.07, 1e4])
+    def test_adds_step_after_step_in_doubles(self, editor, step, centre, scale):
+        editor.scale, editor.centre = scale, np.array(centre)
+        editor.grid_step = lambda: step
+        lo, hi = editor.to_world(0, 300), editor.to_world(400, 0)
+        while step * scale < 10:
+            step *= 5
+        expected = ([], [])
+        for axis in (0, 1):
+            at = math.floor(lo[axis] / step) * step
+            while at <= hi[axis]:
+                s = editor.to_screen((at, 0) if axis == 0 else (0, at))[axis]
+                expected[axis].append((s, 0, s, 300) if axis == 0 else (0, s, 400, s))
+                at += step
+        lines = [args for _, args, options in painted(editor) if options == {"fill": GRID}]
+        assert lines == expected[0] + expected[1]
+        assert 2 <= len(lines) < 80
+
+    def test_the_box_is_asked_of_the_editor_lower_left_first(self, editor):
+        asked = []
+        real = editor.to_world
+
+        def to_world(x, y):
+            asked.append((x, y))
+            return real(x, y)
+
+        editor.to_world = to_world
+        editor.redraw()
+        assert asked == [(0, 300), (400, 0)]
+
+    def test_the_step_is_asked_once(self, editor):
+        asked = []
+        editor.grid_step = lambda: asked.append(1) or 1.0
+        editor.redraw()
+        assert len(asked) == 1
+
+    def test_lets_an_error_of_the_step_through(self, editor, neighbours):
+        del editor.grid_step
+        neighbours.units.fail["to_si"] = KeyError("length")
+        with pytest.raises(KeyError):
+            editor.redraw()
+
+
+class TestAxes:
+    def axes(self, editor):
+        return [call for call in painted(editor) if call[2].get("fill") in (AXIS_1, AXIS_2)]
+
+    def test_cross_the_canvas_through_the_origin_with_their_letters(self, editor):
+        editor.centre = np.array([1.0, -0.5])
+        assert self.axes(editor) == [
+            ("create_line", (0, 130.0, 400, 130.0), {"fill": AXIS_1, "dash": (4, 3)}),
+            ("create_line", (160.0, 0, 160.0, 300), {"fill": AXIS_2, "dash": (4, 3)}),
+            ("create_text", (394, 126.0), {"text": "x", "anchor": "se", "fill": AXIS_1}),
+            ("create_text", (164.0, 6), {"text": "y", "anchor": "nw", "fill": AXIS_2}),
+        ]
+
+    def letters(self, editor):
+        return [call[2]["text"] for call in self.axes(editor)[2:]]
+
+    @pytest.mark.parametrize("plane, letters", [("XZ", ["x", "z"]), ("YZ", ["y", "z"])])
+    def test_have_the_plane_s_letters_in_space(self, editor, plane, letters):
+        editor.plane.set(plane)
+        assert self.letters(editor) == letters
+
+    def test_are_x_and_y_for_an_unknown_plane(self, editor):
+        editor.plane.set("tilted")
+        assert self.letters(editor) == ["x", "y"]
+
+    @pytest.mark.parametrize("dim", [2, 1, None, "3"])
+    def test_are_x_and_y_for_a_plain_region_and_no_plane_is_asked(self, editor, neighbours, dim):
+        editor.dim = dim
+        editor.plane = None
+        neighbours.S.AXES = None
+        assert self.letters(editor) == ["x", "y"]
+
+    def test_are_looked_up_with_x_and_y_as_the_default(self, editor, neighbours):
+        neighbours.S.AXES = Recorder(get=("u", "v"))
+        assert self.letters(editor) == ["u", "v"]
+        assert neighbours.S.AXES.calls == [("get", ("XY", ("x", "y")), {})]
+
+    def test_are_exactly_two(self, editor, neighbours):
+        neighbours.S.AXES = {"XY": ("x", "y", "z")}
+        with pytest.raises(ValueError):
+            editor.redraw()
+
+
+class TestReferences:
+    def references(self, editor):
+        return [call for call in painted(editor) if call[2].get("fill") == MUTED]
+
+    def test_are_closed_dashed_lines(self, editor):
+        editor.refs = [("edge", np.array([[0.0, 0.0], [1.0, 0.0], [1.0, 2.0]]))]
+        coordinates = (200.0, 150.0, 240.0, 150.0, 240.0, 70.0, 200.0, 150.0)
+        options = {"fill": MUTED, "dash": (2, 3)}
+        assert self.references(editor) == [("create_line", coordinates, options)]
+
+    def test_of_fewer_than_two_points_are_skipped(self, editor):
+        editor.refs = [("a", np.zeros((0, 2))), ("b", [[1.0, 1.0]]), ("c", [])]
+        assert self.references(editor) == []
+
+    def test_of_two_points_go_there_and_back(self, editor):
+        editor.refs = [(None, [(0.0, 0.0), (1, 1)])]
+        (line,) = self.references(editor)
+        assert line[1] == (200.0, 150.0, 240.0, 110.0, 200.0, 150.0)
+
+    def test_are_drawn_in_their_order_between_axes_and_shapes(self, editor):
+        editor.refs = [("b", [[0.0, 0.0], [1.0, 0.0]]), ("a", [[0.0, 0.0], [0.0, 1.0]])]
+        editor.sk["entities"] = [rectangle()]
+        first, second = self.references(editor)
+        assert first[1][2:4] == (240.0, 150.0)
+        assert second[1][2:4] == (200.0, 110.0)
+        kinds = [name for name, _, options in painted(editor) if options != {"fill": GRID}]
+        axes = ["create_line"] * 2 + ["create_text"] * 2
+        assert kinds == axes + ["create_line"] * 2 + ["create_polygon"]
+
+    def test_are_drawn_while_there_is_no_shape(self, editor):
+        editor.refs = [("edge", [[0.0, 0.0], [1.0, 0.0]])]
+        assert len(self.references(editor)) == 1
+
+
+class TestShapes:
+    def test_an_empty_sketch_shows_grid_axes_and_preview_only(self, editor):
+        previews = []
+        editor._preview = lambda: previews.append(len(editor.canvas.drawn))
+        calls = painted(editor)
+        assert {name for name, _, _ in calls} == {"create_line", "create_text"}
+        assert previews == [len(calls)]
+
+    def test_a_shape_is_a_filled_polygon_with_its_outline_s_points(self, editor):
+        box = rectangle(1.0, -1.0, 2.0, 1.5)
+        editor.sk["entities"] = [box]
+        coordinates = (240.0, 190.0, 320.0, 190.0, 320.0, 130.0, 240.0, 130.0)
+        assert polygons(editor) == [(coordinates, {"fill": SOLID, "outline": ACCENT, "width": 2})]
+
+    def test_an_outline_may_be_any_sequence_of_points(self, editor, neighbours):
+        neighbours.S.answers["outline"] = [(0, 0), [1, 0], np.array([0.0, 1.0])]
+        editor.sk["entities"] = [circle()]
+        neighbours.S.answers["depths"] = [0]
+        assert polygons(editor)[0][0] == (200.0, 150.0, 240.0, 150.0, 200.0, 110.0)
+
+    def test_holes_and_islands_alternate(self, editor):
+        island = rectangle(2.0, 2.0, 1.0, 1.0)
+        hole = rectangle(1.0, 1.0, 4.0, 4.0)
+        plate = rectangle(0.0, 0.0, 6.0, 6.0)
+        editor.sk["entities"] = [island, plate, hole]
+        found = polygons(editor)
+        order = [corners_on_screen(editor, e) for e in (plate, hole, island)]
+        assert [args for args, _ in found] == order
+        assert [options["fill"] for _, options in found] == [SOLID, HOLE, SOLID]
+
+    def test_equal_depths_keep_the_stored_order(self, editor, neighbours):
+        entities = [rectangle(float(k), 0.0) for k in range(5)]
+        editor.sk["entities"] = entities
+        neighbours.S.answers["depths"] = [2, 0, 1, 0, 2]
+        order = [corners_on_screen(editor, entities[k]) for k in (1, 3, 2, 0, 4)]
+        found = polygons(editor)
+        assert [args for args, _ in found] == order
+        assert [options["fill"] for _, options in found] == [SOLID, SOLID, HOLE, SOLID, SOLID]
+
+    @pytest.mark.parametrize("depths", [(3, 0, 1), np.array([3, 0, 1]), [3.0, 0.0, 1.0]])
+    def test_depths_may_be_any_sequence_of_numbers(self, editor, neighbours, depths):
+        editor.sk["entities"] = [rectangle(), rectangle(1.0), rectangle(2.0)]
+        neighbours.S.answers["depths"] = depths
+        assert fills(editor) == [SOLID, HOLE, HOLE]
+
+    def test_depths_are_asked_once_for_the_whole_sketch(self, editor, neighbours):
+        editor.sk["entities"] = [rectangle(), circle()]
+        editor.redraw()
+        assert [args[0] for args in neighbours.S.named("depths")] == [editor.sk]
+        assert neighbours.S.named("depths")[0][0] is editor.sk
+
+    @pytest.mark.parametrize("bad", [circle(r=-1.0), {"type": "slot"}, {"type": "nonsense"}])
+    def test_a_bad_shape_is_not_drawn_and_flattens_the_others(self, editor, neighbours, bad):
+        plate, hole = rectangle(0.0, 0.0, 6.0, 6.0), rectangle(1.0, 1.0, 4.0, 4.0)
+        editor.sk["entities"] = [hole, bad, plate]
+        found = polygons(editor)
+        assert [args for args, _ in found] == [corners_on_screen(editor, e) for e in (hole, plate)]
+        assert [options["fill"] for _, options in found] == [SOLID, SOLID]
+        assert neighbours.S.count("depths") == 0
+
+    def test_the_validity_of_all_is_asked_up_to_the_first_bad_one(self, editor):
+        first, bad, last = rectangle(), circle(), slot()
+        asked = []
+        editor._ok = lambda e: asked.append(e) or e is not bad
+        editor.sk["entities"] = [first, bad, last]
+        editor.redraw()
+        assert [id(e) for e in asked] == [id(e) for e in (first, bad, first, bad, last)]
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError])
+    def test_refused_depths_flatten_all_shapes(self, editor, neighbours, error):
+        editor.sk["entities"] = [rectangle(1.0, 1.0, 4.0, 4.0), rectangle(0.0, 0.0, 6.0, 6.0)]
+        neighbours.S.fail["depths"] = error("no")
+        assert fills(editor) == [SOLID, SOLID]
+        assert polygons(editor)[0][0] == corners_on_screen(editor, editor.sk["entities"][0])
+
+    @pytest.mark.parametrize("error", [TypeError, RuntimeError, ZeroDivisionError])
+    def test_lets_other_errors_of_depths_through(self, editor, neighbours, error):
+        editor.sk["entities"] = [rectangle()]
+        neighbours.S.fail["depths"] = error("broken")
+        with pytest.raises(error):
+            editor.redraw()
+
+    def test_lets_other_errors_of_an_outline_through(self, editor, neighbours):
+        editor.sk["entities"] = [rectangle()]
+        neighbours.S.fail["outline"] = RuntimeError("broken")
+        with pytest.raises(RuntimeError):
+            editor.redraw()
+
+    def test_too_few_depths_are_an_error(self, editor, neighbours):
+        editor.sk["entities"] = [rectangle(), circle()]
+        neighbours.S.answers["depths"] = [0]
+        with pytest.raises(IndexError):
+            editor.redraw()
+
+
+class TestSelection:
+    def test_the_selected_shape_has_a_thick_orange_outline(self, editor):
+        editor.sk["entities"] = [rectangle(), circle(), slot()]
+        editor.sel = 1
+        outlines = [(options["outline"], options["width"]) for _, options in polygons(editor)]
+        assert outlines == [(ACCENT, 2), (ORANGE, 3), (ACCENT, 2)]
+
+    def test_the_first_shape_is_selected_by_zero(self, editor):
+        editor.sk["entities"] = [rectangle(), circle()]
+        editor.sel = 0
+        assert [options["outline"] for _, options in polygons(editor)] == [ORANGE, ACCENT]
+
+    def test_the_fill_is_that_of_its_depth(self, editor):
+        editor.sk["entities"] = [rectangle(0.0, 0.0, 6.0, 6.0), rectangle(1.0, 1.0, 1.0, 1.0)]
+        editor.sel = 1
+        options = polygons(editor)[1][1]
+        assert options == {"fill": HOLE, "outline": ORANGE, "width": 3}
+
+    def test_its_labels_come_right_after_its_polygon(self, editor):
+        labelled = []
+        editor._dimensions = lambda e: labelled.append((e, len(editor.canvas.drawn)))
+        editor.sk["entities"] = [rectangle(), circle(), slot()]
+        editor.sel = 1
+        calls = painted(editor)
+        ((entity, count),) = labelled
+        assert entity is editor.sk["entities"][1]
+        assert calls[count - 1][2]["outline"] == ORANGE
+        assert [name for name, _, _ in calls[count:]] == ["create_polygon"]
+
+    @pytest.mark.parametrize("sel", [None, 2, 7])
+    def test_without_a_selected_shape_nothing_is_orange(self, editor, sel):
+        editor._dimensions = lambda e: pytest.fail("labelled")
+        editor.sk["entities"] = [rectangle(), circle()]
+        editor.sel = sel
+        assert [options["outline"] for _, options in polygons(editor)] == [ACCENT, ACCENT]
+
+    def test_a_selected_bad_shape_shows_nothing(self, editor):
+        editor._dimensions = lambda e: pytest.fail("labelled")
+        editor.sk["entities"] = [rectangle(), circle(r=-1.0)]
+        editor.sel = 1
+        assert [options["outline"] for _, options in polygons(editor)] == [ACCENT]
+
+
+class TestThroughTheEditor:
+    def test_every_point_goes_through_to_screen(self, editor):
+        editor.sk["entities"] = [rectangle(0.0, 0.0, 1.0, 1.0)]
+        editor.refs = [("edge", [[0.0, 0.0], [2.0, 0.0]])]
+        editor.to_screen = lambda p: (p[0] * 7 + 1000, p[1] * 7 + 2000)
+        calls = painted(editor)
+        plain = [args for name, args, options in calls if options != {"fill": GRID}]
+        assert plain[0] == (0, 2000, 400, 2000)
+        assert plain[1] == (1000, 0, 1000, 300)
+        assert plain[3] == (1004, 6)
+        assert plain[4] == (1000, 2000, 1014, 2000, 1000, 2000)
+        assert plain[5] == (1000, 2000, 1007, 2000, 1007, 2007, 1000, 2007)
+        assert grid_lines(editor)[0][0] == (1000 - 5 * 7, 0, 1000 - 5 * 7, 300)
+        assert calls[11][1] == (0, 2000 - 4 * 7, 400, 2000 - 4 * 7)
+
+    def test_grid_lines_are_placed_where_they_cross_the_axes(self, editor):
+        editor.to_screen = lambda p: (p[0] * 10 + p[1] * 1000, p[1] * 10 + p[0] * 1000)
+        upright, level = grid_lines(editor)
+        assert [line[0] for line in upright] == [10.0 * k for k in range(-5, 6)]
+        assert [line[1] for line in level] == [10.0 * k for k in range(-4, 4)]
+
+    def test_the_box_may_come_from_an_override(self, editor):
+        editor.to_world = lambda x, y: np.array([x / 100, -y / 100])
+        upright, level = grid_lines(editor)
+        assert [line[0] for line in upright] == [200.0, 240.0, 280.0, 320.0, 360.0]
+        assert [line[1] for line in level] == [270.0, 230.0, 190.0, 150.0]
+
+    def test_the_palette_is_read_at_every_repaint(self, editor, neighbours):
+        editor.sk["entities"] = [rectangle()]
+        assert fills(editor) == [SOLID]
+        neighbours.PAL["accent_soft"] = "#123456"
+        assert fills(editor) == ["#123456"]
+
+    def test_an_error_of_the_preview_passes(self, editor):
+        def fail():
+            raise RuntimeError("preview")
+
+        editor._preview = fail
+        with pytest.raises(RuntimeError, match="preview"):
+            editor.redraw()
+
+
+class TestOnTheScreen:
+    """The same picture on a real canvas, with the application's own neighbours."""
+
+    def test_items_from_the_lowest_to_the_highest(self, open_editor, sketcher):
+        references = [("edge", np.array([[-0.05, -0.05], [0.05, -0.05]]))]
+        editor = open_editor(one_of_each(), references=references)
+        editor.select(0)
+        found = shown.items(editor.canvas)
+        pal = sketcher.PAL
+        colours = [
+            item.options["outline" if item.kind == "polygon" else "fill"]
+            for item in found
+            if item.options["fill"] != pal["bg"]
+        ]
+        labels = [ORANGE, ORANGE]
+        assert colours == (
+            [AXIS_1, AXIS_2, AXIS_1, AXIS_2, pal["muted"], ORANGE]
+            + labels
+            + [pal["accent"]] * 4
+            + [ORANGE]
+        )
+        kinds = [item.kind for item in found if item.options["fill"] != pal["bg"]]
+        assert kinds == ["line"] * 2 + ["text"] * 2 + ["line", "polygon", "text", "text"] + [
+            "polygon"
+        ] * 4 + ["oval"]
+        grid = found[: len(found) - len(kinds)]
+        assert grid and all(item.has(fill=pal["bg"], width="1.0", dash="") for item in grid)
+
+    def test_coordinates_and_options(self, open_editor, sketcher):
+        sketch = {"entities": [rectangle(0.0, 0.0, 0.04, 0.02), circle(0.02, 0.01, 0.005)]}
+        editor = open_editor(sketch)
+        w, h = editor.canvas.winfo_width(), editor.canvas.winfo_height()
+        ox, oy = editor.to_screen((0, 0))
+        (first,) = shown.of_kind(editor.canvas, "line", fill=AXIS_1, dash="4 3")
+        assert first.coords == pytest.approx((0, oy, w, oy))
+        (second,) = shown.of_kind(editor.canvas, "line", fill=AXIS_2, dash="4 3")
+        assert second.coords == pytest.approx((ox, 0, ox, h))
+        (letter,) = shown.of_kind(editor.canvas, "text", fill=AXIS_1)
+        assert letter.coords == pytest.approx((w - 6, oy - 4))
+        assert letter.has(text="x", anchor="se")
+        (letter,) = shown.of_kind(editor.canvas, "text", fill=AXIS_2)
+        assert letter.coords == pytest.approx((ox + 4, 6))
+        assert letter.has(text="y", anchor="nw")
+        plate, hole = shown.shapes(editor.canvas)[:2]
+        assert plate.has(fill=sketcher.PAL["accent_soft"], outline=sketcher.PAL["accent"])
+        assert hole.has(fill=sketcher.PAL["panel"], width="2.0")
+        for item, e in ((plate, sketch["entities"][0]), (hole, sketch["entities"][1])):
+            points = [editor.to_screen(p) for p in sketcher.S.outline(e)]
+            assert item.coords == pytest.approx([v for p in points for v in p])
+
+    def test_no_item_carries_a_tag(self, open_editor):
+        editor = open_editor(one_of_each())
+        assert all(item.options["tags"] in ("", "current") for item in shown.items(editor.canvas))
+
+    def test_repainting_leaves_no_item_behind(self, open_editor):
+        editor = open_editor(one_of_each())
+        before = [item[:2] for item in shown.items(editor.canvas)]
+        editor.redraw()
+        editor.redraw()
+        assert [item[:2] for item in shown.items(editor.canvas)] == before
+
+    def test_a_resize_repaints_with_the_same_view(self, open_editor):
+        editor = open_editor(one_of_each())
+        scale, centre = editor.scale, editor.centre.copy()
+        width = editor.winfo_width()
+        editor.geometry(f"{width + 100}x{editor.winfo_height() + 60}")
+        deadline = 200
+        while editor.winfo_width() != width + 100 and deadline:
+            editor.update()
+            deadline -= 1
+        editor.update()
+        (axis,) = shown.of_kind(editor.canvas, "line", fill=AXIS_1)
+        assert axis.coords[2] == editor.canvas.winfo_width()
+        assert editor.scale == scale
+        assert list(editor.centre) == list(centre)
+
+    def test_a_polygon_outline_is_drawn_open_and_closed_by_tk(self, open_editor):
+        triangle = polygon((0.0, 0.0), (0.03, 0.0), (0.0, 0.02))
+        editor = open_editor({"entities": [triangle]})
+        (item,) = shown.shapes(editor.canvas)
+        assert item.coords[:2] != item.coords[-2:]

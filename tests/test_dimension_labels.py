@@ -1,0 +1,194 @@
+"""The sizes that are written beside the selected shape."""
+
+import numpy as np
+import pytest
+from support import canvas as shown
+from support.neighbours import FakeUnits, circle, polygon, rectangle, regular, slot
+from support.plain import PlainEditor
+
+ORANGE = "#E8833A"
+
+
+@pytest.fixture
+def editor(neighbours):
+    """400 x 300 pixels, 40 pixels to the unit, millimetres shown."""
+    return PlainEditor(scale=40.0)
+
+
+def labels(editor, entity):
+    """The drawing calls for one shape."""
+    del editor.canvas.calls[:]
+    assert editor._dimensions(entity) is None
+    return editor.canvas.calls
+
+
+def label(x, y, text, **options):
+    return ("create_text", (x, y), {"text": text, "fill": ORANGE, **options})
+
+
+def test_a_rectangle_has_its_width_below_and_its_height_at_the_right(editor):
+    assert labels(editor, rectangle(1.0, -1.0, 2.0, 0.5)) == [
+        label(280.0, 202.0, "2000 mm"),
+        label(326.0, 180.0, "500 mm", anchor="w"),
+    ]
+
+
+def test_a_circle_has_its_diameter_with_the_sign_in_its_centre(editor):
+    assert labels(editor, circle(1.0, 0.5, 10.0)) == [label(240.0, 130.0, "Ø 20000 mm")]
+
+
+def test_a_regular_polygon_has_its_diameter_without_the_sign(editor):
+    assert labels(editor, regular(1.0, 0.5, 10.0, 5)) == [label(240.0, 130.0, "20000 mm")]
+
+
+def test_a_slot_has_its_summary_in_its_middle(editor, sketcher):
+    entity = slot(-1.0, 0.0, 2.0, 1.0, 0.25)
+    expected = [label(220.0, 130.0, sketcher.describe(entity))]
+    assert labels(editor, entity) == expected
+
+
+def test_a_slot_s_summary_is_the_module_s(editor, sketcher, monkeypatch):
+    entity = slot()
+    asked = []
+    monkeypatch.setattr(sketcher, "describe", lambda e: asked.append(e) or "long and thin")
+    assert labels(editor, entity)[0][2]["text"] == "long and thin"
+    assert len(asked) == 1 and asked[0] is entity
+
+
+@pytest.mark.parametrize("entity", [polygon(), {"type": "arcs"}, {"type": None}])
+def test_other_shapes_have_none(editor, entity):
+    assert labels(editor, entity) == []
+
+
+def test_a_negative_height_puts_the_width_below_the_stored_corner(editor):
+    width, height = labels(editor, rectangle(0.0, 1.0, 1.0, -2.0))
+    assert width[1] == (220.0, 122.0)
+    assert height[1] == (246.0, 150.0)
+
+
+def test_follow_zoom_and_pan_at_fixed_distances(editor):
+    box = rectangle(0.0, 0.0, 2.0, 1.0)
+    for scale, centre in ((40.0, (0.0, 0.0)), (80.0, (3.0, -1.0)), (0.5, (0.1, 0.2))):
+        editor.scale, editor.centre = scale, np.array(centre)
+        width, height = labels(editor, box)
+        sx, sy = editor.to_screen((1.0, 0.0))
+        assert width[1] == (sx, sy + 12)
+        sx, sy = editor.to_screen((2.0, 0.5))
+        assert height[1] == (sx + 6, sy)
+
+
+def test_anchor_points_are_computed_in_doubles(editor):
+    asked = []
+    editor.to_screen = lambda p: asked.append(tuple(p)) or (0.0, 0.0)
+    labels(editor, rectangle(0.1, 0.7, 0.3, 0.9))
+    labels(editor, slot(0.1, 0.7, 0.2, 0.1, 1.0))
+    assert asked == [
+        (0.1 + 0.3 / 2, 0.7),
+        (0.1 + 0.3, 0.7 + 0.9 / 2),
+        ((0.1 + 0.2) * 0.5, (0.7 + 0.1) * 0.5),
+    ]
+
+
+def test_the_centre_is_handed_over_as_it_is_stored(editor):
+    u, v = np.float32(1.5), 3
+    asked = []
+    editor.to_screen = lambda p: asked.append(p) or (1.0, 2.0)
+    labels(editor, circle(u, v, 1.0))
+    assert asked[0][0] is u
+    assert asked[0][1] is v
+
+
+def test_lengths_are_formatted_as_plain_floats(editor, neighbours):
+    labels(editor, {"type": "rectangle", "x": "1", "y": 0, "w": 3, "h": np.float32(2)})
+    labels(editor, {"type": "circle", "xc": 0, "yc": 0, "r": "4"})
+    assert neighbours.units.named("fmt") == [(3.0, "length"), (2.0, "length"), (8.0, "length")]
+    assert all(type(args[0]) is float for args in neighbours.units.named("fmt"))
+
+
+@pytest.mark.parametrize("entity", [rectangle(), circle(), regular(), polygon(), {"type": "arcs"}])
+def test_the_units_are_asked_for_once(editor, neighbours, entity):
+    labels(editor, entity)
+    assert neighbours.units.asked == 1
+
+
+def test_follow_the_display_units(editor, sketcher, monkeypatch):
+    monkeypatch.setattr(sketcher, "units", FakeUnits(100.0, "cm"))
+    assert labels(editor, circle(r=1.0))[0][2]["text"] == "Ø 200 cm"
+
+
+@pytest.mark.parametrize(
+    "entity, missing",
+    [
+        ({}, "type"),
+        ({"type": "rectangle"}, "x"),
+        ({"type": "rectangle", "x": 0.0, "y": 0.0, "h": 1.0}, "w"),
+        ({"type": "circle", "xc": 0.0, "yc": 0.0}, "r"),
+        ({"type": "regular", "xc": 0.0, "r": 1.0}, "yc"),
+        ({"type": "slot", "x1": 0.0, "y1": 0.0, "y2": 0.0, "r": 1.0}, "x2"),
+    ],
+)
+def test_a_missing_key_is_an_error(editor, entity, missing):
+    with pytest.raises(KeyError, match=missing):
+        editor._dimensions(entity)
+    assert editor.canvas.calls == []
+
+
+@pytest.mark.parametrize(
+    "entity, error",
+    [
+        (rectangle(w=None), TypeError),
+        (rectangle(h="high"), ValueError),
+        (circle(r="wide"), ValueError),
+        (regular(r=[1.0]), TypeError),
+        (slot(x2="far"), ValueError),
+    ],
+)
+def test_a_value_that_is_no_number_is_an_error(editor, entity, error):
+    with pytest.raises(error):
+        editor._dimensions(entity)
+
+
+def test_an_error_of_the_units_passes(editor, neighbours):
+    neighbours.units.fail["fmt"] = RuntimeError("broken")
+    with pytest.raises(RuntimeError):
+        editor._dimensions(circle())
+
+
+class TestOnTheScreen:
+    SKETCH = {"entities": [rectangle(0.0, 0.0, 0.04, 0.02), slot(0.0, -0.02, 0.03, -0.02, 0.005)]}
+
+    def texts(self, editor):
+        return [
+            (item.options["text"], item.coords)
+            for item in shown.of_kind(editor.canvas, "text", fill=ORANGE)
+        ]
+
+    def test_only_the_selected_shape_is_labelled(self, open_editor, sketcher):
+        editor = open_editor(self.SKETCH)
+        assert self.texts(editor) == []
+        editor.select(0)
+        fmt = sketcher.units().fmt
+        assert [text for text, _ in self.texts(editor)] == [
+            fmt(0.04, "length"),
+            fmt(0.02, "length"),
+        ]
+        editor.select(1)
+        assert [text for text, _ in self.texts(editor)] == [
+            sketcher.describe(editor.sk["entities"][1])
+        ]
+        editor.select(None)
+        assert self.texts(editor) == []
+
+    def test_a_unit_switch_shows_at_the_next_repaint(self, open_editor, sketcher, monkeypatch):
+        editor = open_editor(self.SKETCH)
+        editor.select(0)
+        monkeypatch.setattr(sketcher, "units", FakeUnits(100.0, "cm"))
+        editor.redraw()
+        assert [text for text, _ in self.texts(editor)] == ["4 cm", "2 cm"]
+
+    def test_options_beside_text_and_colour_are_tk_s_defaults(self, open_editor):
+        editor = open_editor(self.SKETCH)
+        editor.select(0)
+        width, height = shown.of_kind(editor.canvas, "text", fill=ORANGE)
+        assert width.has(anchor="center", font="TkDefaultFont", width="0")
+        assert height.has(anchor="w", font="TkDefaultFont", width="0")

@@ -1,0 +1,233 @@
+"""Neighbours that raise, answer nonsense or meddle: an ordinary exception at most.
+
+Whatever a neighbour does, and whatever foreign code does in the middle of an operation, the
+process neither crashes nor hangs, and an error that isn't the editor's to catch arrives as it was
+raised.
+"""
+
+import math
+
+import numpy as np
+import pytest
+from support.neighbours import circle, rectangle
+from support.operations import OPERATIONS, run_all, sound
+from support.plain import Recorder
+from support.watchdog import finishes
+
+# What numpy says about nonsense isn't this module's concern.
+pytestmark = pytest.mark.filterwarnings("ignore")
+
+NAN, INF = math.nan, math.inf
+
+
+ERRORS = [
+    ValueError("v"),
+    KeyError("k"),
+    TypeError("t"),
+    IndexError("i"),
+    AttributeError("a"),
+    StopIteration("s"),
+    RuntimeError("r"),
+    RecursionError("deep"),
+    MemoryError("m"),
+    KeyboardInterrupt("ctrl"),
+    SystemExit(3),
+    GeneratorExit("g"),
+    type("Own", (Exception,), {})("own"),
+    type("OwnBase", (BaseException,), {})("base"),
+]
+
+
+class TestNeighboursThatRaise:
+    @pytest.mark.parametrize("error", ERRORS, ids=lambda e: type(e).__name__)
+    @pytest.mark.parametrize("operation", ["outline", "corners", "area", "inside", "depths"])
+    def test_what_is_not_caught_arrives_as_it_was_raised(self, neighbours, operation, error):
+        neighbours.S.fail[operation] = error
+        for name, run in OPERATIONS.items():
+            try:
+                run(sound())
+            except BaseException as caught:
+                assert caught is error, name
+
+    @pytest.mark.parametrize("error", ERRORS, ids=lambda e: type(e).__name__)
+    @pytest.mark.parametrize("operation", ["to_si", "from_si", "fmt"])
+    def test_errors_of_the_units_arrive_as_they_were_raised(self, neighbours, operation, error):
+        neighbours.units.fail[operation] = error
+        for name, run in OPERATIONS.items():
+            try:
+                run(sound())
+            except BaseException as caught:
+                assert caught is error, name
+
+    @pytest.mark.parametrize("error", ERRORS[3:], ids=lambda e: type(e).__name__)
+    def test_an_entity_is_valid_or_not_or_the_error_passes(self, neighbours, sketcher, error):
+        neighbours.S.fail["outline"] = error
+        with pytest.raises(type(error)) as caught:
+            sketcher.SketchEditor._ok(circle())
+        assert caught.value is error
+
+
+NONSENSE = [
+    None,
+    5,
+    NAN,
+    "text",
+    b"bytes",
+    [],
+    [None],
+    [5],
+    [[]],
+    [[1.0]],
+    [["a", "b"]],
+    [[1.0, 2.0], [3.0]],
+    [[NAN, INF], [0.0, 1.0], [10**400, 0]],
+    {},
+    {0: 1},
+    object(),
+    np.zeros(0),
+    np.zeros((0, 2)),
+    np.zeros((3, 1)),
+    np.zeros((3, 2, 2)),
+    np.zeros((3, 2), complex),
+    np.array([["a", "b"]]),
+    np.float64(1),
+    range(5),
+    memoryview(b"abcd"),
+]
+
+
+@pytest.mark.parametrize("answer", NONSENSE, ids=repr)
+class TestNeighboursThatAnswerNonsense:
+    def everywhere(self, answers, names, answer):
+        """Every operation with this answer in the place of each name."""
+
+        def once():
+            for name in names.split():
+                answers[name] = lambda *args: answer
+                run_all(sound)
+                del answers[name]
+
+        finishes(once, seconds=30)
+
+    def test_the_sketch_module(self, neighbours, answer):
+        names = "outline corners area inside depths check"
+        self.everywhere(neighbours.S.answers, names, answer)
+
+    def test_the_units(self, neighbours, answer):
+        self.everywhere(neighbours.units.answers, "to_si from_si fmt unit", answer)
+
+    def test_the_names_of_the_module(self, sketcher, monkeypatch, answer):
+        def once():
+            for name in "S units tr PAL SNAP_PX describe TOOL_TIPS TYPE_LABEL".split():
+                for value in (answer, lambda *args: answer):
+                    with monkeypatch.context() as patch:
+                        patch.setattr(sketcher, name, value)
+                        run_all(sound)
+
+        finishes(once, seconds=30)
+
+    def test_operations_of_the_editor(self, sketcher, answer):
+        names = "to_screen to_world grid_step key_points snapped pick _ok _moved _from_drag _slot"
+
+        def once():
+            for name in (names + " _extent _default_grid").split():
+
+                def make():
+                    editor = sound()
+                    setattr(editor, name, lambda *args: answer)
+                    return editor
+
+                run_all(make)
+
+        finishes(once, seconds=30)
+
+
+class TestNeighboursThatMeddle:
+    """Code that runs in the middle of an operation may change what the operation works on."""
+
+    def meddle(self, editor, how):
+        entities = editor.sk.get("entities", [])
+        if how == "clear":
+            del entities[:]
+        elif how == "replace":
+            editor.sk["entities"] = [rectangle()]
+        elif how == "shrink" and len(entities) > 1:
+            entities.pop()
+        elif how == "grow" and len(entities) < 50:
+            entities.insert(0, circle(0.0, 0.0, 0.001))
+        elif how == "forget":
+            editor.sk = {"entities": [], "other": 1}
+            editor.clicks, editor.drag, editor.refs = [], None, []
+            editor.centre, editor.cursor = np.zeros(2), np.zeros(2)
+        elif how == "remove":
+            for name in ("canvas", "clicks", "centre", "cursor"):
+                vars(editor).pop(name, None)
+
+    HOW = ["clear", "replace", "shrink", "grow", "forget", "remove"]
+
+    @pytest.mark.parametrize("how", HOW)
+    @pytest.mark.parametrize("operation", ["outline", "corners", "area", "inside", "depths"])
+    def test_the_sketch_module(self, neighbours, operation, how):
+        def make():
+            editor = sound()
+
+            def fail(*args):
+                self.meddle(editor, how)
+
+            neighbours.S.fail[operation] = fail
+            return editor
+
+        finishes(lambda: run_all(make))
+
+    @pytest.mark.parametrize("how", HOW)
+    def test_the_canvas(self, sketcher, how):
+        class Meddling(Recorder):
+            def __getattr__(self, name):
+                if name.startswith("create_"):
+                    self.meddle()
+                return super().__getattr__(name)
+
+        def make():
+            editor = sound()
+            editor.canvas = Meddling(winfo_width=400, winfo_height=300)
+            editor.canvas.meddle = lambda: self.meddle(editor, how)
+            return editor
+
+        finishes(lambda: run_all(make))
+
+    @pytest.mark.parametrize("how", HOW)
+    @pytest.mark.parametrize(
+        "name", ["_ok", "to_screen", "to_world", "snapped", "redraw", "describe"]
+    )
+    def test_overrides(self, sketcher, monkeypatch, name, how):
+        real_describe = sketcher.describe
+
+        def make():
+            editor = sound()
+            if name == "describe":
+
+                def describe(e):
+                    self.meddle(editor, how)
+                    return real_describe(e)
+
+                monkeypatch.setattr(sketcher, "describe", describe)
+                return editor
+            real = getattr(editor, name)
+
+            def operation(*args):
+                self.meddle(editor, how)
+                return real(*args)
+
+            setattr(editor, name, operation)
+            return editor
+
+        finishes(lambda: run_all(make))
+
+    def test_an_operation_that_calls_itself_ends_by_the_interpreter_s_limit(self, sketcher):
+        def once():
+            editor = sound()
+            editor._preview = editor.redraw
+            editor.redraw()
+
+        with pytest.raises(RecursionError):
+            finishes(once)

@@ -1,0 +1,206 @@
+"""Finishing shapes: adding them, closing an outline, abandoning what is being drawn."""
+
+import numpy as np
+import pytest
+from support.neighbours import circle, polygon, rectangle
+from support.plain import PlainEditor
+
+
+@pytest.fixture
+def editor(neighbours):
+    editor = PlainEditor(entities=[circle()])
+    editor.calls = editor.watch("redraw", "refresh_list")
+    editor.tool.set("line")
+    return editor
+
+
+def names(editor):
+    return [name for name, _, _ in editor.calls]
+
+
+def corners(*points):
+    return [np.array(p, float) for p in points]
+
+
+TRIANGLE = corners((0, 0), (3, 0), (0, 2))
+
+
+class TestAdd:
+    def test_appends_selects_refreshes_and_repaints(self, editor):
+        entities, shape = editor.sk["entities"], rectangle()
+        assert editor.add(shape) is None
+        assert editor.sk["entities"] is entities
+        assert entities[1] is shape
+        assert editor.sel == 1
+        assert type(editor.sel) is int
+        assert editor.calls == [("refresh_list", (), {}), ("redraw", (), {})]
+
+    def test_selects_before_the_list_is_refreshed(self, editor):
+        seen = []
+        editor.refresh_list = lambda: seen.append((editor.sel, len(editor.sk["entities"])))
+        editor.add(rectangle())
+        assert seen == [(1, 2)]
+
+    @pytest.mark.parametrize("shape", [circle(r=-1.0), {}, None, {"type": "nonsense"}])
+    def test_tests_nothing(self, editor, neighbours, shape):
+        editor.add(shape)
+        assert editor.sk["entities"][1] is shape
+        assert neighbours.S.calls == []
+
+
+class TestCloseLine:
+    def test_makes_the_clicked_outline(self, editor):
+        editor.clicks = list(TRIANGLE)
+        assert editor.close_line() is None
+        shape = editor.sk["entities"][1]
+        assert list(shape.items()) == [
+            ("type", "polygon"),
+            ("points", [[0.0, 0.0], [3.0, 0.0], [0.0, 2.0]]),
+            ("radius", 0.0),
+        ]
+        assert type(shape["points"]) is list
+        assert all(type(p) is list for p in shape["points"])
+        assert all(type(value) is float for p in shape["points"] for value in p)
+        assert type(shape["radius"]) is float
+        assert editor.sel == 1
+        assert editor.clicks == []
+
+    def test_adds_and_repaints_once_more(self, editor):
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert names(editor) == ["refresh_list", "redraw", "redraw"]
+        assert editor.status.texts == []
+
+    def test_keeps_the_order_of_the_clicks_and_repeats_no_corner(self, editor):
+        points = [(0, 0), (4, 0), (4, 1), (1, 1), (1, 3), (0, 3)]
+        editor.clicks = corners(*points)
+        editor.close_line()
+        assert editor.sk["entities"][1] == polygon(*points)
+
+    @pytest.mark.parametrize("count", [0, 1, 2])
+    def test_needs_three_corners(self, editor, count):
+        editor.clicks = clicks = TRIANGLE[:count]
+        assert editor.close_line() is None
+        assert editor.clicks is clicks and len(clicks) == count
+        assert editor.calls == []
+        assert editor.sk["entities"] == [circle()]
+
+    @pytest.mark.parametrize("tool", ["select", "rectangle", "circle", "regular", "slot"])
+    def test_does_nothing_with_another_tool(self, editor, tool):
+        editor.tool.set(tool)
+        editor.clicks = clicks = list(TRIANGLE)
+        assert editor.close_line() is None
+        assert editor.clicks is clicks and len(clicks) == 3
+        assert editor.calls == []
+
+    def test_clears_the_clicks_before_it_asks_and_adds(self, editor):
+        clicks = editor.clicks = list(TRIANGLE)
+        seen = []
+        editor._ok = lambda e: seen.append(("test", list(editor.clicks), e["points"])) or True
+        editor.add = lambda e: seen.append(("add", list(editor.clicks), e["points"]))
+        editor.redraw = lambda: seen.append(("redraw",))
+        editor.close_line()
+        points = [[0.0, 0.0], [3.0, 0.0], [0.0, 2.0]]
+        assert seen == [("test", [], points), ("add", [], points), ("redraw",)]
+        assert len(clicks) == 3 and editor.clicks is not clicks
+
+    def test_tells_why_an_outline_is_refused(self, editor, neighbours):
+        editor.sel = 0
+        editor.clicks = corners((0, 0), (1, 0), (2, 0))
+        assert editor.close_line() is None
+        assert editor.status.texts == ["Not added: the outline has no area"]
+        assert editor.sk["entities"] == [circle()]
+        assert editor.clicks == []
+        assert editor.sel == 0
+        assert names(editor) == ["redraw"]
+
+    def test_translates_before_it_fills_in_the_reason(self, editor, neighbours):
+        neighbours.tr.texts["Not added: {why}"] = "{why} - nicht hinzugefügt"
+        neighbours.S.fail["outline"] = ValueError("crosses {itself} at 5 mm")
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == ["crosses {itself} at 5 mm - nicht hinzugefügt"]
+        assert "Not added: {why}" in neighbours.tr.asked
+
+    def test_a_refusal_without_words(self, editor, neighbours):
+        neighbours.S.fail["outline"] = ValueError()
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == ["Not added: "]
+
+    def test_a_subclass_of_value_error_is_a_reason(self, editor, neighbours):
+        class Crossing(ValueError):
+            def __str__(self):
+                return "crossing"
+
+        neighbours.S.fail["outline"] = Crossing()
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == ["Not added: crossing"]
+
+    @pytest.mark.parametrize("error", [KeyError, TypeError])
+    def test_a_shape_that_fails_otherwise_is_dropped_silently(self, editor, neighbours, error):
+        neighbours.S.fail["outline"] = error("no")
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == []
+        assert editor.sk["entities"] == [circle()]
+        assert editor.clicks == []
+        assert names(editor) == ["redraw"]
+
+    def test_a_refusal_that_cannot_be_repeated_is_silent(self, editor):
+        editor._ok = lambda e: False
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == []
+        assert editor.sk["entities"] == [circle()]
+        assert names(editor) == ["redraw"]
+
+    def test_the_reason_is_asked_of_the_sketch_module_again(self, editor, neighbours):
+        editor._ok = lambda e: False
+        neighbours.S.fail["outline"] = ValueError("second thoughts")
+        editor.clicks = list(TRIANGLE)
+        editor.close_line()
+        assert editor.status.texts == ["Not added: second thoughts"]
+        (asked,) = neighbours.S.named("outline")
+        assert asked[0] == polygon((0.0, 0.0), (3.0, 0.0), (0.0, 2.0))
+
+    def test_an_editor_that_accepts_it_adds_what_the_sketch_module_would_refuse(self, editor):
+        editor._ok = lambda e: True
+        editor.clicks = corners((0, 0), (1, 0), (2, 0))
+        editor.close_line()
+        assert len(editor.sk["entities"]) == 2
+        assert editor.status.texts == []
+
+    def test_other_errors_of_the_sketch_module_pass_with_the_clicks_cleared(
+        self, editor, neighbours
+    ):
+        neighbours.S.fail["outline"] = RuntimeError("broken")
+        editor.clicks = list(TRIANGLE)
+        with pytest.raises(RuntimeError, match="broken"):
+            editor.close_line()
+        assert editor.clicks == []
+        assert editor.sk["entities"] == [circle()]
+
+
+class TestCancelDrawing:
+    def test_forgets_corners_and_drag_and_repaints(self, editor):
+        clicks = editor.clicks = list(TRIANGLE)
+        editor.drag = {"kind": "new", "start": TRIANGLE[0]}
+        seen = []
+        editor.redraw = lambda: seen.append((editor.clicks, editor.drag))
+        assert editor.cancel_drawing() is None
+        assert seen == [([], None)]
+        assert editor.clicks is not clicks and len(clicks) == 3
+
+    def test_repaints_while_nothing_is_drawn_too(self, editor):
+        editor.cancel_drawing()
+        assert names(editor) == ["redraw"]
+
+    def test_leaves_sketch_selection_and_tool_alone(self, editor):
+        editor.sel = 0
+        editor.clicks = list(TRIANGLE)
+        editor.cancel_drawing()
+        assert editor.sel == 0
+        assert editor.tool.get() == "line"
+        assert editor.sk["entities"] == [circle()]

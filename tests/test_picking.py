@@ -1,0 +1,385 @@
+"""Which shape lies under the pointer, selecting it, moving it, deleting it."""
+
+import copy
+import tkinter as tk
+from tkinter import ttk
+
+import numpy as np
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from support.neighbours import circle, one_of_each, polygon, rectangle, regular, slot
+from support.plain import PlainEditor
+
+
+@pytest.fixture
+def editor(neighbours):
+    """400 x 300 pixels, 10 pixels to the unit, the origin at (200, 150); nothing is painted."""
+    editor = PlainEditor(scale=10.0)
+    editor.calls = editor.watch("redraw", "refresh_list", "show_props")
+    return editor
+
+
+class TestPick:
+    def test_an_empty_sketch_gives_none(self, editor):
+        assert editor.pick(200, 150) is None
+
+    def test_a_click_inside_picks_the_shape(self, editor):
+        editor.sk["entities"] = [rectangle(-10.0, -10.0, 20.0, 20.0)]
+        result = editor.pick(203, 147)
+        assert result == 0
+        assert type(result) is int
+
+    def test_a_click_outside_picks_nothing(self, editor):
+        editor.sk["entities"] = [rectangle(0.0, 0.0, 5.0, 5.0)]
+        assert editor.pick(300, 100) is None
+
+    @pytest.mark.parametrize("order", [(0, 1), (1, 0)])
+    def test_the_smallest_of_the_hit_shapes_is_picked(self, editor, order):
+        plate, hole = rectangle(-10.0, -10.0, 20.0, 20.0), circle(0.0, 0.0, 3.0)
+        editor.sk["entities"] = [(plate, hole)[k] for k in order]
+        assert editor.sk["entities"][editor.pick(203, 147)] is hole
+        assert editor.sk["entities"][editor.pick(260, 90)] is plate
+
+    def test_the_first_of_equally_large_shapes_is_picked(self, editor):
+        editor.sk["entities"] = [circle(0.0, 0.0, 9.0)] + [rectangle(-2.0, -2.0, 4.0, 4.0)] * 3
+        assert editor.pick(203, 147) == 1
+
+    def test_a_small_shape_hit_near_its_outline_beats_a_large_one_around(self, editor):
+        editor.sk["entities"] = [rectangle(-10.0, -10.0, 20.0, 20.0), circle(5.0, 0.0, 1.0)]
+        assert editor.pick(265, 150) == 1
+
+    @pytest.mark.parametrize(
+        "pixel, hit", [((259, 150), 0), ((259.001, 150), None), ((258, 150), 0), ((260, 150), None)]
+    )
+    def test_exactly_nine_pixels_from_an_outline_s_point_still_counts(self, editor, pixel, hit):
+        editor.sk["entities"] = [polygon((5, 0), (-5, 3), (-5, -3))]
+        assert editor.pick(*pixel) == hit
+
+    def test_nearness_is_measured_to_the_points_not_to_the_edges(self, editor):
+        editor.sk["entities"] = [rectangle(-10.0, 0.0, 20.0, 5.0)]
+        assert editor.pick(200, 152) is None
+        assert editor.pick(102, 152) == 0
+
+    def test_the_radius_is_the_module_s(self, editor, sketcher, monkeypatch):
+        editor.sk["entities"] = [polygon((5, 0), (-5, 3), (-5, -3))]
+        assert editor.pick(270, 150) is None
+        monkeypatch.setattr(sketcher, "SNAP_PX", 20)
+        assert editor.pick(270, 150) == 0
+
+    def test_every_point_of_the_outline_counts(self, editor, neighbours):
+        neighbours.S.answers["outline"] = [(0, 0), [9, 9], np.array([5.0, -5.0])]
+        neighbours.S.answers["inside"] = False
+        editor.sk["entities"] = [circle()]
+        for pixel in ((200, 150), (290, 60), (250, 200)):
+            assert editor.pick(*pixel) == 0
+        assert editor.pick(230, 150) is None
+
+    def test_inside_is_asked_with_outline_and_plane_point(self, editor, neighbours):
+        outline = np.array([[9.0, 9.0], [12.0, 9.0], [12.0, 12.0]])
+        neighbours.S.answers.update(outline=outline, inside=np.bool_(True))
+        editor.sk["entities"] = [circle()]
+        assert editor.pick(203, 147) == 0
+        ((o, p),) = neighbours.S.named("inside")
+        assert o is outline
+        assert isinstance(p, np.ndarray) and p.tolist() == editor.to_world(203, 147).tolist()
+
+    def test_inside_is_asked_only_where_no_point_is_near(self, editor, neighbours):
+        editor.sk["entities"] = [rectangle(0.0, 0.0, 5.0, 5.0), rectangle(-20.0, -20.0, 60.0, 60.0)]
+        assert editor.pick(203, 147) == 0
+        assert neighbours.S.count("inside") == 1
+
+    def test_areas_are_asked_of_the_hit_shapes_only(self, editor, neighbours):
+        hit, missed = rectangle(-5.0, -5.0, 10.0, 10.0), rectangle(15.0, 10.0, 1.0, 1.0)
+        editor.sk["entities"] = [missed, hit]
+        assert editor.pick(200, 150) == 1
+        assert [args[0] for args in neighbours.S.named("area")] == [hit]
+        assert neighbours.S.named("area")[0][0] is hit
+
+    def test_the_area_is_the_sketch_module_s_word(self, editor, neighbours):
+        plate, hole = rectangle(-10.0, -10.0, 20.0, 20.0), circle(0.0, 0.0, 3.0)
+        neighbours.S.answers["area"] = lambda e: 1 if e is plate else np.float64(2.5)
+        editor.sk["entities"] = [hole, plate]
+        assert editor.pick(203, 147) == 1
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
+    def test_bad_shapes_are_passed_over(self, editor, neighbours, error):
+        bad, good = circle(0.0, 0.0, 1.0), rectangle(-10.0, -10.0, 20.0, 20.0)
+        neighbours.S.fail["outline"] = lambda e: error("no") if e is bad else None
+        editor.sk["entities"] = [bad, good]
+        assert editor.pick(200, 150) == 1
+
+    def test_a_sketch_of_bad_shapes_gives_none(self, editor):
+        editor.sk["entities"] = [circle(r=0.0), {"type": "slot"}, {"type": "nonsense"}]
+        assert editor.pick(200, 150) is None
+
+    @pytest.mark.parametrize("operation", ["outline", "inside", "area"])
+    def test_other_errors_of_the_sketch_module_pass(self, editor, neighbours, operation):
+        editor.sk["entities"] = [rectangle(-10.0, -10.0, 20.0, 20.0)]
+        neighbours.S.fail[operation] = RuntimeError("broken")
+        with pytest.raises(RuntimeError):
+            editor.pick(200, 150)
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
+    def test_errors_of_inside_and_area_pass_whatever_they_are(self, editor, neighbours, error):
+        editor.sk["entities"] = [rectangle(-10.0, -10.0, 20.0, 20.0)]
+        for operation in ("inside", "area"):
+            neighbours.S.fail = {operation: error("broken")}
+            with pytest.raises(error):
+                editor.pick(200, 150)
+
+    def test_asks_the_editor_for_validity_and_pixels(self, editor, neighbours):
+        mine, other = rectangle(-10.0, -10.0, 20.0, 20.0), rectangle(-9.0, -9.0, 18.0, 18.0)
+        editor.sk["entities"] = [mine, other]
+        editor._ok = lambda e: e is mine
+        assert editor.pick(200, 150) == 0
+        neighbours.S.answers["inside"] = False
+        editor.to_screen = lambda p: (p[0] * 100 + 5000, p[1] * 100)
+        assert editor.pick(200, 150) is None
+        assert editor.pick(4000, -1005) == 0
+
+    def test_the_plane_point_comes_from_the_editor(self, editor, neighbours):
+        mine = np.array([77.0, 88.0])
+        editor.to_world = lambda x, y: mine
+        editor.sk["entities"] = [rectangle()]
+        editor.pick(390, 290)
+        assert neighbours.S.named("inside")[0][1].tolist() == [77.0, 88.0]
+
+    def test_changes_nothing(self, editor):
+        editor.sk = one_of_each()
+        before = copy.deepcopy(editor.sk)
+        editor.pick(200, 150)
+        assert editor.sk == before
+        assert editor.sel is None
+        assert editor.calls == []
+
+
+class TestSelect:
+    @pytest.mark.parametrize("i", [0, 1, None])
+    def test_sets_the_selection_then_list_form_and_picture(self, editor, i):
+        editor.sk["entities"] = [rectangle(), circle()]
+        editor.sel = 1
+        assert editor.select(i) is None
+        assert editor.sel == i
+        assert editor.calls == [
+            ("refresh_list", (), {"keep": True}),
+            ("show_props", (), {}),
+            ("redraw", (), {}),
+        ]
+
+    def test_the_list_is_refreshed_with_the_new_selection(self, editor):
+        seen = []
+        editor.refresh_list = lambda keep: seen.append(editor.sel)
+        editor.select(1)
+        assert seen == [1]
+
+    def test_of_an_empty_sketch_by_a_click(self, editor):
+        editor.sel = 3
+        editor.select(editor.pick(200, 150))
+        assert editor.sel is None
+
+
+class TestMoved:
+    @pytest.fixture
+    def moved(self, sketcher):
+        return sketcher.SketchEditor._moved
+
+    @pytest.mark.parametrize(
+        "entity, expected",
+        [
+            (rectangle(1.0, 2.0, 3.0, 4.0, 0.5), rectangle(2.0, 4.0, 3.0, 4.0, 0.5)),
+            (circle(1.0, 2.0, 3.0), circle(2.0, 4.0, 3.0)),
+            (regular(1.0, 2.0, 3.0, 5, 15.0), regular(2.0, 4.0, 3.0, 5, 15.0)),
+            (slot(1.0, 2.0, 3.0, 4.0, 0.5), slot(2.0, 4.0, 4.0, 6.0, 0.5)),
+            (
+                polygon((0, 0), (1, 1), (2, 0), radius=0.5),
+                polygon((1.0, 2.0), (2.0, 3.0), (3.0, 2.0), radius=0.5),
+            ),
+        ],
+    )
+    @pytest.mark.parametrize("d", [(1, 2), [1.0, 2.0], np.array([1.0, 2.0]), ("1", "2")])
+    def test_of_every_type(self, moved, entity, expected, d):
+        before = copy.deepcopy(entity)
+        result = moved(entity, d)
+        assert result == expected
+        assert list(result) == list(entity)
+        assert entity == before
+
+    def test_is_reached_through_an_editor_too(self, editor):
+        assert editor._moved(circle(), (1, 2)) == circle(1.0, 2.0)
+
+    def test_shares_nothing_with_the_entity(self, moved):
+        entity = {**polygon(), "extra": {"list": [1, 2]}}
+        result = moved(entity, (0, 0))
+        assert result == entity
+        assert result is not entity
+        assert result["points"] is not entity["points"]
+        assert result["extra"] == entity["extra"]
+        assert result["extra"]["list"] is not entity["extra"]["list"]
+
+    def test_positions_become_plain_floats(self, moved):
+        result = moved({"type": "circle", "xc": 1, "yc": "2", "r": 3, "n": 4}, (0, 0))
+        assert [type(result[key]) for key in ("xc", "yc", "r", "n")] == [float, float, int, int]
+        assert result["yc"] == 2.0
+        result = moved({"type": "polygon", "points": ((np.float32(1), 2), [3, 4, 5])}, (1, 1))
+        assert result["points"] == [[2.0, 3.0], [4.0, 5.0]]
+        assert type(result["points"]) is list
+        assert all(type(p) is list and len(p) == 2 for p in result["points"])
+        assert all(type(value) is float for p in result["points"] for value in p)
+
+    def test_every_pair_of_keys_is_moved_whatever_the_type(self, moved):
+        pairs = {key: 0.0 for key in ("x", "y", "xc", "yc", "x1", "y1", "x2", "y2")}
+        result = moved({"type": "arcs", **pairs, "w": 5.0}, (1, 2))
+        assert list(result.values()) == ["arcs", 1.0, 2.0, 1.0, 2.0, 1.0, 2.0, 1.0, 2.0, 5.0]
+
+    def test_points_belong_to_outlines_only(self, moved):
+        entity = {"type": "arcs", "points": [[0, 0]]}
+        assert moved(entity, (1, 2)) == entity
+
+    def test_a_second_key_alone_is_not_moved(self, moved):
+        assert moved({"type": "arcs", "y": 1.0, "y2": 2}, (5, 5)) == {
+            "type": "arcs",
+            "y": 1.0,
+            "y2": 2,
+        }
+
+    @pytest.mark.parametrize(
+        "first, second", [("x", "y"), ("xc", "yc"), ("x1", "y1"), ("x2", "y2")]
+    )
+    def test_a_missing_second_key_is_an_error(self, moved, first, second):
+        entity = {"type": "arcs", first: 1.0}
+        with pytest.raises(KeyError, match=second):
+            moved(entity, (1, 2))
+        assert entity == {"type": "arcs", first: 1.0}
+
+    def test_a_missing_type_is_an_error(self, moved):
+        with pytest.raises(KeyError, match="type"):
+            moved({"x": 1.0, "y": 1.0}, (1, 2))
+
+    @pytest.mark.parametrize(
+        "entity, d, error",
+        [
+            (circle("left"), (1, 2), ValueError),
+            (circle(None), (1, 2), TypeError),
+            (circle(), (1,), IndexError),
+            (circle(), None, TypeError),
+            (circle(), ("a", 0), ValueError),
+            ({"type": "polygon"}, (1, 2), KeyError),
+            ({"type": "polygon", "points": [[1.0]]}, (1, 2), IndexError),
+            ({"type": "polygon", "points": 5}, (1, 2), TypeError),
+        ],
+    )
+    def test_errors_pass(self, moved, entity, d, error):
+        with pytest.raises(error):
+            moved(entity, d)
+
+    @given(st.floats(), st.floats(), st.floats(), st.floats())
+    def test_adds_in_doubles(self, sketcher, x, y, dx, dy):
+        result = sketcher.SketchEditor._moved(circle(x, y), (dx, dy))
+        assert repr((result["xc"], result["yc"])) == repr((x + dx, y + dy))
+        result = sketcher.SketchEditor._moved(polygon((x, y)), (dx, dy))
+        assert repr(result["points"]) == repr([[x + dx, y + dy]])
+
+
+def instance_of(cls):
+    """An instance for type tests, without a window."""
+    return cls.__new__(cls)
+
+
+class TestDelete:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.sk["entities"] = [rectangle(), circle(), slot()]
+        editor.sel = 1
+        return editor
+
+    def test_removes_the_selected_shape(self, editor):
+        entities = editor.sk["entities"]
+        assert editor.delete() is None
+        assert editor.sk["entities"] is entities
+        assert entities == [rectangle(), slot()]
+        assert editor.sel is None
+        assert editor.calls == [("refresh_list", (), {}), ("redraw", (), {})]
+
+    def test_the_first_shape_too(self, editor):
+        editor.sel = 0
+        editor.delete()
+        assert editor.sk["entities"] == [circle(), slot()]
+
+    def test_the_selection_is_gone_before_the_list_is_refreshed(self, editor):
+        seen = []
+        editor.refresh_list = lambda: seen.append((editor.sel, len(editor.sk["entities"])))
+        editor.delete()
+        assert seen == [(None, 2)]
+
+    def test_does_nothing_without_a_selection(self, editor):
+        editor.sel = None
+        editor.focus_get = lambda: pytest.fail("asked")
+        editor.delete()
+        assert len(editor.sk["entities"]) == 3
+        assert editor.calls == []
+
+    @pytest.mark.parametrize("cls", [ttk.Entry, tk.Entry, ttk.Spinbox, ttk.Combobox])
+    def test_does_nothing_while_a_text_field_has_the_focus(self, editor, cls):
+        editor.focused = instance_of(cls)
+        editor.delete()
+        assert len(editor.sk["entities"]) == 3
+        assert editor.sel == 1
+        assert editor.calls == []
+
+    def test_a_subclass_of_a_text_field_is_one(self, editor):
+        editor.focused = instance_of(type("MyEntry", (ttk.Entry,), {}))
+        editor.delete()
+        assert len(editor.sk["entities"]) == 3
+
+    @pytest.mark.parametrize(
+        "cls", [ttk.Button, ttk.Treeview, tk.Canvas, tk.Text, tk.Spinbox, tk.Toplevel]
+    )
+    def test_deletes_whatever_other_widget_has_the_focus(self, editor, cls):
+        editor.focused = instance_of(cls)
+        editor.delete()
+        assert len(editor.sk["entities"]) == 2
+
+    def test_a_stale_selection_is_an_error_and_stays(self, editor):
+        editor.sel = 3
+        with pytest.raises(IndexError):
+            editor.delete()
+        assert editor.sel == 3
+        assert len(editor.sk["entities"]) == 3
+
+    def test_an_error_of_the_focus_passes(self, editor):
+        def fail():
+            raise KeyError("popdown")
+
+        editor.focus_get = fail
+        with pytest.raises(KeyError):
+            editor.delete()
+        assert len(editor.sk["entities"]) == 3
+
+
+class TestOnTheScreen:
+    def test_a_straight_edge_is_hit_from_outside_between_its_corners_too(
+        self, open_editor, sketcher
+    ):
+        box = rectangle(-0.04, -0.03, 0.08, 0.06)
+        editor = open_editor({"entities": [box]})
+        between = [p for p in sketcher.S.outline(box) if p[1] == -0.03 and abs(p[0]) < 0.03]
+        assert between
+        for p in between:
+            x, y = editor.to_screen(p)
+            assert editor.pick(x, y + 8) == 0
+            assert editor.pick(x, y + 10) is None
+
+    def test_every_type_is_picked_at_its_place(self, open_editor):
+        editor = open_editor(one_of_each())
+        places = [(-0.04, -0.025), (0.0, 0.02), (0.03, 0.02), (0.03, -0.02), (-0.025, 0.015)]
+        assert [editor.pick(*editor.to_screen(p)) for p in places] == [0, 1, 2, 3, 4]
+
+    def test_selecting_shows_in_list_and_form(self, open_editor):
+        editor = open_editor(one_of_each())
+        editor.select(3)
+        assert editor.list.selection() == ("3",)
+        assert set(editor.vars) == {"x1", "y1", "x2", "y2", "r"}
+        editor.select(None)
+        assert editor.list.selection() == ()
+        assert len(editor.props.winfo_children()) == 1

@@ -1,0 +1,584 @@
+"""The pointer handlers, tool by tool: what they change, what they call and in which order."""
+
+import numpy as np
+import pytest
+from support.neighbours import circle, polygon, rectangle
+from support.plain import Event, PlainEditor
+
+
+@pytest.fixture
+def editor(neighbours):
+    """10 pixels to the unit, the origin at (200, 150), a grid of one unit; nothing is painted."""
+    editor = PlainEditor(scale=10.0)
+    editor.grid.set("1000")
+    editor.calls = editor.watch("redraw", "refresh_list", "show_props")
+    return editor
+
+
+def names(editor):
+    return [name for name, _, _ in editor.calls]
+
+
+def point(u, v):
+    return np.array([u, v], float)
+
+
+def same(array, u, v):
+    return isinstance(array, np.ndarray) and array.tolist() == [u, v]
+
+
+class TestMotion:
+    def test_keeps_the_snapped_point(self, editor):
+        assert editor._motion(Event(231, 98)) is None
+        assert same(editor.cursor, 3.0, 5.0)
+
+    def test_keeps_the_very_point_that_snapping_gives(self, editor):
+        mine = point(3, 4)
+        asked = []
+        editor.snapped = lambda x, y: asked.append((x, y)) or mine
+        editor._motion(Event(7, 8))
+        assert editor.cursor is mine
+        assert asked == [(7, 8)]
+
+    def test_shows_coordinates_and_hint(self, editor, sketcher):
+        editor.tool.set("circle")
+        editor._motion(Event(230, 100))
+        expected = "x = 3000 mm   y = 5000 mm     " + sketcher.TOOL_TIPS["circle"]
+        assert editor.status.texts == [expected]
+
+    @pytest.mark.parametrize("tool", ["select", "line", "rectangle", "circle", "regular", "slot"])
+    def test_shows_the_translated_hint_of_the_tool(self, editor, sketcher, neighbours, tool):
+        neighbours.tr.texts[sketcher.TOOL_TIPS[tool]] = "Tipp"
+        editor.tool.set(tool)
+        editor._motion(Event(200, 150))
+        assert editor.status["text"] == "x = 0 mm   y = 0 mm     Tipp"
+
+    @pytest.mark.parametrize("plane, axes", [("XZ", "xz"), ("YZ", "yz"), ("tilted", "xy")])
+    def test_names_the_axes_of_the_plane_in_space(self, editor, plane, axes):
+        editor.plane.set(plane)
+        editor._motion(Event(230, 100))
+        text = f"{axes[0]} = 3000 mm   {axes[1]} = 5000 mm     "
+        assert editor.status["text"].startswith(text)
+
+    def test_names_x_and_y_in_a_plain_region_and_asks_for_no_plane(self, editor, neighbours):
+        editor.dim = 2
+        editor.plane = neighbours.S.AXES = None
+        editor._motion(Event(230, 100))
+        assert editor.status["text"].startswith("x = 3000 mm   y = 5000 mm     ")
+
+    def test_axis_names_are_exactly_two(self, editor, neighbours):
+        neighbours.S.AXES = {"XY": ("x",)}
+        with pytest.raises(ValueError):
+            editor._motion(Event(0, 0))
+
+    def test_formats_the_coordinates_of_the_snapped_point(self, editor, neighbours):
+        editor.snapped = lambda x, y: point(0.25, -4.0)
+        editor._motion(Event(0, 0))
+        assert neighbours.units.named("fmt") == [(0.25, "length"), (-4.0, "length")]
+
+    def test_follows_the_display_units(self, editor, neighbours):
+        neighbours.units.factor, neighbours.units.symbol = 100.0, "cm"
+        editor.snapped = lambda x, y: point(0.25, -4.0)
+        editor._motion(Event(0, 0))
+        assert editor.status["text"].startswith("x = 25 cm   y = -400 cm     ")
+
+    def test_repaints_last(self, editor):
+        seen = []
+        editor.redraw = lambda: seen.append((editor.cursor.tolist(), len(editor.status.texts)))
+        editor._motion(Event(230, 100))
+        assert seen == [([3.0, 5.0], 1)]
+
+    def test_changes_neither_drag_nor_corners(self, editor):
+        editor.drag = drag = {"kind": "new", "start": point(1, 1)}
+        editor.clicks = clicks = [point(2, 2)]
+        editor._motion(Event(230, 100))
+        assert editor.drag is drag
+        assert editor.clicks is clicks and len(clicks) == 1
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError, RuntimeError])
+    def test_errors_of_the_units_pass(self, editor, neighbours, error):
+        neighbours.units.fail["fmt"] = error("broken")
+        with pytest.raises(error):
+            editor._motion(Event(0, 0))
+
+
+class TestPressWithSelect:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.sk["entities"] = [polygon((0, 0), (4, 0), (0, 3)), circle(8.0, 0.0)]
+        return editor
+
+    def test_picks_by_the_raw_pixel_and_snaps_the_start(self, editor):
+        picked = []
+        editor.pick = lambda x, y: picked.append((x, y)) or 1
+        assert editor._press(Event(213, 141)) is None
+        assert picked == [(213, 141)]
+        assert same(editor.drag["start"], 1.0, 1.0)
+        assert same(editor.cursor, 1.0, 1.0)
+
+    def test_begins_a_move_of_the_shape_as_it_is(self, editor):
+        shape = editor.sk["entities"][0]
+        editor._press(Event(212, 138))
+        assert editor.sel == 0
+        assert list(editor.drag) == ["kind", "start", "orig"]
+        assert editor.drag["kind"] == "move"
+        assert editor.drag["orig"] == shape
+        assert editor.drag["orig"] is not shape
+        assert editor.drag["orig"]["points"] is not shape["points"]
+        assert editor.drag["orig"]["points"][0] is not shape["points"][0]
+
+    def test_selects_before_the_move_begins(self, editor):
+        seen = []
+
+        def select(i):
+            seen.append((i, editor.drag, editor.cursor.tolist()))
+            editor.sk["entities"][1]["r"] = 5.0
+
+        editor.select = select
+        editor.pick = lambda x, y: 1
+        editor._press(Event(280, 150))
+        assert seen == [(1, None, [8.0, 0.0])]
+        assert editor.drag["orig"]["r"] == 5.0
+
+    def test_leaves_painting_to_the_selection(self, editor):
+        editor.select = lambda i: None
+        editor._press(Event(212, 138))
+        assert editor.calls == []
+
+    def test_on_nothing_clears_the_selection(self, editor):
+        editor.sel = 1
+        editor._press(Event(390, 290))
+        assert editor.sel is None
+        assert editor.drag is None
+        assert names(editor) == ["refresh_list", "show_props", "redraw"]
+
+    def test_on_nothing_leaves_a_drag_alone(self, editor):
+        editor.drag = drag = {"kind": "move", "start": point(0, 0), "orig": {}}
+        editor.pick = lambda x, y: None
+        editor._press(Event(0, 0))
+        assert editor.drag is drag
+
+    def test_a_stale_pick_is_an_error(self, editor):
+        editor.pick = lambda x, y: 2
+        with pytest.raises(IndexError):
+            editor._press(Event(0, 0))
+        assert editor.drag is None
+
+    def test_replaces_a_drag(self, editor):
+        editor.drag = {"kind": "new", "start": point(9, 9)}
+        editor._press(Event(212, 138))
+        assert editor.drag["kind"] == "move"
+
+
+class TestPressWithAShapeTool:
+    @pytest.mark.parametrize("tool", ["rectangle", "circle", "regular"])
+    def test_begins_a_new_shape_without_painting(self, editor, tool):
+        editor.tool.set(tool)
+        assert editor._press(Event(231, 98)) is None
+        assert list(editor.drag) == ["kind", "start"]
+        assert editor.drag["kind"] == "new"
+        assert same(editor.drag["start"], 3.0, 5.0)
+        assert same(editor.cursor, 3.0, 5.0)
+        assert editor.calls == []
+        assert editor.sk["entities"] == []
+
+    def test_replaces_a_drag(self, editor):
+        editor.tool.set("circle")
+        editor._press(Event(231, 98))
+        editor._press(Event(200, 150))
+        assert same(editor.drag["start"], 0.0, 0.0)
+
+    def test_does_not_pick(self, editor):
+        editor.tool.set("circle")
+        editor.pick = editor.select = lambda *args: pytest.fail("picked")
+        editor._press(Event(231, 98))
+
+    def test_an_unknown_tool_does_nothing_but_follow_the_pointer(self, editor):
+        editor.tool.set("spline")
+        assert editor._press(Event(231, 98)) is None
+        assert same(editor.cursor, 3.0, 5.0)
+        assert editor.drag is None
+        assert editor.clicks == []
+        assert editor.calls == []
+
+
+class TestPressWithLine:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.tool.set("line")
+        return editor
+
+    def corners(self, editor):
+        return [p.tolist() for p in editor.clicks]
+
+    def test_every_click_places_a_corner(self, editor):
+        clicks = editor.clicks
+        for pixel in ((200, 150), (231, 151), (231, 98)):
+            editor._press(Event(*pixel))
+        assert self.corners(editor) == [[0.0, 0.0], [3.0, 0.0], [3.0, 5.0]]
+        assert editor.clicks is clicks
+        assert names(editor) == ["redraw"] * 3
+        assert editor.drag is None
+
+    def test_the_corner_is_the_snapped_point(self, editor):
+        mine = point(3, 4)
+        editor.snapped = lambda x, y: mine
+        editor._press(Event(0, 0))
+        assert editor.clicks[0] is mine
+        assert editor.cursor is mine
+
+    def test_the_same_point_again_adds_nothing_but_repaints(self, editor):
+        editor._press(Event(230, 150))
+        editor._press(Event(232, 148))
+        assert self.corners(editor) == [[3.0, 0.0]]
+        assert names(editor) == ["redraw", "redraw"]
+
+    def test_the_least_distance_from_the_last_corner_adds_a_corner(self, editor):
+        editor.clicks = [point(3, 4)]
+        editor.snapped = lambda x, y: np.array([np.nextafter(3.0, 4.0), 4.0])
+        editor._press(Event(0, 0))
+        assert len(editor.clicks) == 2
+
+    def test_an_earlier_corner_may_be_clicked_again(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        editor._press(Event(200, 150))
+        assert self.corners(editor) == [[0.0, 0.0], [3.0, 0.0], [0.0, 0.0]]
+
+    def test_with_two_corners_the_first_one_is_a_third_and_closes_nothing(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        editor.close_line = lambda: pytest.fail("closed")
+        editor._press(Event(205, 150))
+        assert self.corners(editor) == [[0.0, 0.0], [3.0, 0.0], [0.0, 0.0]]
+
+    @pytest.mark.parametrize("pixel", [(200, 150), (209, 150), (200, 141), (205, 157)])
+    def test_with_three_corners_a_click_within_nine_pixels_of_the_first_closes(self, editor, pixel):
+        editor.clicks = [point(0, 0), point(3, 0), point(3, 5)]
+        closed = []
+        editor.close_line = lambda: closed.append(len(editor.clicks))
+        editor._press(Event(*pixel))
+        assert closed == [3]
+        assert self.corners(editor) == [[0.0, 0.0], [3.0, 0.0], [3.0, 5.0]]
+        assert editor.calls == []
+        assert editor.cursor.tolist() == editor.snapped(*pixel).tolist()
+
+    @pytest.mark.parametrize("pixel", [(210, 150), (207, 156), (209.001, 150)])
+    def test_beyond_nine_pixels_is_a_further_corner(self, editor, pixel):
+        editor.clicks = [point(0, 0), point(3, 0), point(3, 5)]
+        editor.close_line = lambda: pytest.fail("closed")
+        editor._press(Event(*pixel))
+        assert len(editor.clicks) == 4
+        assert names(editor) == ["redraw"]
+
+    def test_closing_measures_the_raw_pointer_at_every_zoom(self, editor):
+        for scale in (0.01, 10.0, 1e6):
+            editor.scale = scale
+            editor.clicks = [point(0, 0), point(3, 0), point(3, 5)]
+            closed = []
+            editor.close_line = lambda: closed.append(1)
+            editor.snapped = lambda x, y: point(77, 77)
+            editor._press(Event(206, 156))
+            assert closed == [1]
+            editor._press(Event(207, 156))
+            assert self.corners(editor)[3:] == [[77.0, 77.0]]
+
+    def test_closing_uses_the_module_s_radius(self, editor, sketcher, monkeypatch):
+        monkeypatch.setattr(sketcher, "SNAP_PX", 2)
+        editor.clicks = [point(0, 0), point(3, 0), point(3, 5)]
+        closed = []
+        editor.close_line = lambda: closed.append(1)
+        editor._press(Event(203, 150))
+        editor._press(Event(202, 150))
+        assert closed == [1]
+
+    def test_a_closed_outline_is_added(self, editor):
+        for pixel in ((200, 150), (230, 150), (230, 100), (203, 152)):
+            editor._press(Event(*pixel))
+        (outline,) = editor.sk["entities"]
+        assert outline["points"] == [[0.0, 0.0], [3.0, 0.0], [3.0, 5.0]]
+        assert editor.clicks == []
+
+
+class TestPressWithSlot:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.tool.set("slot")
+        return editor
+
+    def test_three_clicks_make_a_slot(self, editor):
+        editor._press(Event(200, 150))
+        editor._press(Event(240, 150))
+        assert [p.tolist() for p in editor.clicks] == [[0.0, 0.0], [4.0, 0.0]]
+        assert editor.sk["entities"] == []
+        editor._press(Event(300, 130))
+        assert editor.clicks == []
+        assert editor.sk["entities"] == [
+            {"type": "slot", "x1": 0.0, "y1": 0.0, "x2": 4.0, "y2": 0.0, "r": 2.0}
+        ]
+        assert editor.sel == 0
+        assert names(editor) == ["redraw", "redraw", "refresh_list", "redraw", "redraw"]
+
+    def test_the_ends_are_the_snapped_points(self, editor):
+        mine = point(3, 4)
+        editor.snapped = lambda x, y: mine
+        editor._press(Event(0, 0))
+        assert editor.clicks[0] is mine
+        assert editor.cursor is mine
+
+    def test_a_second_click_on_the_first_end_is_ignored_but_repaints(self, editor):
+        editor._press(Event(200, 150))
+        editor._press(Event(203, 152))
+        assert len(editor.clicks) == 1
+        assert names(editor) == ["redraw", "redraw"]
+        editor._press(Event(240, 150))
+        assert len(editor.clicks) == 2
+
+    @pytest.mark.parametrize("u, count", [(3.0, 1), (np.nextafter(3.0, 4.0), 2)])
+    def test_the_least_distance_from_the_first_end_makes_a_second(self, editor, u, count):
+        editor.clicks = [point(3, 4)]
+        editor.snapped = lambda x, y: point(u, 4)
+        editor._press(Event(0, 0))
+        assert len(editor.clicks) == count
+
+    def test_the_third_click_gives_its_point_as_the_width(self, editor):
+        asked = []
+        ends = editor.clicks = [point(0, 0), point(4, 0)]
+        editor._slot = lambda *points: asked.append(points) or None
+        editor._press(Event(300, 130))
+        a, b, p = asked[0]
+        assert a is ends[0] and b is ends[1]
+        assert p is editor.cursor
+
+    def test_the_ends_are_forgotten_before_the_slot_is_added(self, editor):
+        ends = editor.clicks = [point(0, 0), point(4, 0)]
+        seen = []
+        editor.add = lambda e: seen.append((e, list(editor.clicks)))
+        editor._slot = lambda a, b, p: "slot"
+        editor._press(Event(300, 130))
+        assert seen == [("slot", [])]
+        assert editor.clicks is not ends and len(ends) == 2
+        assert names(editor) == ["redraw"]
+
+    def test_what_is_built_is_added_unasked(self, editor):
+        editor.clicks = [point(0, 0), point(4, 0)]
+        editor._ok = lambda e: pytest.fail("asked")
+        editor._press(Event(300, 130))
+        assert len(editor.sk["entities"]) == 1
+
+    def test_a_third_click_on_the_axis_drops_the_slot_silently(self, editor):
+        editor.clicks = [point(0, 0), point(4, 0)]
+        editor._press(Event(320, 150))
+        assert editor.clicks == []
+        assert editor.sk["entities"] == []
+        assert editor.sel is None
+        assert editor.status.texts == []
+        assert names(editor) == ["redraw"]
+
+
+class TestDrag:
+    def begin(self, editor, shape=None):
+        editor.sk["entities"] = [shape or rectangle(1.0, 1.0, 3.0, 2.0), circle(9.0, 9.0)]
+        editor.sel = 0
+        orig = dict(editor.sk["entities"][0])
+        editor.drag = {"kind": "move", "start": point(1, 1), "orig": orig}
+
+    def test_moves_the_selected_shape_with_the_snapped_pointer(self, editor):
+        self.begin(editor)
+        entities = editor.sk["entities"]
+        before = entities[0]
+        assert editor._drag(Event(231, 98)) is None
+        assert same(editor.cursor, 3.0, 5.0)
+        assert editor.sk["entities"] is entities
+        assert entities[0] == rectangle(3.0, 5.0, 3.0, 2.0)
+        assert entities[0] is not before
+        assert before == rectangle(1.0, 1.0, 3.0, 2.0)
+        assert entities[1] == circle(9.0, 9.0)
+
+    def test_refreshes_the_list_without_the_form_and_repaints(self, editor):
+        self.begin(editor)
+        editor._drag(Event(231, 98))
+        assert editor.calls == [("refresh_list", (), {"keep": True}), ("redraw", (), {})]
+
+    def test_moves_the_copy_of_the_press_never_the_shape_as_it_is(self, editor):
+        self.begin(editor, rectangle(0.1, 0.2, 0.3, 0.4))
+        editor.snap.set(False)
+        for step in range(50):
+            editor._drag(Event(217 + 7 * step, 143 - 3 * step))
+        shift = editor.cursor - editor.drag["start"]
+        assert editor.sk["entities"][0]["x"] == 0.1 + shift[0]
+        assert editor.sk["entities"][0]["y"] == 0.2 + shift[1]
+        assert editor.drag["orig"] == rectangle(0.1, 0.2, 0.3, 0.4)
+
+    def test_dragging_back_restores_the_shape(self, editor):
+        self.begin(editor)
+        editor._drag(Event(250, 90))
+        editor._drag(Event(210, 140))
+        assert editor.sk["entities"][0] == rectangle(1.0, 1.0, 3.0, 2.0)
+
+    def test_moves_through_the_editor(self, editor):
+        self.begin(editor)
+        asked = []
+        editor._moved = lambda e, d: asked.append((e, d.tolist())) or {"type": "circle"}
+        editor._drag(Event(231, 98))
+        assert asked == [(editor.drag["orig"], [2.0, 4.0])]
+        assert asked[0][0] is editor.drag["orig"]
+        assert editor.sk["entities"][0] == {"type": "circle"}
+
+    def test_moves_nothing_without_a_selection(self, editor):
+        self.begin(editor)
+        editor.sel = None
+        editor._drag(Event(231, 98))
+        assert editor.sk["entities"][0] == rectangle(1.0, 1.0, 3.0, 2.0)
+        assert same(editor.cursor, 3.0, 5.0)
+        assert names(editor) == ["redraw"]
+
+    @pytest.mark.parametrize("drag", [None, {}, {"kind": "new", "start": point(1, 1)}])
+    def test_without_a_move_only_follows_the_pointer(self, editor, drag):
+        self.begin(editor)
+        editor.drag = drag
+        editor._drag(Event(231, 98))
+        assert editor.sk["entities"][0] == rectangle(1.0, 1.0, 3.0, 2.0)
+        assert same(editor.cursor, 3.0, 5.0)
+        assert names(editor) == ["redraw"]
+        assert editor.drag is drag
+
+    def test_a_stale_selection_is_an_error(self, editor):
+        self.begin(editor)
+        editor.sel = 2
+        with pytest.raises(IndexError):
+            editor._drag(Event(231, 98))
+
+    def test_a_shape_that_cannot_be_moved_stays(self, editor):
+        self.begin(editor)
+        del editor.drag["orig"]["y"]
+        with pytest.raises(KeyError, match="y"):
+            editor._drag(Event(231, 98))
+        assert editor.sk["entities"][0] == rectangle(1.0, 1.0, 3.0, 2.0)
+
+
+class TestRelease:
+    @pytest.mark.parametrize("drag", [None, {}])
+    def test_without_a_drag_does_nothing_at_all(self, editor, drag):
+        editor.drag = drag
+        editor.snapped = lambda x, y: pytest.fail("snapped")
+        assert editor._release(Event(231, 98)) is None
+        assert editor.drag is drag
+        assert editor.calls == []
+
+    @pytest.mark.parametrize(
+        "tool, entity",
+        [
+            ("rectangle", rectangle(1.0, 1.0, 2.0, 4.0)),
+            ("circle", circle(1.0, 1.0, 20.0**0.5)),
+        ],
+    )
+    def test_adds_the_shape_from_press_to_release(self, editor, tool, entity):
+        editor.tool.set(tool)
+        editor._press(Event(210, 140))
+        editor.cursor = cursor = point(7, 7)
+        assert editor._release(Event(231, 98)) is None
+        assert editor.sk["entities"] == [entity]
+        assert editor.sel == 0
+        assert editor.drag is None
+        assert editor.cursor is cursor
+        assert names(editor) == ["refresh_list", "redraw", "redraw"]
+
+    def test_builds_tests_and_adds_through_the_editor_and_then_ends_the_drag(self, editor):
+        steps = []
+        shape = circle()
+        editor.drag = drag = {"kind": "new", "start": point(1, 1)}
+        editor._from_drag = lambda a, b: steps.append(("build", a, b.tolist())) or shape
+        editor._ok = lambda e: steps.append(("test", e)) or True
+        editor.add = lambda e: steps.append(("add", e, editor.drag))
+        editor.redraw = lambda: steps.append(("redraw", editor.drag))
+        editor._release(Event(231, 98))
+        assert steps == [
+            ("build", drag["start"], [3.0, 5.0]),
+            ("test", shape),
+            ("add", shape, drag),
+            ("redraw", None),
+        ]
+        assert steps[0][1] is drag["start"]
+
+    def test_a_drag_without_way_adds_nothing_and_says_nothing(self, editor):
+        editor.tool.set("rectangle")
+        editor._press(Event(230, 100))
+        editor._release(Event(230, 150))
+        assert editor.sk["entities"] == []
+        assert editor.status.texts == []
+        assert editor.drag is None
+        assert editor.sel is None
+        assert names(editor) == ["redraw"]
+
+    def test_no_shape_is_tested_like_any_other(self, editor):
+        editor.drag = {"kind": "new", "start": point(1, 1)}
+        editor._from_drag = lambda a, b: None
+        tested = []
+        editor._ok = lambda e: tested.append(e)
+        editor.add = lambda e: pytest.fail("added")
+        editor._release(Event(231, 98))
+        assert tested == [None]
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
+    def test_a_shape_that_the_sketch_module_refuses_is_dropped(self, editor, neighbours, error):
+        editor.tool.set("circle")
+        editor._press(Event(210, 140))
+        neighbours.S.fail["outline"] = error("no")
+        editor._release(Event(231, 98))
+        assert editor.sk["entities"] == []
+        assert editor.status.texts == []
+        assert editor.drag is None
+
+    def test_after_a_move_the_form_is_shown_anew(self, editor):
+        editor.sk["entities"] = [rectangle()]
+        editor.sel = 0
+        editor.drag = {"kind": "move", "start": point(1, 1), "orig": rectangle()}
+        seen = []
+        editor.show_props = lambda: seen.append(editor.drag is None)
+        editor._release(Event(231, 98))
+        assert seen == [False]
+        assert editor.drag is None
+        assert editor.sk["entities"] == [rectangle()]
+        assert names(editor) == ["redraw"]
+
+    def test_another_kind_of_drag_just_ends(self, editor):
+        editor.drag = {"kind": "spin"}
+        editor.add = lambda e: pytest.fail("added")
+        editor._release(Event(231, 98))
+        assert editor.drag is None
+        assert names(editor) == ["redraw"]
+
+    def test_a_cancelled_drag_adds_nothing_at_the_release(self, editor):
+        editor.tool.set("rectangle")
+        editor._press(Event(210, 140))
+        editor.cancel_drawing()
+        editor._release(Event(231, 98))
+        assert editor.sk["entities"] == []
+        assert names(editor) == ["redraw"]
+
+    def test_the_tool_of_the_release_decides_the_shape(self, editor):
+        editor.tool.set("rectangle")
+        editor._press(Event(210, 140))
+        editor.tool.set("circle")
+        editor._release(Event(231, 98))
+        assert editor.sk["entities"][0]["type"] == "circle"
+
+
+def test_a_shape_is_picked_moved_and_dropped(editor):
+    editor.sk["entities"] = [rectangle(0.0, 0.0, 4.0, 4.0)]
+    editor._press(Event(220, 130))
+    editor._drag(Event(240, 130))
+    editor._drag(Event(250, 120))
+    editor._release(Event(250, 120))
+    assert editor.sk["entities"] == [rectangle(3.0, 1.0, 4.0, 4.0)]
+    assert editor.sel == 0
+    assert editor.drag is None
+
+
+def test_a_click_moves_nothing_and_refreshes_the_form(editor):
+    editor.sk["entities"] = [rectangle(0.0, 0.0, 4.0, 4.0)]
+    editor._press(Event(220, 130))
+    del editor.calls[:]
+    editor._drag(Event(220, 130))
+    editor._release(Event(220, 130))
+    assert editor.sk["entities"] == [rectangle(0.0, 0.0, 4.0, 4.0)]
+    assert names(editor) == ["refresh_list", "redraw", "show_props", "redraw"]

@@ -1,0 +1,301 @@
+"""The shape being drawn, and the dot where a click would land."""
+
+import numpy as np
+import pytest
+from support import canvas as shown
+from support.neighbours import circle, outline_points, rectangle, slot
+from support.plain import PlainEditor, Var
+
+ORANGE = "#E8833A"
+DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
+
+
+@pytest.fixture
+def editor(neighbours):
+    """400 x 300 pixels, 40 pixels to the unit, the pointer at (1, 0.5)."""
+    return PlainEditor(scale=40.0, cursor=np.array([1.0, 0.5]))
+
+
+def point(u, v):
+    return np.array([u, v], float)
+
+
+def previewed(editor):
+    """The drawing calls of one preview."""
+    del editor.canvas.calls[:]
+    assert editor._preview() is None
+    return editor.canvas.calls
+
+
+def dot(x, y):
+    return ("create_oval", (x - 2, y - 2, x + 2, y + 2), {"fill": ORANGE, "outline": ""})
+
+
+def ring(x, y):
+    return ("create_oval", (x - 3, y - 3, x + 3, y + 3), {"outline": ORANGE})
+
+
+def dashed_outline(editor, e):
+    coordinates = tuple(value for p in outline_points(e) for value in editor.to_screen(p))
+    return ("create_polygon", coordinates, DASHED)
+
+
+DOT = dot(240.0, 130.0)
+
+
+class TestDot:
+    @pytest.mark.parametrize("tool", ["select", "line", "rectangle", "circle", "regular", "slot"])
+    def test_is_all_there_is_while_nothing_is_drawn(self, editor, tool):
+        editor.tool.set(tool)
+        assert previewed(editor) == [DOT]
+
+    def test_starts_at_the_origin(self, neighbours):
+        assert previewed(PlainEditor()) == [dot(200.0, 150.0)]
+
+    def test_may_lie_outside_the_canvas(self, editor):
+        editor.cursor = point(100.0, -100.0)
+        assert previewed(editor) == [dot(4200.0, 4150.0)]
+
+    @pytest.mark.parametrize("drag", [None, {}, {"kind": "move", "start": None, "orig": None}])
+    def test_is_all_there_is_while_a_shape_is_moved(self, editor, drag):
+        editor._from_drag = lambda a, b: pytest.fail("built")
+        editor.tool.set("rectangle")
+        editor.drag = drag
+        assert previewed(editor) == [DOT]
+
+    def test_a_drag_without_kind_shows_no_shape(self, editor):
+        editor.tool.set("rectangle")
+        editor.drag = {"start": point(0, 0)}
+        assert previewed(editor) == [DOT]
+
+
+class TestShapeFromADrag:
+    @pytest.mark.parametrize(
+        "tool, entity",
+        [
+            ("rectangle", rectangle(-1.0, 0.5, 2.0, 1.5)),
+            ("circle", circle(-1.0, 2.0, 2.5)),
+        ],
+    )
+    def test_is_a_dashed_outline_below_the_dot(self, editor, tool, entity):
+        editor.tool.set(tool)
+        editor.drag = {"kind": "new", "start": point(-1.0, 2.0)}
+        assert previewed(editor) == [dashed_outline(editor, entity), DOT]
+
+    def test_is_the_shape_that_the_release_would_add(self, editor):
+        editor.tool.set("regular")
+        editor.sides.set("5")
+        editor.drag = {"kind": "new", "start": point(-1.0, 2.0)}
+        shape = editor._from_drag(editor.drag["start"], editor.cursor)
+        assert previewed(editor) == [dashed_outline(editor, shape), DOT]
+
+    def test_is_built_through_the_editor_from_start_to_cursor(self, editor):
+        asked = []
+        editor._from_drag = lambda a, b: asked.append((a, b)) or circle(2.0, 1.0, 0.5)
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        assert previewed(editor) == [dashed_outline(editor, circle(2.0, 1.0, 0.5)), DOT]
+        assert asked[0][0] is editor.drag["start"]
+        assert asked[0][1] is editor.cursor
+
+    def test_a_drag_without_way_shows_nothing(self, editor):
+        editor.tool.set("circle")
+        editor.drag = {"kind": "new", "start": editor.cursor.copy()}
+        assert previewed(editor) == [DOT]
+
+    def test_no_shape_is_not_asked_for_its_validity(self, editor):
+        editor._from_drag = lambda a, b: None
+        editor._ok = lambda e: pytest.fail("asked")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        assert previewed(editor) == [DOT]
+
+    def test_an_invalid_shape_is_not_shown(self, editor):
+        editor.tool.set("circle")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        editor._ok = lambda e: False
+        assert previewed(editor) == [DOT]
+
+    @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
+    def test_a_shape_that_the_sketch_module_refuses_is_not_shown(self, editor, neighbours, error):
+        editor.tool.set("circle")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        neighbours.S.fail["outline"] = error("no")
+        assert previewed(editor) == [DOT]
+        assert editor.status.texts == []
+
+    def test_other_errors_of_the_sketch_module_pass(self, editor, neighbours):
+        editor.tool.set("circle")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        neighbours.S.fail["outline"] = RuntimeError("broken")
+        with pytest.raises(RuntimeError):
+            editor._preview()
+
+
+class TestOutlineCornerByCorner:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.tool.set("line")
+        return editor
+
+    def test_one_corner(self, editor):
+        editor.clicks = [point(0, 0)]
+        line = ("create_line", (200.0, 150.0, 240.0, 130.0), {"fill": ORANGE, "width": 2})
+        assert previewed(editor) == [line, ring(200.0, 150.0), DOT]
+
+    def test_several_corners_stay_open(self, editor):
+        editor.clicks = [point(0, 0), point(2, 0), point(2, -1)]
+        coordinates = (200.0, 150.0, 280.0, 150.0, 280.0, 190.0, 240.0, 130.0)
+        assert previewed(editor) == [
+            ("create_line", coordinates, {"fill": ORANGE, "width": 2}),
+            ring(200.0, 150.0),
+            ring(280.0, 150.0),
+            ring(280.0, 190.0),
+            DOT,
+        ]
+
+    def test_the_corners_are_left_alone(self, editor):
+        editor.clicks = [point(0, 0), point(2, 0)]
+        clicks = editor.clicks
+        editor._preview()
+        assert editor.clicks is clicks and len(clicks) == 2
+
+    @pytest.mark.parametrize("tool", ["select", "rectangle", "circle", "regular"])
+    def test_corners_show_with_the_line_tool_only(self, editor, tool):
+        editor.tool.set(tool)
+        editor.clicks = [point(0, 0)]
+        assert previewed(editor) == [DOT]
+
+
+class TestSlot:
+    @pytest.fixture
+    def editor(self, editor):
+        editor.tool.set("slot")
+        return editor
+
+    def test_one_end_has_a_dashed_line_to_the_pointer(self, editor):
+        editor.clicks = [point(0, 0)]
+        editor._slot = lambda a, b, p: pytest.fail("built")
+        options = {"fill": ORANGE, "width": 2, "dash": (5, 3)}
+        line = ("create_line", (200.0, 150.0, 240.0, 130.0), options)
+        assert previewed(editor) == [line, DOT]
+
+    def test_two_ends_have_the_whole_outline(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        expected = dashed_outline(editor, slot(0.0, 0.0, 3.0, 0.0, 0.5))
+        assert previewed(editor) == [expected, DOT]
+
+    def test_is_built_through_the_editor_from_the_first_two_clicks(self, editor):
+        asked = []
+        editor._slot = lambda *points: asked.append(points) or circle()
+        editor.clicks = [point(0, 0), point(3, 0), point(4, 4)]
+        assert previewed(editor) == [dashed_outline(editor, circle()), DOT]
+        a, b, c = asked[0]
+        assert (a is editor.clicks[0], b is editor.clicks[1], c is editor.cursor) == (True,) * 3
+
+    def test_a_pointer_on_the_axis_shows_nothing(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        editor.cursor = point(1.0, 0.0)
+        assert previewed(editor) == [dot(240.0, 150.0)]
+
+    def test_no_slot_is_not_asked_for_its_validity(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        editor._slot = lambda a, b, p: None
+        editor._ok = lambda e: pytest.fail("asked")
+        assert previewed(editor) == [DOT]
+
+    def test_an_invalid_slot_is_not_shown(self, editor):
+        editor.clicks = [point(0, 0), point(3, 0)]
+        editor._ok = lambda e: False
+        assert previewed(editor) == [DOT]
+
+
+class TestTogether:
+    def test_the_steps_are_independent(self, editor):
+        editor.tool.set("line")
+        editor.clicks = [point(0, 0)]
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        editor._from_drag = lambda a, b: circle()
+        names = [name for name, _, _ in previewed(editor)]
+        assert names == ["create_polygon", "create_line", "create_oval", "create_oval"]
+
+    def test_the_tool_is_read_once(self, editor):
+        read = []
+
+        class Counted(Var):
+            def get(self):
+                read.append(1)
+                return super().get()
+
+        for tool, clicks in (("line", 1), ("slot", 1), ("slot", 2), ("select", 0)):
+            del read[:]
+            editor.tool = Counted(tool)
+            editor.clicks = [point(k, 0) for k in range(clicks)]
+            editor._preview()
+            assert len(read) == 1
+
+    def test_every_point_goes_through_to_screen(self, editor):
+        editor.to_screen = lambda p: (p[0] * 10 + 1000, p[1] * 10 + 2000)
+        editor.tool.set("line")
+        editor.clicks = [point(0, 0)]
+        line = ("create_line", (1000, 2000, 1010, 2005), {"fill": ORANGE, "width": 2})
+        assert previewed(editor) == [line, ring(1000, 2000), dot(1010, 2005)]
+        editor.tool.set("slot")
+        assert previewed(editor)[0][1] == (1000, 2000, 1010, 2005)
+        editor.clicks.append(point(3, 0))
+        assert previewed(editor)[0][1][:2] == (1000 - 5, 2000 - 5)
+
+    def test_nothing_of_the_editor_changes(self, editor):
+        editor.tool.set("rectangle")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        before, drag = dict(vars(editor)), dict(editor.drag)
+        editor._preview()
+        assert dict(vars(editor)) == before
+        assert editor.drag == drag
+        assert editor.sk == {"entities": []}
+
+    def test_is_the_last_step_of_a_repaint(self, editor):
+        editor.tool.set("rectangle")
+        editor.drag = {"kind": "new", "start": point(0, 0)}
+        editor.sk["entities"] = [circle()]
+        editor.redraw()
+        names = [name for name, _, _ in editor.canvas.drawn]
+        assert names[-3:] == ["create_polygon", "create_polygon", "create_oval"]
+
+
+class TestOnTheScreen:
+    def previews(self, editor):
+        """Kinds and coordinates of the orange items that are no label."""
+        return [
+            item
+            for item in shown.items(editor.canvas)
+            if ORANGE in (item.options.get("outline"), item.options["fill"]) and item.kind != "text"
+        ]
+
+    def test_a_drag_shows_its_shape_until_the_release(self, open_editor, send):
+        editor = open_editor(None)
+        hands = send(editor)
+        hands.press(200, 300)
+        hands.drag(300, 200)
+        outline, pointer = self.previews(editor)
+        assert outline.kind == "polygon"
+        assert outline.has(fill="", width="2.0", dash="5 3")
+        assert pointer.kind == "oval"
+        assert pointer.has(outline="", fill=ORANGE)
+        x, y = editor.to_screen(editor.cursor)
+        assert pointer.coords == pytest.approx((x - 2, y - 2, x + 2, y + 2))
+        hands.release(300, 200)
+        assert [item.kind for item in self.previews(editor)] == ["polygon", "oval"]
+        assert self.previews(editor)[0].has(dash="")
+
+    def test_corners_show_as_rings(self, open_editor, send):
+        editor = open_editor(None)
+        editor.tool.set("line")
+        hands = send(editor)
+        hands.click(200, 300)
+        hands.click(300, 300)
+        hands.motion(300, 200)
+        assert [item.kind for item in self.previews(editor)] == ["line", "oval", "oval", "oval"]
+        line, first, second, pointer = self.previews(editor)
+        assert line.has(dash="", width="2.0")
+        assert len(line.coords) == 6
+        assert first.has(fill="", width="1.0")
+        assert pointer.has(fill=ORANGE)
