@@ -1,7 +1,7 @@
 """Application code that closes the dialog while it is being painted: an error, never a crash.
 
-In processes of their own: Tk itself may crash when a window that was never shown goes in the middle of
-being laid out.
+In processes of their own: Tk itself may crash when a window that was never shown goes in the
+middle of being laid out.
 """
 
 import os
@@ -38,9 +38,8 @@ def close(asked):
         return getattr(host, asked)(*arguments)
     return answer
 
-sketcher.S = types.SimpleNamespace(**{
-    name: getattr(host, name) for name in ("new", "corners", "area", "inside", "check", "PLANES", "AXES")
-})
+names = ("new", "corners", "area", "inside", "check", "PLANES", "AXES")
+sketcher.S = types.SimpleNamespace(**{name: getattr(host, name) for name in names})
 sketcher.S.outline, sketcher.S.depths = close("outline"), close("depths")
 sketch = {"entities": [{"type": "circle", "xc": 0.0, "yc": 0.0, "r": 1.0}]}
 try:
