@@ -206,12 +206,9 @@ class Labels {
   explicit Labels(const Editor& editor)
       : editor_(editor), painter_(editor.canvas()), unit_system_(units()) {}
 
-  Ref length(double value) const { return format_length(unit_system_, py::to_python(value)); }
+  const Editor& editor() const { return editor_; }
 
-  Point at(const Ref& point) const {
-    const auto [x, y] = py::unpack<2>(editor_.call("to_screen"_n, point));
-    return {x.number(), y.number()};
-  }
+  Ref length(double value) const { return format_length(unit_system_, py::to_python(value)); }
 
   /// Writes a label centred on a pixel.
   void write(Point pixel, const Ref& text) {
@@ -230,31 +227,28 @@ class Labels {
   Ref unit_system_;
 };
 
-double read(const Ref& entity, const Ref& key) {
-  return entity[key].to_float();
-}
-
 void label_rectangle(Labels& labels, const Ref& entity) {
-  const Point corner{read(entity, "x"_n), read(entity, "y"_n)};
-  const Point size{read(entity, "w"_n), read(entity, "h"_n)};
-  const Point below = labels.at(py::tuple(corner.x + size.x / 2, corner.y));
+  const Point corner = read_fields(entity, "x"_n, "y"_n);
+  const Point size = read_fields(entity, "w"_n, "h"_n);
+  const Point below = labels.editor().to_screen(py::tuple(corner.x + size.x / 2, corner.y));
   labels.write(below + Point{0, 12}, labels.length(size.x));
-  const Point right = labels.at(py::tuple(corner.x + size.x, corner.y + size.y / 2));
+  const Point right =
+      labels.editor().to_screen(py::tuple(corner.x + size.x, corner.y + size.y / 2));
   labels.write_right_of(right + Point{6, 0}, labels.length(size.y));
 }
 
 void label_diameter(Labels& labels, const Ref& entity, const Ref& prefix) {
   const Ref x = entity["xc"_n];
-  const Point centre = labels.at(py::tuple(x, entity["yc"_n]));
-  const Ref diameter = labels.length(2 * read(entity, "r"_n));
+  const Point centre = labels.editor().to_screen(py::tuple(x, entity["yc"_n]));
+  const Ref diameter = labels.length(2 * entity["r"_n].to_float());
   labels.write(centre, ""_n.call("join"_n, py::list(prefix, diameter)));
 }
 
 void label_slot(Labels& labels, const Ref& entity) {
-  const Point end1{read(entity, "x1"_n), read(entity, "y1"_n)};
-  const Point end2{read(entity, "x2"_n), read(entity, "y2"_n)};
+  const Point end1 = read_fields(entity, "x1"_n, "y1"_n);
+  const Point end2 = read_fields(entity, "x2"_n, "y2"_n);
   const Point sum = end1 + end2;
-  const Point middle = labels.at(py::tuple(sum.x * 0.5, sum.y * 0.5));
+  const Point middle = labels.editor().to_screen(py::tuple(sum.x * 0.5, sum.y * 0.5));
   labels.write(middle, global("describe"_n)(entity));
 }
 

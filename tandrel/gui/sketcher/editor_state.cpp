@@ -28,6 +28,11 @@ std::array<Ref, 2> Editor::axis_names() const {
   return py::unpack<2>(axes.call("get"_n, variable("plane"_n), in_plane));
 }
 
+Point Editor::to_screen(const Ref& point) const {
+  const auto [x, y] = py::unpack<2>(call("to_screen"_n, point));
+  return {x.number(), y.number()};
+}
+
 Ref Editor::valid_outline(const Ref& entity) const {
   if (has_own("_ok"_n)) return outline_unless_refused(entity);
   return is_valid(entity) ? S().call("outline"_n, entity) : Ref();

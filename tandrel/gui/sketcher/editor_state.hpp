@@ -54,6 +54,8 @@ class Editor {
   Ref snapped(const Ref& event) const {
     return call("snapped"_n, event.attr("x"_n), event.attr("y"_n));
   }
+  /// The canvas pixel of a plane point, through the object's own `to_screen`.
+  Point to_screen(const Ref& point) const;
   bool is_valid(const Ref& entity) const { return call("_ok"_n, entity).truth(); }
 
   /// Whether an operation is the class's own, not overridden by a subclass or on the instance. Only

@@ -8,6 +8,10 @@ Point read_point(const Ref& point) {
   return {point[0].number(), point[1].number()};
 }
 
+Point read_fields(const Ref& entity, const Ref& x_key, const Ref& y_key) {
+  return {entity[x_key].to_float(), entity[y_key].to_float()};
+}
+
 std::vector<Point> PointReader::read(const Ref& points) {
   std::vector<Point> result;
   if (is_array_of_doubles(points)) {

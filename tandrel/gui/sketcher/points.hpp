@@ -10,6 +10,8 @@ namespace tandrel::sketcher {
 
 /// The first two items of a sequence of numbers.
 Point read_point(const Ref& point);
+/// Two values of an entity, each as `float` reads it.
+Point read_fields(const Ref& entity, const Ref& x_key, const Ref& y_key);
 
 /// Reads whole outlines: an array of doubles with two columns in one go, anything else point by
 /// point. Made for one operation, for it remembers which types it may read at once.

@@ -10,11 +10,11 @@ Projection::Projection(const Editor& editor)
 }
 
 Point Projection::to_screen(const Ref& point) const {
-  return own_to_screen_ ? view_.to_screen(read_point(point)) : call_to_screen(point);
+  return own_to_screen_ ? view_.to_screen(read_point(point)) : editor_.to_screen(point);
 }
 
 Point Projection::to_screen(Point point) const {
-  return own_to_screen_ ? view_.to_screen(point) : call_to_screen(py::tuple(point.x, point.y));
+  return own_to_screen_ ? view_.to_screen(point) : editor_.to_screen(py::tuple(point.x, point.y));
 }
 
 std::vector<Point> Projection::to_screen_all(const Ref& points) {
@@ -23,7 +23,7 @@ std::vector<Point> Projection::to_screen_all(const Ref& points) {
     result = reader_.read(points);
     for (Point& point : result) point = view_.to_screen(point);
   } else {
-    py::for_each(points, [&](const Ref& point) { result.push_back(call_to_screen(point)); });
+    py::for_each(points, [&](const Ref& point) { result.push_back(editor_.to_screen(point)); });
   }
   return result;
 }
@@ -31,11 +31,6 @@ std::vector<Point> Projection::to_screen_all(const Ref& points) {
 Point Projection::to_world(const Ref& x, const Ref& y) const {
   if (own_to_world_) return view_.to_world({x.number(), y.number()});
   return read_point(editor_.call("to_world"_n, x, y));
-}
-
-Point Projection::call_to_screen(const Ref& point) const {
-  const auto [x, y] = py::unpack<2>(editor_.call("to_screen"_n, point));
-  return {x.number(), y.number()};
 }
 
 }  // namespace tandrel::sketcher

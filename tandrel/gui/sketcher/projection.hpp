@@ -22,8 +22,6 @@ class Projection {
   Point to_world(const Ref& x, const Ref& y) const;
 
  private:
-  Point call_to_screen(const Ref& point) const;
-
   const Editor& editor_;
   bool own_to_screen_;
   bool own_to_world_;

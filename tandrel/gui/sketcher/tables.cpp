@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "neighbours.hpp"
+#include "points.hpp"
 
 namespace tandrel::sketcher {
 
@@ -94,10 +95,6 @@ Ref field_dictionary() {
   return result;
 }
 
-double length_of(const Ref& entity, const Ref& key) {
-  return entity[key].to_float();
-}
-
 Ref by(const Ref& first, const Ref& second) {
   return " x "_n.call("join"_n, py::list(first, second));
 }
@@ -109,9 +106,9 @@ Ref describe_rectangle(const Ref& entity, const Ref& unit_system) {
 
 /// Overall length end to end by overall width.
 Ref describe_slot(const Ref& entity, const Ref& unit_system) {
-  const Point end1{length_of(entity, "x1"_n), length_of(entity, "y1"_n)};
-  const Point end2{length_of(entity, "x2"_n), length_of(entity, "y2"_n)};
-  const double r = length_of(entity, "r"_n);
+  const Point end1 = read_fields(entity, "x1"_n, "y1"_n);
+  const Point end2 = read_fields(entity, "x2"_n, "y2"_n);
+  const double r = entity["r"_n].to_float();
   const Point axis = end2 - end1;
   const double length = global("math"_n).call("hypot"_n, axis.x, axis.y).number() + 2 * r;
   const Ref overall_length = format_length(unit_system, py::to_python(length));
@@ -121,7 +118,7 @@ Ref describe_slot(const Ref& entity, const Ref& unit_system) {
 Ref describe(const Ref& entity) {
   const Ref unit_system = units();
   const auto diameter = [&] {
-    return format_length(unit_system, py::to_python(2 * length_of(entity, "r"_n)));
+    return format_length(unit_system, py::to_python(2 * entity["r"_n].to_float()));
   };
   const Ref type = entity["type"_n];
   if (type.equals("rectangle"_n)) return describe_rectangle(entity, unit_system);

@@ -51,10 +51,10 @@ void press_select(const Editor& editor, const Ref& event, const Ref& start) {
 /// Whether a click lands on the first corner of an outline that has enough corners to be closed.
 bool closes_outline(const Editor& editor, const Ref& event, const Ref& clicks) {
   if (clicks.size() < kLeastCorners) return false;
-  const auto [sx, sy] = py::unpack<2>(editor.call("to_screen"_n, clicks[0]));
-  const double dx = event.attr("x"_n).number() - sx.number();
-  const double dy = event.attr("y"_n).number() - sy.number();
-  return global("math"_n).call("hypot"_n, dx, dy).number() <= snap_radius();
+  const Point first = editor.to_screen(clicks[0]);
+  const Point click{event.attr("x"_n).number(), event.attr("y"_n).number()};
+  const Point d = click - first;
+  return global("math"_n).call("hypot"_n, d.x, d.y).number() <= snap_radius();
 }
 
 bool is_elsewhere(const Ref& point, const Ref& other) {

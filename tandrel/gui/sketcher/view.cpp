@@ -142,10 +142,7 @@ Ref default_grid(const Editor& editor) {
 template <class OnPoint, class OnCorners>
 void visit_key_points_of(const Ref& entity, const Ref& type, OnPoint on_point,
                          OnCorners on_corners) {
-  const auto on_centre = [&](const Ref& x, const Ref& y) {
-    const double u = entity[x].to_float();
-    on_point(Point{u, entity[y].to_float()});
-  };
+  const auto on_centre = [&](const Ref& x, const Ref& y) { on_point(read_fields(entity, x, y)); };
   const bool is_regular = type.equals("regular"_n);
   if (is_regular || type.equals("circle"_n)) on_centre("xc"_n, "yc"_n);
   if (type.equals("slot"_n)) {

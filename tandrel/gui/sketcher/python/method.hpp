@@ -78,7 +78,6 @@ template <class Function>
 struct Traits;
 template <class R, class... Parameters>
 struct Traits<R (*)(Parameters...)> {
-  using Result = R;
   static constexpr std::size_t count = sizeof...(Parameters);
 };
 template <class Function>
@@ -114,25 +113,25 @@ PyObject* spread(const std::array<PyObject*, N>& values, std::index_sequence<I..
   return returned([&] { return Operation(first..., argument(values[I])...); });
 }
 
-template <auto Operation>
-PyObject* method_entry(PyObject* self, PyObject* arguments, PyObject* keywords) noexcept try {
-  using Traits = MethodTraits<decltype(Operation)>;
-  const auto values = signature<Operation>->template parse<Traits::count>(arguments, keywords);
-  const typename Traits::Object object(Ref::borrow(self));
-  return spread<Operation>(values, std::make_index_sequence<Traits::count>(), object);
+template <auto Operation, std::size_t N, class... First>
+PyObject* enter(PyObject* arguments, PyObject* keywords, const First&... first) noexcept try {
+  const auto values = signature<Operation>->template parse<N>(arguments, keywords);
+  return spread<Operation>(values, std::make_index_sequence<N>(), first...);
 } catch (...) {
   restore_as_python_error();
   return nullptr;
 }
 
 template <auto Operation>
-PyObject* static_entry(PyObject*, PyObject* arguments, PyObject* keywords) noexcept try {
-  constexpr std::size_t count = Traits<decltype(Operation)>::count;
-  const auto values = signature<Operation>->template parse<count>(arguments, keywords);
-  return spread<Operation>(values, std::make_index_sequence<count>());
-} catch (...) {
-  restore_as_python_error();
-  return nullptr;
+PyObject* method_entry(PyObject* self, PyObject* arguments, PyObject* keywords) noexcept {
+  using Traits = MethodTraits<decltype(Operation)>;
+  const typename Traits::Object object(Ref::borrow(self));
+  return enter<Operation, Traits::count>(arguments, keywords, object);
+}
+
+template <auto Operation>
+PyObject* static_entry(PyObject*, PyObject* arguments, PyObject* keywords) noexcept {
+  return enter<Operation, Traits<decltype(Operation)>::count>(arguments, keywords);
 }
 
 inline PyCFunction as_entry(PyCFunctionWithKeywords function) {
