@@ -109,6 +109,16 @@ def test_messages_of_the_check_refuse_the_sketch(sketcher, neighbours):
     assert editor.calls == []
 
 
+def test_messages_of_the_check_refuse_a_plain_region_too(sketcher, neighbours):
+    neighbours.S.answers["check"] = ["one is open"]
+    editor = accepting(dim=2)
+    sketcher.SketchEditor.ok(editor)
+    assert [checked for (checked,) in neighbours.S.named("check")] == [editor.sk]
+    assert editor.status.texts == ["one is open"]
+    assert editor.result is None
+    assert editor.calls == []
+
+
 def test_single_message_stands_alone(sketcher, neighbours):
     neighbours.S.answers["check"] = ["nothing drawn"]
     editor = accepting()

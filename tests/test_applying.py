@@ -49,6 +49,34 @@ def test_applied_entity_replaces_the_selected_one(sketcher, neighbours):
     assert editor.sel == 1
 
 
+def test_entity_is_replaced_in_one_step_before_anything_shows_it(sketcher):
+    steps = []
+
+    class Entities(list):
+        def keep(name):
+            def method(self, *args):
+                steps.append((name, *args))
+                return getattr(list, name)(self, *args)
+
+            return method
+
+        names = "__setitem__ __delitem__ __iadd__ append extend insert pop remove clear".split()
+        locals().update({name: keep(name) for name in names})
+
+    editor = applying(circle(), CIRCLE_TEXTS, others=[rectangle()])
+    editor.sk["entities"] = Entities(editor.sk["entities"])
+    editor.status.configure = lambda text: steps.append(("status", text))
+    editor.refresh_list = lambda keep: steps.append(("refresh_list", keep))
+    editor.redraw = lambda: steps.append(("redraw",))
+    sketcher.SketchEditor.apply_props(editor)
+    assert steps == [
+        ("__setitem__", 1, circle(0.001, 0.002, 0.003)),
+        ("status", ""),
+        ("refresh_list", True),
+        ("redraw",),
+    ]
+
+
 def test_lengths_are_stored_as_the_units_convert_them(sketcher, neighbours):
     neighbours.units.answers["to_si"] = lambda value, quantity: (value, quantity)
     neighbours.S.answers["outline"] = []
@@ -182,6 +210,17 @@ def test_value_error_of_the_units_is_not_applied(sketcher, neighbours):
     editor = applying(circle(), CIRCLE_TEXTS)
     sketcher.SketchEditor.apply_props(editor)
     assert editor.status.texts == ["Not applied: too long"]
+
+
+def test_value_error_of_asking_for_the_units_passes(sketcher, monkeypatch):
+    def units():
+        raise ValueError("no units today")
+
+    monkeypatch.setattr(sketcher, "units", units)
+    editor = applying(circle(), CIRCLE_TEXTS)
+    with pytest.raises(ValueError, match="no units today"):
+        sketcher.SketchEditor.apply_props(editor)
+    assert editor.status.texts == []
 
 
 def test_value_error_without_a_message(sketcher, neighbours):

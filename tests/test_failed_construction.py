@@ -143,6 +143,20 @@ def test_failing_subclass_constructor_raises_its_own_error(root, sketcher):
     assert root.winfo_children() == []
 
 
+def test_failing_constructor_raises_its_own_error_though_closing_fails_too(root, sketcher):
+    class Editor(sketcher.SketchEditor):
+        def fit(self):
+            raise Failure("fit")
+
+        def destroy(self):
+            super().destroy()
+            raise ZeroDivisionError
+
+    with pytest.raises(Failure, match="fit"):
+        Editor(root, None)
+    assert root.winfo_children() == []
+
+
 def test_parent_that_is_gone_is_refused(root, sketcher):
     parent = tk.Toplevel(root)
     parent.destroy()

@@ -263,6 +263,19 @@ def test_status_line_is_empty_and_aligned_to_the_left(open_editor):
     assert str(status.cget("justify")) == "left"
 
 
+def test_application_wide_defaults_do_not_change_the_dialog(open_editor, root):
+    root.option_add("*Canvas.highlightThickness", 7)
+    root.option_add("*TLabel.justify", "right")
+    root.option_add("*TLabel.text", "Ready")
+    assert tk.Canvas(root).cget("highlightthickness") == "7"
+    assert ttk.Label(root).cget("text") == "Ready"
+    assert str(ttk.Label(root).cget("justify")) == "right"
+    editor = open_editor()
+    assert editor.canvas.cget("highlightthickness") == "1"
+    assert editor.status.cget("text") == ""
+    assert str(editor.status.cget("justify")) == "left"
+
+
 def test_widgets_are_made_in_the_order_of_the_tree(open_editor, sketcher, monkeypatch):
     made = []
     original = tk.BaseWidget.__init__
