@@ -31,6 +31,7 @@ check: build
 bench: build
 	@scripts/ensure-packages run bench
 	$(PYTHON) benchmarks/run.py
+	$(PYTHON) benchmarks/instructions.py
 
 clean:
 	rm -rf build

@@ -81,8 +81,7 @@ void draw_references(const Picture& picture, Projection& projection, Painter& pa
     if (points.size() < 2) return;
     std::vector<Point> pixels = projection.to_screen_all(points);
     pixels.push_back(pixels.front());
-    painter.line(coordinates(pixels),
-                 ItemOptions("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
+    painter.polyline(pixels, ItemOptions("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
   });
 }
 
@@ -178,7 +177,7 @@ void draw_shapes(const Editor& editor, Projection& projection, Painter& painter)
     const Ref entity = entities[static_cast<Py_ssize_t>(index)];
     const Ref outline = outlines.find(index, entity);
     if (!outline) continue;
-    const Ref pixels = coordinates(projection.to_screen_all(outline));
+    const std::vector<Point> pixels = projection.to_screen_all(outline);
     const bool is_hole = std::fmod(depths[index], 2) != 0;
     const bool is_selected = py::to_python(index).equals(editor.selection());
     painter.polygon(pixels, looks.of(is_hole, is_selected));
@@ -295,7 +294,7 @@ class Preview {
     if (entity.is_none()) return;
     const Ref outline = editor_.valid_outline(entity);
     if (!outline) return;
-    painter_.polygon(coordinates(projection_.to_screen_all(outline)),
+    painter_.polygon(projection_.to_screen_all(outline),
                      ItemOptions("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2,
                                  "dash"_n, dash()));
   }
@@ -304,7 +303,7 @@ class Preview {
     if (!clicks.truth()) return;
     std::vector<Point> pixels = projection_.to_screen_all(clicks);
     pixels.push_back(projection_.to_screen(cursor_));
-    painter_.line(coordinates(pixels), ItemOptions("fill"_n, highlight_colour(), "width"_n, 2));
+    painter_.polyline(pixels, ItemOptions("fill"_n, highlight_colour(), "width"_n, 2));
     const ItemOptions ring("outline"_n, highlight_colour());
     py::for_each(clicks, [&](const Ref& click) {
       painter_.circle(projection_.to_screen(click), kCornerRadius, ring);
@@ -319,8 +318,8 @@ class Preview {
       return;
     }
     const Point end = projection_.to_screen(clicks[0]);
-    painter_.line(coordinates({end, projection_.to_screen(cursor_)}),
-                  ItemOptions("fill"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
+    painter_.polyline({end, projection_.to_screen(cursor_)},
+                      ItemOptions("fill"_n, highlight_colour(), "width"_n, 2, "dash"_n, dash()));
   }
 
   const Editor& editor_;

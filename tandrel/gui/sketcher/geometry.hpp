@@ -44,15 +44,18 @@ inline double greater(double a, double b) {
   return std::isnan(a) || a > b ? a : b;
 }
 
+/// The smallest box around two others.
+inline Box join(const Box& a, const Box& b) {
+  return {{lesser(a.lo.x, b.lo.x), lesser(a.lo.y, b.lo.y)},
+          {greater(a.hi.x, b.hi.x), greater(a.hi.y, b.hi.y)}};
+}
+
 /// The bounding box of points; none for no points. A coordinate that isn't a number makes its
 /// bounds not a number either.
 inline std::optional<Box> bounding_box(std::span<const Point> points) {
   if (points.empty()) return std::nullopt;
   Box box{points.front(), points.front()};
-  for (const Point p : points.subspan(1)) {
-    box.lo = {lesser(box.lo.x, p.x), lesser(box.lo.y, p.y)};
-    box.hi = {greater(box.hi.x, p.x), greater(box.hi.y, p.y)};
-  }
+  for (const Point p : points.subspan(1)) box = join(box, {p, p});
   return box;
 }
 

@@ -1,10 +1,23 @@
 #include "painter.hpp"
 
+#include <algorithm>
+
 #include "python/error.hpp"
 
 namespace tandrel::sketcher {
 
 namespace {
+
+constexpr std::size_t kFewestPoints = 3;  // of a polygon
+constexpr std::size_t kManyPoints = 8;    // from here on a second command is cheaper than texts
+
+/// Points as the tuple x1, y1, x2, y2 ...
+Ref coordinates(std::span<const Point> points) {
+  std::vector<double> values;
+  values.reserve(2 * points.size());
+  for (const Point p : points) values.insert(values.end(), {p.x, p.y});
+  return py::tuple_of(values);
+}
 
 /// Whether looking `name` up on a canvas finds the method that tkinter defines for canvases, bound
 /// to this canvas: not one of a subclass, of the instance, or put into tkinter's class by somebody
@@ -66,9 +79,13 @@ void Painter::line(const Ref& coordinates, const ItemOptions& options) {
   create({0, "line"_n, "create_line"_n}, coordinates, options);
 }
 
-void Painter::polygon(const Ref& coordinates, const ItemOptions& options) {
+void Painter::polyline(const std::vector<Point>& points, const ItemOptions& options) {
+  create_through(points, {0, "line"_n, "create_line"_n}, options);
+}
+
+void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) {
   require_canvas();
-  create({1, "polygon"_n, "create_polygon"_n}, coordinates, options);
+  create_through(points, {1, "polygon"_n, "create_polygon"_n}, options);
 }
 
 void Painter::text(const Ref& coordinates, const ItemOptions& options) {
@@ -82,17 +99,39 @@ void Painter::circle(Point centre, double radius, const ItemOptions& options) {
   create({3, "oval"_n, "create_oval"_n}, box, options);
 }
 
-void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOptions& options) {
+const Ref& Painter::command_for(const ItemType& type) {
   Route& route = routes_.at(type.index);
   if (!route.is_known) {
     require_canvas();
     route = {true, direct_command(type)};
   }
-  if (route.command && options.words()) {
-    call_tcl_.apply(route.command.add(coordinates).add(options.words()));
+  return route.command;
+}
+
+void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOptions& options) {
+  const Ref& command = command_for(type);
+  if (command && options.words() && coordinates.size() != 0) {
+    call_tcl_.apply(command.add(coordinates).add(options.words()));
   } else {
     canvas_.attr(type.method).apply(coordinates, options.keywords());
   }
+}
+
+/// Tk makes a text of each coordinate that it gets with `create`, to look for options among them,
+/// and reads the number anew: most of the time that a long outline takes. It does neither with
+/// `coords`.
+void Painter::create_through(const std::vector<Point>& points, const ItemType& type,
+                             const ItemOptions& options) {
+  const Ref& command = command_for(type);
+  // What Tk makes of a coordinate that isn't finite depends on the way it comes.
+  const bool is_finite_all = std::all_of(points.begin(), points.end(), is_finite);
+  if (!command || !options.words() || points.size() < kManyPoints || !is_finite_all) {
+    create(type, coordinates(points), options);
+    return;
+  }
+  const std::span first(points.data(), kFewestPoints);
+  const Ref item = call_tcl_.apply(command.add(coordinates(first)).add(options.words()));
+  call_tcl_.apply(py::tuple(command[0], "coords"_n, item, coordinates(points)));
 }
 
 /// Raises TclError where the canvas is gone, closed by application code that was asked for what is
@@ -115,13 +154,6 @@ Ref Painter::direct_command(const ItemType& type) const {
       },
       py::Exception);
   return command;
-}
-
-Ref coordinates(const std::vector<Point>& points) {
-  std::vector<double> values;
-  values.reserve(2 * points.size());
-  for (const Point p : points) values.insert(values.end(), {p.x, p.y});
-  return py::tuple_of(values);
 }
 
 }  // namespace tandrel::sketcher

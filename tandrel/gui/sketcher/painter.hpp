@@ -43,8 +43,10 @@ class Painter {
 
   /// `coordinates` is the tuple x1, y1, x2, y2 ...
   void line(const Ref& coordinates, const ItemOptions& options);
-  void polygon(const Ref& coordinates, const ItemOptions& options);
   void text(const Ref& coordinates, const ItemOptions& options);
+  /// The line, or the filled outline, through pixels.
+  void polyline(const std::vector<Point>& points, const ItemOptions& options);
+  void polygon(const std::vector<Point>& points, const ItemOptions& options);
   /// The circle of `radius` pixels around a point.
   void circle(Point centre, double radius, const ItemOptions& options);
 
@@ -61,6 +63,9 @@ class Painter {
   };
 
   void create(const ItemType& type, const Ref& coordinates, const ItemOptions& options);
+  void create_through(const std::vector<Point>& points, const ItemType& type,
+                      const ItemOptions& options);
+  const Ref& command_for(const ItemType& type);
   Ref direct_command(const ItemType& type) const;
   void require_canvas() const;
 
@@ -69,8 +74,5 @@ class Painter {
   Ref ask_width_;  // such words, asking for the canvas's width
   std::array<Route, 4> routes_;
 };
-
-/// Points as the tuple x1, y1, x2, y2 ...
-Ref coordinates(const std::vector<Point>& points);
 
 }  // namespace tandrel::sketcher

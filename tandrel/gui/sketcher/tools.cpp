@@ -243,6 +243,8 @@ double distance_to(Point pixel, const std::vector<Point>& outline) {
   double nearest = std::numeric_limits<double>::infinity();
   for (const Point point : outline) {
     const Point d = point - pixel;
+    // No distance is shorter than its longer side, so most points need no square root.
+    if (greater(std::abs(d.x), std::abs(d.y)) > nearest) continue;
     nearest = lesser(nearest, std::hypot(d.x, d.y));
   }
   return nearest;

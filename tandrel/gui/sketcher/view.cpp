@@ -46,14 +46,14 @@ Ref framed_outlines(const Editor& editor) {
 /// refuses it in its own words.
 Box bounding_box_of(const Ref& outlines) {
   PointReader reader;
-  std::vector<Point> all;
+  std::optional<Box> all;
   bool has_empty = false;
   py::for_each(outlines, [&](const Ref& outline) {
-    const std::vector<Point> points = reader.read(outline);
-    has_empty = has_empty || points.empty();
-    all.insert(all.end(), points.begin(), points.end());
+    const std::optional<Box> box = bounding_box(reader.read(outline));
+    has_empty = has_empty || !box;
+    if (box) all = all ? join(*all, *box) : *box;
   });
-  if (!has_empty) return *bounding_box(all);
+  if (!has_empty) return all.value();
   const Ref stacked = global("np"_n).call("vstack"_n, outlines);
   const Ref lo = stacked.call("min"_n, py::kw("axis"_n, 0));
   return {read_point(lo), read_point(stacked.call("max"_n, py::kw("axis"_n, 0)))};
