@@ -1,7 +1,5 @@
 #include "painter.hpp"
 
-#include <algorithm>
-
 #include "python/error.hpp"
 
 namespace tandrel::sketcher {
@@ -123,9 +121,7 @@ void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOpt
 void Painter::create_through(const std::vector<Point>& points, const ItemType& type,
                              const ItemOptions& options) {
   const Ref& command = command_for(type);
-  // What Tk makes of a coordinate that isn't finite depends on the way it comes.
-  const bool is_finite_all = std::all_of(points.begin(), points.end(), is_finite);
-  if (!command || !options.words() || points.size() < kManyPoints || !is_finite_all) {
+  if (!command || !options.words() || points.size() < kManyPoints) {
     create(type, coordinates(points), options);
     return;
   }
