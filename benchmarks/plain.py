@@ -1,0 +1,147 @@
+"""The view, snapping, picking and repainting of the editor, written plainly in Python.
+
+What the module is measured against. Everything that isn't here is inherited, so it also shows
+that the editor's operations can be overridden in a subclass.
+"""
+
+import math
+
+import numpy as np
+from tandrel.gui import sketcher
+
+AXIS_1, AXIS_2, HIGHLIGHT = "#D2504B", "#3E9B5B", "#E8833A"
+
+
+class PlainEditor(sketcher.SketchEditor):
+    """An editor that behaves like its base class, operation by operation."""
+
+    def to_screen(self, p):
+        w, h = self.canvas.winfo_width(), self.canvas.winfo_height()
+        return (
+            w / 2 + (p[0] - self.centre[0]) * self.scale,
+            h / 2 - (p[1] - self.centre[1]) * self.scale,
+        )
+
+    def to_world(self, x, y):
+        w, h = self.canvas.winfo_width(), self.canvas.winfo_height()
+        return np.array(
+            [
+                self.centre[0] + (x - w / 2) / self.scale,
+                self.centre[1] - (y - h / 2) / self.scale,
+            ]
+        )
+
+    def key_points(self):
+        points = [np.zeros(2)]
+        for e in self.sk["entities"]:
+            kind = e["type"]
+            try:
+                if kind in ("circle", "regular"):
+                    points.append(np.array([float(e["xc"]), float(e["yc"])]))
+                if kind == "slot":
+                    points.append(np.array([float(e["x1"]), float(e["y1"])]))
+                    points.append(np.array([float(e["x2"]), float(e["y2"])]))
+                if kind in ("rectangle", "polygon", "regular"):
+                    for corner in sketcher.S.corners(e):
+                        points.append(np.array(corner))
+            except (ValueError, KeyError):
+                continue
+        return points + list(self.clicks)
+
+    def snapped(self, x, y):
+        w = self.to_world(x, y)
+        best, bd = None, sketcher.SNAP_PX
+        for k in self.key_points():
+            sx, sy = self.to_screen(k)
+            d = math.hypot(sx - x, sy - y)
+            if d < bd:
+                best, bd = k, d
+        if best is not None:
+            return np.array(best, float)
+        if self.snap.get():
+            g = self.grid_step()
+            return np.round(w / g) * g
+        return w
+
+    def pick(self, x, y):
+        p = self.to_world(x, y)
+        hits = []
+        for i, e in enumerate(self.sk["entities"]):
+            if not self._ok(e):
+                continue
+            o = sketcher.S.outline(e)
+            pixels = np.array([self.to_screen(q) for q in o])
+            near = np.hypot(pixels[:, 0] - x, pixels[:, 1] - y).min() <= sketcher.SNAP_PX
+            if near or sketcher.S.inside(o, p):
+                hits.append((sketcher.S.area(e), i))
+        return min(hits)[1] if hits else None
+
+    def redraw(self):
+        c = self.canvas
+        c.delete("all")
+        w, h = c.winfo_width(), c.winfo_height()
+        if w < 2:
+            return
+        self._draw_grid(w, h)
+        self._draw_axes(w, h)
+        for _, points in self.refs:
+            if len(points) >= 2:
+                flat = self._flat(points)
+                c.create_line(*flat, *flat[:2], fill=sketcher.PAL["muted"], dash=(2, 3))
+        self._draw_shapes()
+        self._preview()
+
+    def _draw_grid(self, w, h):
+        c = self.canvas
+        lo, hi = self.to_world(0, h), self.to_world(w, 0)
+        g = self.grid_step()
+        while g * self.scale < 10:
+            g *= 5
+        x = math.floor(lo[0] / g) * g
+        while x <= hi[0]:
+            sx = self.to_screen((x, 0))[0]
+            c.create_line(sx, 0, sx, h, fill=sketcher.PAL["bg"])
+            x += g
+        y = math.floor(lo[1] / g) * g
+        while y <= hi[1]:
+            sy = self.to_screen((0, y))[1]
+            c.create_line(0, sy, w, sy, fill=sketcher.PAL["bg"])
+            y += g
+
+    def _draw_axes(self, w, h):
+        c = self.canvas
+        ox, oy = self.to_screen((0, 0))
+        a, b = "x", "y"
+        if self.dim == 3:
+            a, b = sketcher.S.AXES.get(self.plane.get(), ("x", "y"))
+        c.create_line(0, oy, w, oy, fill=AXIS_1, dash=(4, 3))
+        c.create_line(ox, 0, ox, h, fill=AXIS_2, dash=(4, 3))
+        c.create_text(w - 6, oy - 4, text=a, anchor="se", fill=AXIS_1)
+        c.create_text(ox + 4, 6, text=b, anchor="nw", fill=AXIS_2)
+
+    def _draw_shapes(self):
+        entities = self.sk["entities"]
+        depth = self._depths(entities)
+        for i in sorted(range(len(entities)), key=lambda i: depth[i]):
+            e = entities[i]
+            if not self._ok(e):
+                continue
+            self.canvas.create_polygon(
+                *self._flat(sketcher.S.outline(e)),
+                fill=sketcher.PAL["accent_soft" if depth[i] % 2 == 0 else "panel"],
+                outline=HIGHLIGHT if i == self.sel else sketcher.PAL["accent"],
+                width=3 if i == self.sel else 2,
+            )
+            if i == self.sel:
+                self._dimensions(e)
+
+    def _depths(self, entities):
+        try:
+            if all(self._ok(e) for e in entities):
+                return sketcher.S.depths(self.sk)
+        except (ValueError, KeyError):
+            pass
+        return [0] * len(entities)
+
+    def _flat(self, points):
+        return [value for p in points for value in self.to_screen(p)]

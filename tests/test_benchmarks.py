@@ -1,0 +1,329 @@
+"""The benchmarks: the editor in plain Python behaves as the editor, and what is counted exactly."""
+
+import os
+import random
+import subprocess
+import sys
+from pathlib import Path
+
+import numpy as np
+import pytest
+from benchmarks import instructions, run
+from benchmarks.plain import PlainEditor
+from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
+from benchmarks.stage import PIXEL, Stage, recorded
+from support.canvas import items
+from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.plain import RecordingCanvas
+from tandrel import sketch as geometry
+
+ROOT = Path(__file__).resolve().parent.parent
+OVERRIDDEN = ("to_screen", "to_world", "key_points", "snapped", "pick", "redraw")
+
+
+def random_entity(dice):
+    """A shape of any type and size about the origin, now and then one that can't be built."""
+
+    def number(limit=0.1):
+        return dice.uniform(-limit, limit)
+
+    size = abs(number()) + 1e-4
+    made = dice.choice(
+        [
+            lambda: rectangle(number(), number(), size, size * 2, dice.choice([0.0, size / 5])),
+            lambda: circle(number(), number(), size),
+            lambda: regular(number(), number(), size, dice.randint(3, 9), number(180.0)),
+            lambda: slot(number(), number(), number(), number(), size / 4),
+            lambda: polygon(*[(number(), number()) for _ in range(dice.randint(3, 5))]),
+        ]
+    )()
+    if dice.random() < 0.05:
+        del made[dice.choice([key for key in made if key != "type"])]
+    return made
+
+
+def random_sketch(dice):
+    entities = [random_entity(dice) for _ in range(dice.randint(0, 25))]
+    return {"plane": dice.choice(geometry.PLANES), "offset": 0.0, "entities": entities}
+
+
+def random_state(dice, editors):
+    """Put both editors into the same state, as a user might have."""
+    entities = editors[0].sk["entities"]
+    scale = editors[0].scale * dice.choice([0.3, 1.0, 3.0])
+    centre = editors[0].centre + [dice.uniform(-0.05, 0.05), dice.uniform(-0.05, 0.05)]
+    tool = dice.choice(["select", "rectangle", "circle", "regular", "line", "slot"])
+    points = [np.array([dice.uniform(-0.1, 0.1), dice.uniform(-0.1, 0.1)]) for _ in range(5)]
+    clicks = points[: dice.randint(0, 2) if tool == "slot" else dice.randint(0, 4)]
+    drag = dice.choice([None, {"kind": "new", "start": points[-1]}])
+    selected = dice.choice([None, dice.randrange(len(entities))]) if entities else None
+    snapping, dim, grid = dice.random() < 0.7, dice.choice([2, 3]), dice.choice(["", "1", "7.5"])
+    for editor in editors:
+        editor.scale, editor.centre, editor.dim = scale, centre.copy(), dim
+        editor.clicks, editor.drag, editor.sel = list(clicks), drag, selected
+        editor.cursor = points[-2]
+        editor.tool.set(tool)
+        editor.snap.set(snapping)
+        editor.grid.set(grid)
+
+
+@pytest.fixture(scope="module")
+def references():
+    ring = np.array([[0.05, 0.0], [0.0, 0.05], [-0.05, 0.0], [0.0, -0.05]])
+    return [("ring", ring), ("point", ring[:1]), ("none", [])]
+
+
+@pytest.mark.parametrize("seed", range(12))
+class TestPlainEditor:
+    """On random sketches, in random states, on real canvases."""
+
+    @pytest.fixture
+    def editors(self, seed, open_editor, sketcher, references):
+        dice = random.Random(seed)
+        sk = random_sketch(dice)
+        both = [open_editor(sk, cls, references=references) for cls in (None, PlainEditor)]
+        random_state(dice, both)
+        return both
+
+    @pytest.fixture
+    def pixels(self, seed, editors):
+        """Everywhere on the canvas, and close to key points."""
+        dice = random.Random(-seed)
+        found = [(dice.randint(0, 620), dice.randint(0, 460)) for _ in range(30)]
+        for point in editors[0].key_points()[:30]:
+            x, y = editors[0].to_screen(point)
+            found.append((round(x) + dice.randint(-9, 9), round(y) + dice.randint(-9, 9)))
+        return found
+
+    def test_paints_the_same_items(self, editors):
+        pictures = []
+        for editor in editors:
+            editor.redraw()
+            pictures.append(items(editor.canvas))
+        assert pictures[0] == pictures[1]
+        assert len(pictures[0]) > 5
+
+    def test_makes_the_same_calls_on_a_canvas_of_another_kind(self, editors):
+        editor, plain = (
+            [(method.__name__, args, kwargs) for method, args, kwargs in recorded(editor)]
+            for editor in editors
+        )
+        assert editor == plain
+
+    def test_picks_the_same(self, editors, pixels):
+        editor, plain = editors
+        assert [editor.pick(*p) for p in pixels] == [plain.pick(*p) for p in pixels]
+
+    def test_snaps_to_the_same(self, editors, pixels):
+        editor, plain = ([e.snapped(*p).tolist() for p in pixels] for e in editors)
+        assert editor == plain
+
+    def test_has_the_same_key_points_and_view(self, editors, pixels):
+        editor, plain = editors
+        points = [p.tolist() for p in editor.key_points()]
+        assert points == [p.tolist() for p in plain.key_points()]
+        assert [editor.to_screen(p) for p in points] == [plain.to_screen(p) for p in points]
+        assert all(editor.to_world(*p).tolist() == plain.to_world(*p).tolist() for p in pixels)
+
+
+class TestOverriding:
+    def test_the_user_s_motions_reach_the_overrides(self, open_editor, send, monkeypatch):
+        called = []
+
+        def noted(name):
+            real = getattr(PlainEditor, name)
+            return lambda *args: called.append(name) or real(*args)
+
+        for name in OVERRIDDEN:
+            monkeypatch.setattr(PlainEditor, name, noted(name))
+        editor = open_editor({"entities": [circle(0.0, 0.0, 0.02)]}, PlainEditor)
+        del called[:]
+        send(editor).click(311, 231)
+        assert editor.sel == 0
+        assert set(called) == set(OVERRIDDEN)
+
+    @pytest.mark.parametrize("name", OVERRIDDEN)
+    def test_one_operation_alone_can_be_overridden(self, name, open_editor, sketcher):
+        """The others use the one that is overridden, and nothing looks different."""
+        called = []
+
+        def override(self, *args):
+            called.append(args)
+            return getattr(PlainEditor, name)(self, *args)
+
+        helpers = {key: value for key, value in vars(PlainEditor).items() if key[:5] == "_draw"}
+        helpers |= {key: vars(PlainEditor)[key] for key in ("_depths", "_flat")}
+        partly = type("Partly", (sketcher.SketchEditor,), {**helpers, name: override})
+        dice = random.Random(7)
+        sk = random_sketch(dice)
+        editors = [open_editor(sk, cls) for cls in (None, partly)]
+        random_state(dice, editors)
+        del called[:]
+        results = []
+        for editor in editors:
+            editor.redraw()
+            picture = items(editor.canvas)
+            results.append((picture, editor.snapped(*PIXEL).tolist(), editor.pick(*PIXEL)))
+        assert called
+        assert results[0] == results[1]
+
+
+@pytest.fixture
+def stage(root):
+    """Opens stages; they end with their main window."""
+    return lambda count: Stage(root, count)
+
+
+def counted(owner, name, operation, *arguments):
+    """How often a function is called during one operation."""
+    with calls_of(owner, name) as calls:
+        operation(*arguments)
+    return len(calls)
+
+
+class TestCalls:
+    @pytest.mark.parametrize("operation", ["redraw", "pick", "_extent"])
+    def test_the_host_is_asked_once_for_the_outline_of_each_shape(self, stage, operation):
+        arguments = PIXEL if operation == "pick" else ()
+        at = stage(30)
+        with asked_of(at.host):
+            asked = counted(at.host, "outline", getattr(at.editor, operation), *arguments)
+        assert asked == 30
+
+    @pytest.mark.parametrize("operation, times", [("redraw", 3), ("pick", 2)])
+    def test_the_plain_way_asks_more_often(self, stage, operation, times):
+        arguments = PIXEL if operation == "pick" else ()
+        at = stage(30)
+        with asked_of(at.host):
+            asked = counted(at.host, "outline", getattr(at.plain, operation), *arguments)
+        assert asked == 30 * times
+
+    @pytest.mark.parametrize("question", ["winfo_width", "winfo_height"])
+    @pytest.mark.parametrize("operation", ["redraw", "pick", "snapped", "_extent"])
+    def test_the_canvas_is_asked_for_its_size_as_often_for_any_sketch(
+        self, stage, operation, question
+    ):
+        arguments = PIXEL if operation in ("pick", "snapped") else ()
+        found = []
+        for count in (0, 10, 40):
+            at = stage(count)
+            with asked_of(at.host):
+                call = getattr(at.editor, operation)
+                found.append(counted(at.editor.canvas, question, call, *arguments))
+        assert found[1] == found[2]
+        # Without a selected shape there are no labels to place.
+        assert found[0] <= found[1] <= 6
+
+    def test_the_plain_way_asks_for_each_point(self, stage):
+        at = stage(10)
+        with asked_of(at.host):
+            asked = counted(at.plain.canvas, "winfo_width", at.plain.pick, *PIXEL)
+        assert asked == 1 + 10 * POINTS
+
+
+class TestSketches:
+    @pytest.mark.parametrize("count", [0, 1, 7, 100])
+    def test_has_so_many_good_shapes_of_64_points(self, count):
+        entities = sketch(count)["entities"]
+        assert len(entities) == count
+        assert {len(geometry.outline(e)) for e in entities} <= {POINTS}
+        assert count == 0 or geometry.check(sketch(count)) == []
+
+    def test_has_holes_and_islands(self):
+        depths = geometry.depths(sketch(100))
+        assert [depths.count(depth) for depth in (0, 1, 2)] == [60, 20, 20]
+
+    def test_the_host_in_memory_gives_the_host_s_answers(self, stage):
+        at = stage(20)
+        here = at.editor.to_world(*PIXEL)
+        for e in at.editor.sk["entities"]:
+            outline = at.host.outline(e)
+            assert outline is geometry.outline(e)
+            assert at.host.area(e) == geometry.area(e)
+            assert at.host.corners(e) is geometry.corners(e)
+            assert at.host.inside(outline, here) == geometry.inside(outline, here)
+        assert at.host.depths(at.editor.sk) == geometry.depths(at.editor.sk)
+
+    def test_something_is_under_the_pointer(self, stage):
+        at = stage(100)
+        with asked_of(at.host):
+            assert at.editor.pick(*PIXEL) is not None
+
+    def test_the_items_sent_again_make_the_same_picture(self, stage):
+        at = stage(15)
+        with asked_of(at.host):
+            at.editor.redraw()
+            picture = items(at.editor.canvas)
+            assert len(at.items) == 1 + len(picture)
+        at.send_items_again()
+        assert items(at.editor.canvas) == picture
+
+
+class TestRun:
+    @pytest.fixture(scope="class")
+    def quick(self):
+        environment = {key: value for key, value in os.environ.items() if key != "DISPLAY"}
+        command = [sys.executable, str(ROOT / "benchmarks" / "run.py"), "--quick"]
+        return subprocess.run(command, env=environment, capture_output=True, text=True, timeout=300)
+
+    def test_runs_without_a_display_and_reports_every_figure(self, quick):
+        assert (quick.returncode, quick.stderr) == (0, "")
+        for what, rows in (
+            ("repaint / sending its canvas items again", 3),
+            ("repaint, plain Python / ours", 3),
+            ("pick, plain Python / ours", 1),
+            ("snapped, plain Python / ours", 1),
+            ("outlines asked of the host per shape", 3),
+            ("growth of ", 4),
+            ("motion to painted", 2),
+        ):
+            assert quick.stdout.count(what) == rows, what
+        assert quick.stdout.count(" ok\n") == 3
+
+    def test_leaves_a_picture(self, quick):
+        (name,) = [line.split()[0] for line in quick.stdout.splitlines() if ".png" in line]
+        assert (ROOT / name).read_bytes().startswith(b"\x89PNG")
+
+    @pytest.mark.parametrize(
+        "bound, value, holds",
+        [
+            ({"most": 1.1}, 1.1, True),
+            ({"most": 1.1}, 1.11, False),
+            ({"least": 30}, 30, True),
+            ({"least": 30}, 29.9, False),
+        ],
+    )
+    def test_tells_a_missed_bound(self, bound, value, holds, capsys):
+        figure = run.Figure("figure", "100", value, **bound)
+        assert run.report(figure, judged=True) is holds
+        assert ("MISSED" in capsys.readouterr().out) is not holds
+        assert run.report(figure, judged=False)
+
+    @pytest.mark.parametrize("value, code", [(1.0, 0), (1.01, 1)])
+    def test_ends_with_1_where_a_bound_is_missed(self, value, code, monkeypatch, tmp_path):
+        figure = run.Figure("figure", "0", value, most=1.0, exact=True)
+        fine = run.Figure("figure", "0", 1.0, most=1.0, exact=True)
+        monkeypatch.setattr(run, "ROOT", tmp_path)
+        monkeypatch.setattr(run, "RESULTS", tmp_path / "results")
+        monkeypatch.setattr(run, "figures", lambda root, size: iter([fine, figure, fine]))
+        assert run.measure(run.QUICK, quick=True) == code
+        assert (tmp_path / "results" / "quick.png").exists()
+
+
+class TestInstructions:
+    """What callgrind counts; counting itself takes minutes."""
+
+    @pytest.mark.parametrize("operation", [instructions.repaint, instructions.motion])
+    def test_an_editor_without_a_window_paints_everything(self, operation):
+        editor = instructions.windowless(5)
+        editor.canvas = RecordingCanvas()
+        with asked_of(geometry):
+            operation(editor)
+        assert len(editor.canvas.named("create_polygon")) == 5
+        assert len(editor.canvas.named("delete")) == 1
+
+    def test_an_operation_is_repeated_as_often_as_asked(self, monkeypatch):
+        done = []
+        monkeypatch.setattr(instructions.Windowless, "redraw", lambda self: done.append(self))
+        instructions.repeat("repaint, no window", 3, 4)
+        assert len(done) == 4
