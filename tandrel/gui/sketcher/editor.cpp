@@ -30,11 +30,15 @@ Ref panel(const Ref& parent) {
   return themed("Frame"_n, parent, "style"_n, "Panel.TFrame");
 }
 
-void add_label(const Ref& parent, const Ref& text, const char* style, const Ref& padx = {}) {
-  const Ref label = themed("Label"_n, parent, "text"_n, text, "style"_n, style);
+void pack_left(const Ref& widget, const Ref& padx) {
   const Ref options = py::dict("side"_n, "left");
   if (padx) options.set_item("padx"_n, padx);
-  label.call("pack"_n, py::Keywords(options));
+  widget.call("pack"_n, py::Keywords(options));
+}
+
+void add_label(const Ref& parent, const Ref& text, const char* style, const Ref& padx = {}) {
+  const Ref label = themed("Label"_n, parent, "text"_n, text, "style"_n, style);
+  pack_left(label, padx);
 }
 
 void add_unit_label(const Ref& parent, const Ref& padx) {
@@ -43,9 +47,7 @@ void add_unit_label(const Ref& parent, const Ref& padx) {
 
 Ref add_entry(const Ref& parent, const Ref& entry_variable, int width, const Ref& padx = {}) {
   Ref entry = themed("Entry"_n, parent, "textvariable"_n, entry_variable, "width"_n, width);
-  const Ref options = py::dict("side"_n, "left");
-  if (padx) options.set_item("padx"_n, padx);
-  entry.call("pack"_n, py::Keywords(options));
+  pack_left(entry, padx);
   return entry;
 }
 
@@ -267,7 +269,7 @@ void close_half_built(const Editor& editor) noexcept {
   try {
     editor.call("destroy"_n);
   } catch (const py::Error&) {
-    // The error that stopped the construction is the one to report.
+    // Whatever it is: the error that stopped the construction is the one to report.
   }
 }
 

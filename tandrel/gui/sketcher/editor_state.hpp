@@ -52,7 +52,8 @@ class Editor {
   void redraw() const { call("redraw"_n); }
   /// The plane point that a pointer event stands for.
   Ref snapped(const Ref& event) const {
-    return call("snapped"_n, event.attr("x"_n), event.attr("y"_n));
+    const Ref x = event.attr("x"_n);
+    return call("snapped"_n, x, event.attr("y"_n));
   }
   /// The canvas pixel of a plane point, through the object's own `to_screen`.
   Point to_screen(const Ref& point) const;

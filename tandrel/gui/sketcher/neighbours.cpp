@@ -23,7 +23,8 @@ void clear_namespace() noexcept {
 }
 
 Ref global(const Ref& name) {
-  if (Ref found = py::find_item(namespace_dictionary(), name)) return found;
+  const Ref& dictionary = namespace_dictionary();  // empty after a load that failed
+  if (Ref found = dictionary ? py::find_item(dictionary, name) : Ref()) return found;
   py::Error::raise(py::NameError, "name '" + name.text() + "' is not defined");
 }
 

@@ -1,7 +1,5 @@
 #include "tables.hpp"
 
-#include <vector>
-
 #include "neighbours.hpp"
 #include "points.hpp"
 

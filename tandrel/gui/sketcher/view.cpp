@@ -53,7 +53,7 @@ Box bounding_box_of(const Ref& outlines) {
     has_empty = has_empty || !box;
     if (box) all = all ? join(*all, *box) : *box;
   });
-  if (!has_empty) return all.value();
+  if (all && !has_empty) return *all;
   const Ref stacked = global("np"_n).call("vstack"_n, outlines);
   const Ref lo = stacked.call("min"_n, py::kw("axis"_n, 0));
   return {read_point(lo), read_point(stacked.call("max"_n, py::kw("axis"_n, 0)))};

@@ -24,7 +24,8 @@ Ref zoom(const Ref& captured, const Ref& arguments) {
     const bool up = event.attr("delta"_n).number() > 0;
     factor = py::to_python(up ? kZoomStep : 1 / kZoomStep);
   }
-  return captured[0].call("_zoom"_n, factor, event.attr("x"_n), event.attr("y"_n));
+  const Ref x = event.attr("x"_n);
+  return captured[0].call("_zoom"_n, factor, x, event.attr("y"_n));
 }
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace tandrel::py {
 struct Kind {
   PyObject** type;
 };
-inline const Kind AttributeError{&PyExc_AttributeError};
 inline const Kind Exception{&PyExc_Exception};
 inline const Kind ImportError{&PyExc_ImportError};
 inline const Kind KeyError{&PyExc_KeyError};

@@ -31,9 +31,9 @@ void claim(const Extension& definition, PyObject* module) {
   loaded_module = Ref::borrow(module).release();
 }
 
+/// Lets the same interpreter try again; another one can't, for names that were made here stay.
 void release_claim() noexcept {
   Py_CLEAR(loaded_module);
-  owning_interpreter = kNobody;
 }
 
 }  // namespace

@@ -15,7 +15,6 @@
 
 #include <array>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>

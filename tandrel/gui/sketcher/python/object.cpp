@@ -228,6 +228,10 @@ void unpack(const Ref& iterable, std::span<Ref> items) {
   }
 }
 
+void raise_pending() {
+  throw Error::pending();
+}
+
 Ref iterator(const Ref& iterable) {
   return Ref::steal(PyObject_GetIter(iterable.get()));
 }

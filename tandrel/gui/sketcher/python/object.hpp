@@ -222,6 +222,7 @@ template <class Visit>
 void for_each(const Ref& iterable, Visit visit);
 
 namespace detail {
+[[noreturn]] void raise_pending();
 void unpack(const Ref& iterable, std::span<Ref> items);
 Ref next(const Ref& iterator);  // empty at the end
 Ref iterator(const Ref& iterable);
@@ -272,13 +273,13 @@ std::array<Ref, N> unpack(const Ref& iterable) {
 template <class Value>
 void Ref::set_attr(const Ref& name, const Value& value) const {
   const Ref& object = to_python(value);
-  if (PyObject_SetAttr(object_, name.get(), object.get()) < 0) borrow(nullptr);
+  if (PyObject_SetAttr(object_, name.get(), object.get()) < 0) detail::raise_pending();
 }
 
 template <class Value>
 void Ref::set_item(const Ref& key, const Value& value) const {
   const Ref& object = to_python(value);
-  if (PyObject_SetItem(object_, key.get(), object.get()) < 0) borrow(nullptr);
+  if (PyObject_SetItem(object_, key.get(), object.get()) < 0) detail::raise_pending();
 }
 
 template <class... Arguments>
