@@ -13,7 +13,7 @@ pytestmark = pytest.mark.usefixtures("neighbours")
 def accepting(**attributes):
     """A plain editor that can be accepted; `calls` holds what it did."""
     editor = PlainEditor(**attributes)
-    editor.calls = editor.watch("destroy")
+    editor.calls = editor.watch("destroy", "redraw", "refresh_list", "show_props")
     return editor
 
 

@@ -52,17 +52,15 @@ def test_applied_entity_replaces_the_selected_one(sketcher, neighbours):
 def test_entity_is_replaced_in_one_step_before_anything_shows_it(sketcher):
     steps = []
 
-    class Entities(list):
-        def keep(name):
-            def method(self, *args):
-                steps.append((name, *args))
-                return getattr(list, name)(self, *args)
+    def kept(name):
+        def method(self, *args):
+            steps.append((name, *args))
+            return getattr(list, name)(self, *args)
 
-            return method
+        return method
 
-        names = "__setitem__ __delitem__ __iadd__ append extend insert pop remove clear".split()
-        locals().update({name: keep(name) for name in names})
-
+    changes = "__setitem__ __delitem__ __iadd__ append extend insert pop remove clear".split()
+    Entities = type("Entities", (list,), {name: kept(name) for name in changes})
     editor = applying(circle(), CIRCLE_TEXTS, others=[rectangle()])
     editor.sk["entities"] = Entities(editor.sk["entities"])
     editor.status.configure = lambda text: steps.append(("status", text))

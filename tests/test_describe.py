@@ -219,6 +219,16 @@ def test_other_errors_of_an_outline_pass_through(sketcher, neighbours, kind):
     assert caught.value is error
 
 
+def test_error_that_passes_tells_where_it_was_raised(sketcher, neighbours, monkeypatch):
+    def outline(e):
+        return 1 / 0
+
+    monkeypatch.setattr(neighbours.S, "outline", outline)
+    with pytest.raises(ZeroDivisionError) as caught:
+        sketcher.SketchEditor._ok(circle())
+    assert caught.traceback[-1].name == "outline"
+
+
 def test_any_outline_that_is_returned_makes_an_entity_valid(sketcher, neighbours):
     for outline in ([], None, 3):
         neighbours.S.answers["outline"] = outline

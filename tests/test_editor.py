@@ -145,6 +145,11 @@ def test_default_step_sees_sketch_and_references(open_editor):
     assert editor.grid.get() == "100"
 
 
+def test_sketch_lies_in_space_unless_told_otherwise(open_editor):
+    dim = open_editor().dim
+    assert dim == 3 and type(dim) is int
+
+
 def test_arguments_in_their_order(root, sketcher):
     refs = [("edge", np.zeros((2, 2)))]
     editor = sketcher.SketchEditor(root, None, 2, "Region", refs, False)
@@ -174,7 +179,7 @@ def test_allow_plane_reaches_the_layout(open_editor, sketcher):
     open_editor(cls=Editor)
     open_editor(cls=Editor, allow_plane=False)
     open_editor(cls=Editor, allow_plane="yes")
-    assert given == [True, False, "yes"]
+    assert given == [True, False, "yes"] and given[0] is True
 
 
 # --- the window

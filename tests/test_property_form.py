@@ -3,12 +3,14 @@
 import math
 import tkinter as tk
 from tkinter import ttk
+from types import SimpleNamespace
 
 import pytest
 
 from support.events import focus
 from support.form import EVERY_TYPE, corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
+from support.plain import PlainEditor, Recorder, Var
 from support.widgets import button, walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
@@ -127,6 +129,11 @@ def test_values_are_formatted_as_floats(select, neighbours):
     assert {type(value) for value in formatted} == {float}
 
 
+def test_values_are_formatted_to_their_last_digit(select, neighbours):
+    select(regular(0.0, 0.0, 1.0, 6, 0.1 + 0.2))
+    assert neighbours.num_text.calls[-1] == (0.30000000000000004,)
+
+
 def test_units_are_asked_for_each_field(select, neighbours):
     editor = select(circle())
     before = neighbours.units.asked
@@ -208,6 +215,24 @@ def test_form_follows_the_move_of_a_shape(open_editor, send):
     assert form_of(editor) is not form
     moved = editor.sk["entities"][1]
     assert form_texts(editor)[0] == f"{moved['xc'] * 1000:.12g}" != "0"
+
+
+def test_form_of_an_editor_that_is_no_widget(sketcher, monkeypatch):
+    class Frame:
+        winfo_children = staticmethod(lambda: [])
+
+    given = []
+    tk_stand_in = SimpleNamespace(StringVar=lambda **options: given.append(options) or Var())
+    ttk_stand_in = SimpleNamespace(Button=lambda parent, **options: Recorder())
+    form = Recorder(entry=lambda *args, **kwargs: Recorder())
+    monkeypatch.setattr(sketcher, "tk", tk_stand_in)
+    monkeypatch.setattr(sketcher, "ttk", ttk_stand_in)
+    monkeypatch.setattr(sketcher, "Form", lambda parent, **options: form)
+    editor = PlainEditor(entities=[circle(0.001, 0.002, 0.003)], sel=0, props=Frame())
+    sketcher.SketchEditor.show_props(editor)
+    assert given == [{"value": "1"}, {"value": "2"}, {"value": "3"}]
+    assert [args[1] for args, _ in form.named("entry")] == list(editor.vars.values())
+    assert editor.status.texts == []
 
 
 # --- the corners of an outline

@@ -198,9 +198,8 @@ def test_replaced_copy_is_used(open_editor, replaced, sketcher):
 
 
 def test_replaced_math_is_used(replaced, sketcher):
-    through = Through(math, hypot=lambda dx, dy: 7.0)
-    replaced("math", through)
-    assert sketcher.describe(slot(r=1.0)) == "9000 mm x 2000 mm"
+    replaced("math", Through(math, hypot=lambda dx, dy: dx + 10 * dy))
+    assert sketcher.describe(slot(1.0, 2.0, 4.0, 4.0, 1.0)) == "25000 mm x 2000 mm"
 
 
 def test_replaced_tk_is_used(open_editor, replaced):

@@ -185,6 +185,14 @@ def test_selection_is_shown_by_its_row(sketcher):
     assert editor.calls == done("show_props")
 
 
+def test_selection_is_shown_before_the_form_is_rebuilt(sketcher):
+    editor = plain(circle(), circle(), sel=1)
+    seen = []
+    editor.show_props = lambda: seen.append(editor.list.selected)
+    sketcher.SketchEditor.refresh_list(editor)
+    assert seen == [("1",)]
+
+
 def test_selection_is_shown_with_a_kept_form_too(sketcher):
     editor = plain(circle(), sel=0)
     sketcher.SketchEditor.refresh_list(editor, keep=True)
@@ -198,6 +206,13 @@ def test_stale_selection_is_neither_shown_nor_changed(sketcher, sel):
     assert [call for call in editor.list.calls if call[0] == "selection_set"] == []
     assert editor.sel == sel
     assert editor.calls == done("show_props")
+
+
+def test_negative_selection_is_handed_to_the_list_as_it_is(sketcher):
+    editor = plain(circle(), circle(), sel=-1)
+    sketcher.SketchEditor.refresh_list(editor)
+    assert editor.list.calls[-1] == ("selection_set", ("-1",))
+    assert editor.sel == -1
 
 
 def test_no_selection_shows_none(sketcher):
@@ -224,6 +239,7 @@ def test_row_selected_by_the_user_becomes_the_selection(sketcher):
     assert sketcher.SketchEditor._list_selected(editor) is None
     assert editor.sel == 2 and type(editor.sel) is int
     assert seen == [("show_props", 2), ("redraw", 2)]
+    assert editor.status.texts == []
 
 
 def test_first_of_several_rows_counts(sketcher):
