@@ -39,7 +39,7 @@ struct Picture {
 
 // -- background --------------------------------------------------------------------------------
 
-void draw_grid(const Picture& picture, const Projection& projection, Painter& painter) {
+void draw_grid(const Picture& picture, Projection& projection, Painter& painter) {
   const Ref zero = py::to_python(0);
   const Point lo = projection.to_world(zero, picture.height);
   const Point hi = projection.to_world(picture.width, zero);
@@ -61,7 +61,7 @@ void draw_grid(const Picture& picture, const Projection& projection, Painter& pa
   });
 }
 
-void draw_axes(const Picture& picture, const Projection& projection, Painter& painter) {
+void draw_axes(const Picture& picture, Projection& projection, Painter& painter) {
   const Point origin = projection.to_screen({0, 0});
   const auto [first, second] = picture.editor.axis_names();
   const Ref dash = py::tuple(4, 3);
@@ -80,6 +80,7 @@ void draw_references(const Picture& picture, Projection& projection, Painter& pa
     const Ref points = py::unpack<2>(reference)[1];
     if (points.size() < 2) return;
     std::vector<Point> pixels = projection.to_screen_all(points);
+    if (pixels.empty()) return;  // whatever length it tells
     pixels.push_back(pixels.front());
     painter.polyline(pixels, ItemOptions("fill"_n, palette("muted"_n), "dash"_n, py::tuple(2, 3)));
   });
@@ -91,7 +92,8 @@ void draw_references(const Picture& picture, Projection& projection, Painter& pa
 /// `_ok` is overridden and has to be asked at each turn.
 class Outlines {
  public:
-  explicit Outlines(const Editor& editor) : editor_(editor), own_ok_(editor.has_own("_ok"_n)) {}
+  Outlines(const Editor& editor, const Ref& entities)
+      : editor_(editor), own_ok_(entities.size() != 0 && editor.has_own("_ok"_n)) {}
 
   bool is_valid(std::size_t index, const Ref& entity) {
     return own_ok_ ? static_cast<bool>(find(index, entity)) : editor_.is_valid(entity);
@@ -170,7 +172,7 @@ class ShapeLooks {
 
 void draw_shapes(const Editor& editor, Projection& projection, Painter& painter) {
   const Ref entities = editor.entities();
-  Outlines outlines(editor);
+  Outlines outlines(editor, entities);
   const std::vector<double> depths = nesting_depths(editor, entities, outlines);
   ShapeLooks looks;
   for (const std::size_t index : painting_order(depths)) {

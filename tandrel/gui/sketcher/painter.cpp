@@ -22,14 +22,17 @@ Ref coordinates(std::span<const Point> points) {
 /// else.
 bool is_tkinters_own(const Ref& canvas, const Ref& name) {
   const Ref tkinter = py::imported("tkinter"_n);
+  if (!tkinter) return false;
   const Ref method = canvas.attr(name);
   const Ref function = method.attr("__func__"_n);
-  return method.attr("__self__"_n).is(canvas) && function.is(tkinter.attr("Canvas"_n).attr(name)) &&
+  return method.attr("__self__"_n).is(canvas) && function.attr("__name__"_n).equals(name) &&
+         function.is(tkinter.attr("Canvas"_n).attr(name)) &&
          function.attr("__globals__"_n).is(tkinter.attr("__dict__"_n));
 }
 
 bool is_tkinters_interpreter(const Ref& interpreter) {
-  return interpreter.type().is(py::imported("_tkinter"_n).attr("TkappType"_n));
+  const Ref tkinter = py::imported("_tkinter"_n);
+  return tkinter && interpreter.type().is(tkinter.attr("TkappType"_n));
 }
 
 /// The word that tkinter writes for an option's value, or an empty handle. Texts and numbers go as
@@ -82,13 +85,11 @@ void Painter::polyline(const std::vector<Point>& points, const ItemOptions& opti
 }
 
 void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) {
-  require_canvas();
-  create_through(points, {1, "polygon"_n, "create_polygon"_n}, options);
+  create_through(points, {1, "polygon"_n, "create_polygon"_n, true}, options);
 }
 
 void Painter::text(const Ref& coordinates, const ItemOptions& options) {
-  require_canvas();
-  create({2, "text"_n, "create_text"_n}, coordinates, options);
+  create({2, "text"_n, "create_text"_n, true}, coordinates, options);
 }
 
 void Painter::circle(Point centre, double radius, const ItemOptions& options) {
@@ -99,10 +100,8 @@ void Painter::circle(Point centre, double radius, const ItemOptions& options) {
 
 const Ref& Painter::command_for(const ItemType& type) {
   Route& route = routes_.at(type.index);
-  if (!route.is_known) {
-    require_canvas();
-    route = {true, direct_command(type)};
-  }
+  if (!route.is_known || type.shows_answers) require_canvas();
+  if (!route.is_known) route = {true, direct_command(type)};
   return route.command;
 }
 

@@ -53,8 +53,9 @@ class Painter {
  private:
   struct ItemType {
     std::size_t index;
-    Ref name;    // as Tcl knows it
-    Ref method;  // the canvas method that makes one
+    Ref name;                    // as Tcl knows it
+    Ref method;                  // the canvas method that makes one
+    bool shows_answers = false;  // of the application, asked for each item
   };
   /// How items of one type reach Tk, found out at the first of them.
   struct Route {

@@ -14,14 +14,6 @@ constexpr int kLeastSides = 3;
 constexpr int kDefaultSides = 6;
 constexpr int kAngleDecimals = 6;
 
-struct CoordinateKeys {
-  const char* x;
-  const char* y;
-};
-
-/// Where entities of all types keep their position.
-constexpr CoordinateKeys kPositionKeys[] = {{"x", "y"}, {"xc", "yc"}, {"x1", "y1"}, {"x2", "y2"}};
-
 // -- hover -------------------------------------------------------------------------------------
 
 void motion(const Editor& editor, const Ref& event) {
@@ -62,11 +54,11 @@ bool is_elsewhere(const Ref& point, const Ref& other) {
 }
 
 void press_line(const Editor& editor, const Ref& event, const Ref& point) {
-  const Ref clicks = editor.get("clicks"_n);
-  if (closes_outline(editor, event, clicks)) {
+  if (closes_outline(editor, event, editor.get("clicks"_n))) {
     editor.call("close_line"_n);
     return;
   }
+  const Ref clicks = editor.get("clicks"_n);
   if (!clicks.truth() || is_elsewhere(point, clicks[clicks.size() - 1])) {
     clicks.call("append"_n, point);
   }
@@ -284,15 +276,20 @@ void shift_coordinate(const Ref& entity, const Ref& key, double by) {
   entity.set_item(key, entity[key].to_float() + by);
 }
 
+/// Shifts the position that an entity of any type keeps under these two keys, if it has them.
+void shift_position(const Ref& entity, const Ref& x_key, const Ref& y_key, Point by) {
+  if (!entity.contains(x_key)) return;
+  shift_coordinate(entity, x_key, by.x);
+  shift_coordinate(entity, y_key, by.y);
+}
+
 Ref moved(const Ref& entity, const Ref& by) {
   Ref result = deepcopy(entity);
   const Point shift{by[0].to_float(), by[1].to_float()};
-  for (const CoordinateKeys& keys : kPositionKeys) {
-    const Ref x = py::interned(keys.x);
-    if (!result.contains(x)) continue;
-    shift_coordinate(result, x, shift.x);
-    shift_coordinate(result, py::interned(keys.y), shift.y);
-  }
+  shift_position(result, "x"_n, "y"_n, shift);
+  shift_position(result, "xc"_n, "yc"_n, shift);
+  shift_position(result, "x1"_n, "y1"_n, shift);
+  shift_position(result, "x2"_n, "y2"_n, shift);
   if (result["type"_n].equals("polygon"_n)) {
     const Ref points = py::list();
     py::for_each(result["points"_n], [&](const Ref& point) {

@@ -138,7 +138,8 @@ Ref default_grid(const Editor& editor) {
 
 // -- key points and snapping -------------------------------------------------------------------
 
-/// Calls `point(x, y)` for the centres and `corner(corner)` for the corners of an entity.
+/// Calls `on_point` with each centre of an entity, then `on_corners` with what the host gives for
+/// its corners.
 template <class OnPoint, class OnCorners>
 void visit_key_points_of(const Ref& entity, const Ref& type, OnPoint on_point,
                          OnCorners on_corners) {
@@ -181,38 +182,43 @@ Ref key_points(const Editor& editor) {
 class NearestPixel {
  public:
   explicit NearestPixel(Point pixel)
-      : pixel_(pixel),
-        hypot_(global("math"_n).attr("hypot"_n)),
-        is_hypot_builtin_(hypot_.is_builtin_function()),
-        distance_(snap_radius()) {}
+      : pixel_(pixel), hypot_(global("math"_n).attr("hypot"_n)), distance_(snap_radius()) {}
+
+  /// Whether distances are measured by the interpreter's own function, which never fails.
+  bool has_own_hypot() const {
+    return hypot_.is_builtin_function() && hypot_.attr("__name__"_n).equals("hypot"_n);
+  }
 
   /// Whether a screen point is closer than all before it; the first of equals stays.
   bool offer(Point screen) {
     const Point d = screen - pixel_;
-    // No distance is shorter than its longer side, so most points need no call. The margin is far
-    // wider than a rounding error.
-    constexpr double kMargin = 1.001;
-    const bool is_far = std::max(std::abs(d.x), std::abs(d.y)) > distance_ * kMargin;
-    if (is_far && is_hypot_builtin_) return false;
     const double distance = hypot_(d.x, d.y).number();
     if (!(distance < distance_)) return false;
     distance_ = distance;
     return true;
   }
 
+  /// The same where the function is the interpreter's own: no distance is shorter than its longer
+  /// side, so most points need no call. The margin is far wider than a rounding error.
+  bool offer_with_own_hypot(Point screen) {
+    constexpr double kMargin = 1.001;
+    const Point d = screen - pixel_;
+    if (greater(std::abs(d.x), std::abs(d.y)) > distance_ * kMargin) return false;
+    return offer(screen);
+  }
+
  private:
   Point pixel_;
   Ref hypot_;
-  bool is_hypot_builtin_;
   double distance_;
 };
 
 /// The nearest of the class's own key points, without making arrays of them.
-std::optional<Point> nearest_own_key_point(const Editor& editor, const Projection& projection,
+std::optional<Point> nearest_own_key_point(const Editor& editor, Projection& projection,
                                            NearestPixel nearest) {
   std::optional<Point> best;
   const auto offer = [&](Point point) {
-    if (nearest.offer(projection.to_screen(point))) best = point;
+    if (nearest.offer_with_own_hypot(projection.to_screen(point))) best = point;
   };
   PointReader reader;
   offer({});
@@ -223,9 +229,10 @@ std::optional<Point> nearest_own_key_point(const Editor& editor, const Projectio
 }
 
 std::optional<Point> nearest_key_point(const Editor& editor, Point pixel) {
-  const Projection projection(editor);
+  Projection projection(editor);
   NearestPixel nearest(pixel);
-  if (editor.has_own("key_points"_n) && editor.has_own("to_screen"_n)) {
+  if (editor.has_own("key_points"_n) && projection.has_own_to_screen() && nearest.has_own_hypot() &&
+      global("np"_n).is(py::imported("numpy"_n))) {
     return nearest_own_key_point(editor, projection, nearest);
   }
   Ref best;

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 
 namespace tandrel::py {
 
@@ -52,6 +53,8 @@ void restore_as_python_error() noexcept {
   } catch (const Error& error) {
     error.restore();
   } catch (const std::bad_alloc&) {
+    PyErr_NoMemory();
+  } catch (const std::length_error&) {  // more than any memory holds
     PyErr_NoMemory();
   } catch (const std::exception& error) {
     PyErr_SetString(PyExc_SystemError, error.what());

@@ -1,0 +1,139 @@
+"""Shortcuts ask for no more than the plain way and are taken only where nothing is replaced."""
+
+import math
+import subprocess
+import sys
+import tkinter as tk
+import types
+from pathlib import Path
+
+import numpy as np
+import pytest
+from support.neighbours import circle
+from support.plain import PlainEditor, RecordingCanvas, Var
+
+ROOT = Path(__file__).resolve().parent.parent
+
+CHILD = """
+import sys; sys.path[:0] = ["host", "build", "tests", "."]
+import tandrel.gui.sketcher as sketcher
+from support.plain import PlainEditor
+"""
+
+
+def lives(program):
+    """Fails where the program, run in a process of its own, ends in a crash or an error."""
+    command = [sys.executable, "-X", "faulthandler", "-c", CHILD + program]
+    ended = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, timeout=60)
+    assert ended.returncode == 0, ended.stderr
+
+
+def test_a_reference_whose_length_is_a_lie(sketcher):
+    lives(
+        """
+class Points:
+    def __len__(self): return 2
+    def __iter__(self): return iter(())
+e = PlainEditor(); e.refs = [("edge", Points())]
+e.redraw()
+assert len([args for name, args, _ in e.canvas.drawn if name == "create_line"]) > 2
+"""
+    )
+
+
+def test_an_interpreter_without_tk_s_module(sketcher):
+    lives('del sys.modules["_tkinter"]\nPlainEditor().redraw()\n')
+
+
+class Bare:
+    """Only the attributes given."""
+
+    def __init__(self, **attributes):
+        vars(self).update(attributes)
+
+
+def test_the_preview_needs_no_to_world(sketcher):
+    e = Bare(
+        canvas=RecordingCanvas(),
+        cursor=np.zeros(2),
+        tool=Var("select"),
+        drag=None,
+        clicks=[],
+        to_screen=lambda p: (1.0, 2.0),
+    )
+    sketcher.SketchEditor._preview(e)
+    assert len(e.canvas.drawn) == 1
+
+
+def test_the_preview_with_another_to_screen_reads_no_view(neighbours):
+    e = PlainEditor(to_screen=lambda p: (1.0, 2.0))
+    del e.scale, e.centre
+    e._preview()
+    assert e.canvas.sizes_asked == 0
+
+
+def test_picking_in_an_empty_sketch_needs_no_to_screen(sketcher):
+    e = Bare(sk={"entities": []}, to_world=lambda x, y: (0.0, 0.0))
+    assert sketcher.SketchEditor.pick(e, 1, 2) is None
+
+
+def test_repainting_an_empty_sketch_needs_no_ok(neighbours, sketcher):
+    e = Bare(
+        canvas=RecordingCanvas(),
+        refs=[],
+        sk={"entities": []},
+        dim=2,
+        sel=None,
+        scale=1.0,
+        to_screen=lambda p: (1.0, 2.0),
+        to_world=lambda x, y: (0.0, 0.0),
+        grid_step=lambda: 1.0,
+        _preview=lambda: None,
+    )
+    sketcher.SketchEditor.redraw(e)
+
+
+def test_an_event_s_x_is_read_first(neighbours):
+    with pytest.raises(AttributeError, match="'x'"):
+        PlainEditor()._motion(object())
+
+
+def test_an_error_of_a_replaced_hypot_passes(neighbours, sketcher, monkeypatch):
+    def hypot(dx, dy):
+        if dx > 0:
+            raise ValueError("hypot")
+        return math.hypot(dx, dy)
+
+    monkeypatch.setattr(sketcher, "math", types.SimpleNamespace(hypot=hypot))
+    e = PlainEditor(entities=[circle(3.0, 3.0)])
+    with pytest.raises(ValueError, match="hypot"):
+        e.snapped(200, 150)
+
+
+def test_another_built_in_function_as_hypot_is_asked_for_every_point(
+    neighbours, sketcher, monkeypatch
+):
+    monkeypatch.setattr(sketcher, "math", types.SimpleNamespace(hypot=min))
+    assert PlainEditor(snap=Var(False)).snapped(300, 152).tolist() == [0.0, 0.0]
+
+
+def test_an_outline_without_points_is_the_same_either_way(open_editor, sketcher, monkeypatch):
+    editor = open_editor({"entities": [circle(r=0.01)]})
+    host = types.SimpleNamespace(outline=lambda e: [], depths=lambda sk: [0], AXES={})
+    monkeypatch.setattr(sketcher, "S", host)
+    create_polygon = editor.canvas.create_polygon
+    with pytest.raises(IndexError) as direct:
+        editor.redraw()
+    editor.canvas.create_polygon = lambda *args, **options: create_polygon(*args, **options)
+    with pytest.raises(IndexError) as around:
+        editor.redraw()
+    assert str(direct.value) == str(around.value)
+    monkeypatch.undo()
+
+
+def test_a_method_of_tk_in_another_one_s_place_is_called(open_editor, monkeypatch):
+    e = open_editor(None)
+    monkeypatch.setattr(tk.Canvas, "create_oval", tk.Canvas.create_rectangle)
+    e.redraw()
+    kinds = {e.canvas.type(i) for i in e.canvas.find_all()}
+    assert "rectangle" in kinds and "oval" not in kinds
