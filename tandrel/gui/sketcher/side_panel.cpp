@@ -102,8 +102,7 @@ void keep_delete_keys(const Ref& box) {
     box.call("bind_class"_n, tag, key, "break"_n);
   }
   const Ref tags = box.call("bindtags"_n).to_list();
-  const Ref text_class = tags.call("index"_n, box.call("winfo_class"_n));
-  tags.call("insert"_n, text_class.add(py::to_python(1)), tag);
+  tags.call("insert"_n, 2, tag);  // a new widget's tags: itself, its class, its window, all
   box.call("bindtags"_n, tags.to_tuple());
 }
 
