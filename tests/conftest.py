@@ -1,5 +1,6 @@
 """The display, the module and the windows that tests share."""
 
+import copy
 import importlib
 import os
 import sys
@@ -12,6 +13,7 @@ sys.path[:0] = [str(ROOT / "host"), str(ROOT / "build"), str(ROOT)]
 
 from demo.display import x_server  # noqa: E402
 from support import neighbours as scripted  # noqa: E402
+from support.desk import Desk  # noqa: E402
 from support.events import Send, settle  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
 
@@ -97,3 +99,14 @@ def select(open_editor):
 def send():
     """The user's hands on an editor's canvas: send(editor).press(x, y) ..."""
     return Send
+
+
+@pytest.fixture
+def desk(open_editor, send):
+    """Opens an editor with its user: desk(sketch, **arguments of the editor)."""
+
+    def open_one(sketch=None, **kwargs):
+        editor = open_editor(copy.deepcopy(sketch), **kwargs)
+        return Desk(editor, send(editor))
+
+    return open_one

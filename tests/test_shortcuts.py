@@ -137,3 +137,12 @@ def test_a_method_of_tk_in_another_one_s_place_is_called(open_editor, monkeypatc
     e.redraw()
     kinds = {e.canvas.type(i) for i in e.canvas.find_all()}
     assert "rectangle" in kinds and "oval" not in kinds
+
+
+def test_picking_measures_with_a_replaced_numpy(neighbours, sketcher, monkeypatch):
+    editor = PlainEditor(entities=[circle(0.0, 0.0, 1.0)])
+    outside = [float(v) for v in editor.to_screen((30.0, 0.0))]
+    assert editor.pick(*outside) is None
+    replaced = types.SimpleNamespace(array=np.array, hypot=lambda dx, dy: np.float64(9.0))
+    monkeypatch.setattr(sketcher, "np", replaced)
+    assert editor.pick(*outside) == 0

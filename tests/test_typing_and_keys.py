@@ -32,17 +32,6 @@ def millimetres_in_english():
     i18n.set_language(before[1])
 
 
-@pytest.fixture
-def desk(open_editor, send):
-    """Opens an editor with its user: desk(sketch, **arguments of the editor)."""
-
-    def open_one(sketch=None, **kwargs):
-        editor = open_editor(copy.deepcopy(sketch), **kwargs)
-        return Desk(editor, send(editor))
-
-    return open_one
-
-
 FIELDS_AND_VALUES = [
     (rectangle(-0.03, -0.02, 0.06, 0.04), "x", "12.5", 0.0125),
     (rectangle(-0.03, -0.02, 0.06, 0.04), "y", "-7", -0.007),

@@ -44,17 +44,6 @@ def close_as_the_window_manager_does(window):
         window.destroy()
 
 
-@pytest.fixture
-def desk(open_editor, send):
-    """Opens an editor with its user: desk(sketch, **arguments of the editor)."""
-
-    def open_one(sketch=None, **kwargs):
-        editor = open_editor(copy.deepcopy(sketch), **kwargs)
-        return Desk(editor, send(editor))
-
-    return open_one
-
-
 @pytest.fixture(params=[0, 5, -3], ids=["fitted", "zoomed in", "zoomed out"])
 def drawing(request, desk):
     """An empty sketch in different views, reached with the wheel and the right button."""

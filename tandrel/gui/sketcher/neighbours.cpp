@@ -28,6 +28,11 @@ Ref global(const Ref& name) {
   py::Error::raise(py::NameError, "name '" + name.text() + "' is not defined");
 }
 
+bool has_own_numpy() {
+  const Ref numpy = py::imported("numpy"_n);
+  return numpy && global("np"_n).is(numpy);
+}
+
 Ref array(Point point) {
   return global("np"_n).call("array"_n, py::list(point.x, point.y));
 }

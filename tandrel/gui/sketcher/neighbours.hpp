@@ -55,6 +55,8 @@ inline Ref deepcopy(const Ref& object) {
 inline double snap_radius() {
   return global("SNAP_PX"_n).number();
 }
+/// Whether `np` is numpy as it was imported, so that the same may be computed without it.
+bool has_own_numpy();
 /// `np.array([x, y])`.
 Ref array(Point point);
 /// `np.array(vector, float)`.

@@ -242,11 +242,23 @@ double distance_to(Point pixel, const std::vector<Point>& outline) {
   return nearest;
 }
 
+/// The same by the module's `np`, whatever has been put in its place.
+double distance_by_numpy(Point pixel, const std::vector<Point>& outline) {
+  const Ref np = global("np"_n);
+  double nearest = std::numeric_limits<double>::infinity();
+  for (const Point point : outline) {
+    const Point d = point - pixel;
+    nearest = lesser(nearest, np.call("hypot"_n, d.x, d.y).number());
+  }
+  return nearest;
+}
+
 Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
   const Ref world = editor.call("to_world"_n, x, y);
   const Point pixel{x.number(), y.number()};
   Projection projection(editor);
   const double radius = snap_radius();
+  const auto distance = has_own_numpy() ? distance_to : distance_by_numpy;
   Ref hit = Ref::none();
   double hit_area = 0;
   Py_ssize_t index = 0;
@@ -254,7 +266,7 @@ Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
     const Py_ssize_t current = index++;
     const Ref outline = editor.valid_outline(entity);
     if (!outline) return;
-    const bool is_near = distance_to(pixel, projection.to_screen_all(outline)) <= radius;
+    const bool is_near = distance(pixel, projection.to_screen_all(outline)) <= radius;
     if (!is_near && !S().call("inside"_n, outline, world).truth()) return;
     const double area = S().call("area"_n, entity).number();
     if (hit.is_none() || area < hit_area) {

@@ -232,7 +232,7 @@ std::optional<Point> nearest_key_point(const Editor& editor, Point pixel) {
   Projection projection(editor);
   NearestPixel nearest(pixel);
   if (editor.has_own("key_points"_n) && projection.has_own_to_screen() && nearest.has_own_hypot() &&
-      global("np"_n).is(py::imported("numpy"_n))) {
+      has_own_numpy()) {
     return nearest_own_key_point(editor, projection, nearest);
   }
   Ref best;
