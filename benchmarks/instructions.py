@@ -19,7 +19,11 @@ from types import SimpleNamespace
 from typing import Callable, NamedTuple
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "host"), str(ROOT / "build")]
+sys.path.insert(0, str(ROOT))
+
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
 
 import numpy as np  # noqa: E402
 from benchmarks.sketches import answers, asked_of, sketch  # noqa: E402

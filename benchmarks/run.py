@@ -11,7 +11,11 @@ from pathlib import Path
 from typing import NamedTuple
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "host"), str(ROOT / "build")]
+sys.path.insert(0, str(ROOT))
+
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
 
 from benchmarks import picture  # noqa: E402
 from benchmarks.latency import dragging, hovering  # noqa: E402

@@ -15,7 +15,11 @@ from pathlib import Path
 from typing import Any
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "host"), str(ROOT / "build")]
+sys.path.insert(0, str(ROOT))
+
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
 
 PART = ROOT / "host" / "parts" / "flange.json"
 

@@ -9,7 +9,11 @@ from pathlib import Path
 import pytest
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT / "host"), str(ROOT / "build"), str(ROOT)]
+sys.path.insert(0, str(ROOT))
+
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
 
 from demo.display import x_server  # noqa: E402
 from support import neighbours as scripted  # noqa: E402

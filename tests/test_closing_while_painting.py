@@ -8,11 +8,9 @@ import os
 import subprocess
 import sys
 import textwrap
-from pathlib import Path
 
 import pytest
-
-ROOT = Path(__file__).resolve().parent.parent
+from demo.places import SEARCH_PATH
 
 PROGRAM = """
 import sys, tkinter as tk, types
@@ -65,7 +63,7 @@ print("survived")
 @pytest.mark.parametrize("kind", ["outline", "depths"])
 @pytest.mark.parametrize("occasion", ["opening", "shown"])
 def test_the_process_lives_on_and_the_next_dialog_opens(display, kind, occasion):
-    path = os.pathsep.join(str(ROOT / folder) for folder in ("host", "build"))
+    path = os.pathsep.join(SEARCH_PATH)
     run = subprocess.run(
         [sys.executable, "-X", "faulthandler", "-c", textwrap.dedent(PROGRAM), kind, occasion],
         env={**os.environ, "PYTHONPATH": path},

@@ -3,9 +3,8 @@
 import os
 import subprocess
 import sys
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+from demo.places import SEARCH_PATH
 
 PROGRAM = """
 import sys, tkinter
@@ -34,7 +33,7 @@ print(tandrel.gui.sketcher.describe({"type": "circle", "r": 0.5}))
 
 
 def test_it_is_an_error_to_use_it_and_the_next_load_succeeds():
-    path = os.pathsep.join(str(ROOT / folder) for folder in ("host", "build"))
+    path = os.pathsep.join(SEARCH_PATH)
     run = subprocess.run(
         [sys.executable, "-X", "faulthandler", "-c", PROGRAM],
         env={**os.environ, "PYTHONPATH": path},

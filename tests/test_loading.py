@@ -12,9 +12,9 @@ import textwrap
 from pathlib import Path
 
 import pytest
+from demo.places import BUILD
 
 TESTS = Path(__file__).resolve().parent
-BUILD = TESTS.parent / "build"
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"
 STABLE_SYMBOLS = TESTS / "support" / "stable_abi_3_9.txt"
 ALREADY = "Module 'sketcher' has already been imported. Re-initialisation is not supported."

@@ -5,17 +5,15 @@ import subprocess
 import sys
 import tkinter as tk
 import types
-from pathlib import Path
 
 import numpy as np
 import pytest
+from demo.places import ROOT, SEARCH_PATH
 from support.neighbours import circle
 from support.plain import PlainEditor, RecordingCanvas, Var
 
-ROOT = Path(__file__).resolve().parent.parent
-
-CHILD = """
-import sys; sys.path[:0] = ["host", "build", "tests", "."]
+CHILD = f"""
+import sys; sys.path[:0] = {[*SEARCH_PATH, str(ROOT), str(ROOT / "tests")]}
 import tandrel.gui.sketcher as sketcher
 from support.plain import PlainEditor
 """

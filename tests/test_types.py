@@ -13,7 +13,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-
+from demo.places import SEARCH_PATH
 from support.neighbours import one_of_each
 from support.plain import Event
 
@@ -49,7 +49,7 @@ def search_path(tmp_path_factory):
 def run_checker(search_path, tmp_path_factory):
     """Runs one of mypy's programs; its exit code and what it printed."""
     folder = tmp_path_factory.mktemp("mypy")
-    modules = os.pathsep.join([str(ROOT / "build"), str(ROOT / "host")])
+    modules = os.pathsep.join(SEARCH_PATH)
     environment = {**os.environ, "MYPYPATH": search_path, "PYTHONPATH": modules}
 
     def run(program, *arguments):

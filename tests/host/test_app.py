@@ -11,6 +11,7 @@ from tkinter import filedialog, messagebox
 
 import numpy as np
 import pytest
+from demo.places import SEARCH_PATH
 from shapely.geometry import Polygon
 from support.events import settle
 from tandrel import app as application
@@ -357,7 +358,7 @@ def test_leaving_without_unsaved_work_doesn_t_ask(start, part, monkeypatch):
 
 
 def run(arguments, display_name):
-    search = os.pathsep.join([str(HOST), str(HOST.parent / "build")])
+    search = os.pathsep.join(SEARCH_PATH)
     environment = {**os.environ, "PYTHONPATH": search, "DISPLAY": display_name}
     return subprocess.run(
         [sys.executable, "-m", "tandrel", *arguments],
