@@ -4,7 +4,7 @@ PYTHON := /usr/bin/python3
 MODULE := build/tandrel/gui/sketcher.abi3.so
 
 .DEFAULT_GOAL := build
-.PHONY: run test build check bench clean
+.PHONY: run test build check bench wheel clean
 
 ## run: the stand-in application on a mounting flange; without a display, a replayed session
 run: build
@@ -13,7 +13,7 @@ run: build
 
 ## test: everything, on displays of its own
 test: build
-	@scripts/ensure-packages run test
+	@scripts/ensure-packages run wheel test
 	$(PYTHON) -m pytest tests
 
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so
@@ -32,6 +32,11 @@ bench: build
 	@scripts/ensure-packages run bench
 	$(PYTHON) benchmarks/run.py
 	$(PYTHON) benchmarks/instructions.py
+
+## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/
+wheel: build
+	@scripts/ensure-packages wheel
+	$(PYTHON) -m pip wheel --quiet --no-build-isolation --no-deps --wheel-dir build/wheels .
 
 clean:
 	rm -rf build
