@@ -19,6 +19,7 @@ from demo.display import x_server  # noqa: E402
 from support import neighbours as scripted  # noqa: E402
 from support.desk import Desk  # noqa: E402
 from support.events import Send, settle  # noqa: E402
+from support.interpreters import VERSIONS, interpreter_of  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
 
 
@@ -46,6 +47,18 @@ def managed_display():
 def sketcher():
     """The module."""
     return importlib.import_module("tandrel.gui.sketcher")
+
+
+@pytest.fixture(params=VERSIONS)
+def interpreter(request):
+    """Each of the other versions of the interpreter that is there."""
+    return interpreter_of(request.param)
+
+
+@pytest.fixture(params=["this", *VERSIONS])
+def any_interpreter(request):
+    """This interpreter, and each of the other versions that is there."""
+    return sys.executable if request.param == "this" else interpreter_of(request.param)
 
 
 @pytest.fixture

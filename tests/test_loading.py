@@ -1,11 +1,9 @@
-"""How the module loads: its imports, its refusals, every interpreter that can be found."""
+"""How the module loads: its imports, its refusals, once in a process."""
 
 import importlib
 import json
-import math
 import os
 import re
-import shutil
 import subprocess
 import sys
 import textwrap
@@ -16,7 +14,6 @@ from demo.places import BUILD
 
 TESTS = Path(__file__).resolve().parent
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"
-STABLE_SYMBOLS = TESTS / "support" / "stable_abi_3_9.txt"
 ALREADY = "Module 'sketcher' has already been imported. Re-initialisation is not supported."
 SECOND_INTERPRETER = (
     "Interpreter change detected - this module can only be loaded into one interpreter "
@@ -24,38 +21,6 @@ SECOND_INTERPRETER = (
 )
 IMPORTED = "copy math tkinter tkinter.ttk typing numpy tandrel.sketch".split()
 IMPORTED += ["tandrel.gui.i18n", "tandrel.gui.widgets"]
-VERSIONS = ["3.9", "3.10", "3.11", "3.12", "3.13"]
-
-
-def found_interpreters():
-    """The interpreters of other versions in the user's home, by their version."""
-    found = {}
-    for folder in sorted(Path.home().glob(".pyenv/versions/*")):
-        version = ".".join(folder.name.split(".")[:2])
-        if version in VERSIONS and (folder / "bin" / "python").exists():
-            found[version] = folder / "bin" / "python"
-    return found
-
-
-INTERPRETERS = found_interpreters()
-
-
-def interpreter_of(version):
-    if version not in INTERPRETERS:
-        pytest.skip(f"no interpreter {version} under ~/.pyenv/versions")
-    return INTERPRETERS[version]
-
-
-@pytest.fixture(params=VERSIONS)
-def interpreter(request):
-    """Each of the versions that is there."""
-    return interpreter_of(request.param)
-
-
-@pytest.fixture(params=["this", *VERSIONS])
-def any_interpreter(request):
-    """This interpreter, and each of the versions that is there."""
-    return sys.executable if request.param == "this" else interpreter_of(request.param)
 
 
 def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
@@ -415,122 +380,6 @@ print(json.dumps(outcomes))
     )
     assert json.loads(answer.read_text()) == ["loaded"]
     assert outcome == [["ImportError", SECOND_INTERPRETER]] * 2
-
-
-# --- every interpreter
-
-
-@pytest.fixture(scope="module")
-def reference_walkthrough(display):
-    """The outcome of the walkthrough in this interpreter, with its numpy."""
-    return walk_through(sys.executable)
-
-
-def walk_through(interpreter, *options):
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join([str(BUILD), str(TESTS)])}
-    process = subprocess.run(
-        [str(interpreter), *options, "-m", "support.walkthrough"],
-        env=environment,
-        capture_output=True,
-        text=True,
-        timeout=120,
-    )
-    assert process.returncode == 0, process.stderr
-    assert process.stderr == ""
-    return json.loads(process.stdout)
-
-
-def nearly_equal(a, b):
-    """Equal, numbers to within the rounding of another square root."""
-    if isinstance(a, dict):
-        return a.keys() == b.keys() and all(nearly_equal(a[key], b[key]) for key in a)
-    if isinstance(a, list):
-        return len(a) == len(b) and all(map(nearly_equal, a, b))
-    if isinstance(a, float):
-        return math.isclose(a, b, rel_tol=1e-12, abs_tol=1e-15)
-    return type(a) is type(b) and a == b
-
-
-def test_walkthrough_in_this_interpreter(reference_walkthrough):
-    outcome = reference_walkthrough
-    assert [e["type"] for e in outcome["result"]["entities"]] == [
-        "rectangle",
-        "regular",
-        "slot",
-        "polygon",
-    ]
-    assert outcome["result"]["entities"][0]["w"] == 0.012
-    assert outcome["result"]["entities"][1]["n"] == 5
-    assert outcome["rows"] == ["1. Rectangle", "2. Circle", "3. Polygon", "4. Slot", "5. Outline"]
-    assert outcome["texts"] == [
-        "",
-        "",
-        "",
-        "Not applied: could not convert string to float: 'x'",
-        "",
-        "Not applied: each corner needs two numbers",
-        "refused",
-    ]
-    assert len(outcome["pictures"]) == 7
-    assert outcome["windows"] == 0
-    assert outcome["errors"] == []
-
-
-@pytest.mark.parametrize(
-    "options", [(), ("-X", "dev", "-W", "error")], ids=["plain", "developer mode"]
-)
-def test_walkthrough_is_the_same_in_every_version(interpreter, reference_walkthrough, options):
-    assert nearly_equal(walk_through(interpreter, *options), reference_walkthrough)
-
-
-def test_walkthrough_in_developer_mode(reference_walkthrough):
-    outcome = walk_through(sys.executable, "-X", "dev", "-W", "error")
-    assert nearly_equal(outcome, reference_walkthrough)
-
-
-# --- the file
-
-
-def symbols(file, *options):
-    """The names in a symbol table, without their versions."""
-    assert shutil.which("nm"), "nm reads the symbols: install binutils"
-    listing = subprocess.run(
-        ["nm", "-D", "--format=posix", *options, str(file)],
-        capture_output=True,
-        text=True,
-        check=True,
-    ).stdout
-    return {line.split()[0].split("@")[0] for line in listing.splitlines()}
-
-
-def wanted_symbols():
-    return {s for s in symbols(MODULE_FILE, "--undefined-only") if re.match("_?Py", s)}
-
-
-def test_symbols_are_in_the_stable_interface_of_3_9():
-    stable = set(STABLE_SYMBOLS.read_text().split())
-    wanted = wanted_symbols()
-    assert "PyModuleDef_Init" in wanted
-    assert wanted - stable == set()
-
-
-def test_symbols_are_in_every_interpreter(interpreter):
-    version = ".".join(interpreter.parent.parent.name.split(".")[:2])
-    libraries = sorted(interpreter.parent.parent.glob(f"lib/libpython{version}*.so*"))
-    offered = symbols(libraries[0] if libraries else interpreter, "--defined-only")
-    assert wanted_symbols() - offered == set()
-
-
-def test_module_offers_its_initialisation_and_no_other_symbol():
-    assert symbols(MODULE_FILE, "--defined-only", "--extern-only") == {"PyInit_sketcher"}
-
-
-def test_module_does_not_bring_an_interpreter_of_its_own():
-    assert shutil.which("readelf"), "readelf reads the needed libraries: install binutils"
-    listing = subprocess.run(
-        ["readelf", "-d", str(MODULE_FILE)], capture_output=True, text=True, check=True
-    ).stdout
-    assert "libpython" not in listing
 
 
 def test_module_is_found_beside_the_application(sketcher):
