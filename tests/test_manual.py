@@ -1,0 +1,107 @@
+"""The manual's examples do what the manual says."""
+
+import json
+import os
+import re
+import subprocess
+import sys
+import textwrap
+from pathlib import Path
+
+import pytest
+from demo.places import BUILD, ROOT, SEARCH_PATH
+
+DOCS = ROOT / "docs"
+EXAMPLE = DOCS / "examples" / "one_file_application.py"
+
+# Runs pieces of code one after the other, with a user who presses OK in whatever editor is open.
+READER = """
+import json, sys, tkinter as tk
+from tandrel.gui import sketcher
+
+window = tk.Tk()
+window.update()
+accepted = []
+
+def press_ok():
+    for editor in window.winfo_children():
+        if isinstance(editor, sketcher.SketchEditor) and editor.grab_current() is editor:
+            accepted.append(editor.title())
+            editor.ok()
+    window.after(50, press_ok)
+
+press_ok()
+names = {"window": window}
+for code in json.load(sys.stdin):
+    exec(code, names)
+print(json.dumps([accepted, sketcher.SNAP_PX]))
+"""
+
+# Runs the application, with a user who makes the hole smaller in the form, and prints what is kept.
+APPLICATION = """
+import json, runpy, sys, tkinter as tk
+
+def use(editor):
+    shapes = [i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]
+    x, y = editor.to_screen((0, 0))
+    editor.canvas.event_generate("<ButtonPress-1>", x=round(x), y=round(y))
+    editor.canvas.event_generate("<ButtonRelease-1>", x=round(x), y=round(y))
+    editor.vars["r"].set("7.5")
+    editor.apply_props()
+    editor.ok()
+    seen.append([len(shapes), editor.sel])
+
+seen = []
+tk.Toplevel.wait_window = use
+runpy.run_path(sys.argv[1], run_name="__main__")
+print(json.dumps(seen))
+"""
+
+
+def run(code, *arguments, path, text=""):
+    ended = subprocess.run(
+        [sys.executable, "-c", textwrap.dedent(code), *map(str, arguments)],
+        env={**os.environ, "PYTHONPATH": os.pathsep.join(path)},
+        input=text,
+        capture_output=True,
+        text=True,
+        timeout=60,
+    )
+    assert (ended.returncode, ended.stderr) == (0, "")
+    return ended.stdout.splitlines()
+
+
+def examples(file):
+    return re.findall(r"^```python\n(.*?)^```$", file.read_text(), re.DOTALL | re.MULTILINE)
+
+
+def test_examples_of_the_manual_run(display):
+    code = examples(DOCS / "programming.md")
+    assert len(code) == 4
+    (line,) = run(READER, path=SEARCH_PATH, text=json.dumps(code))
+    assert json.loads(line) == [["Profile of the flange", "Sketch"], 14]
+
+
+def test_example_of_the_front_page_runs(display):
+    code = examples(ROOT / "README.md")
+    given = "sketch = {'entities': [{'type': 'circle', 'xc': 0.0, 'yc': 0.0, 'r': 0.01}]}"
+    (line,) = run(READER, path=SEARCH_PATH, text=json.dumps([given, *code]))
+    assert json.loads(line)[0] == ["Profile of the flange"]
+
+
+def test_application_in_one_file_needs_nothing_but_the_module(display):
+    kept, seen = run(APPLICATION, EXAMPLE, path=[str(BUILD)])
+    assert json.loads(seen) == [[2, 1]]
+    assert json.loads(kept.replace("'", '"'))["entities"] == [
+        {"type": "rectangle", "x": -0.04, "y": -0.03, "w": 0.08, "h": 0.06, "radius": 0.0},
+        {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.0075},
+    ]
+
+
+@pytest.mark.parametrize(
+    "file", sorted(DOCS.glob("**/*.md")) + [ROOT / "README.md"], ids=lambda file: file.name
+)
+def test_links_and_pictures_are_there(file):
+    targets = re.findall(r"\]\(([^)#\s]+)(?:#[^)]*)?\)", file.read_text())
+    missing = [name for name in targets if not Path(file.parent, name).exists()]
+    assert missing == []
