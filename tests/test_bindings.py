@@ -68,6 +68,31 @@ def test_choosing_a_tool_drops_the_corners_of_an_outline(open_editor, send):
     assert editor.tool.get() == "slot"
 
 
+def test_return_in_an_entry_of_the_form_applies_and_reaches_the_dialog(spied, send):
+    editor, calls = spied("apply_props", "close_line", sketch=one_of_each())
+    editor.select(1)
+    calls.clear()
+    entry = next(w for w in walk(editor.props) if type(w) is ttk.Entry)
+    send(editor).key("Return", entry)
+    assert calls == once("apply_props") + once("close_line")
+
+
+def test_operations_replaced_on_the_open_editor_are_called(open_editor, send):
+    editor = open_editor()
+    calls = []
+    for name in ("_press", "_drag", "_release", "_motion", "_pan_start", "_pan_move", "_zoom"):
+        setattr(editor, name, lambda *args, name=name: calls.append(name))
+    editor.close_line = lambda: calls.append("close_line")
+    hand = send(editor)
+    hand.stroke((100, 100), (120, 100))
+    hand.stroke((100, 100), (120, 100), button=2)
+    hand.motion(130, 100)
+    hand.wheel(130, 100, 120)
+    hand.key("Return")
+    left, middle = ["_press", "_drag", "_release"], ["_pan_start", "_pan_move"]
+    assert calls == [*left, *middle, "_motion", "_zoom", "close_line"]
+
+
 def test_choosing_a_plane_stores_it_and_then_repaints(spied):
     editor, calls = spied("_plane_changed", "redraw")
     (chooser,) = [w for w in walk(editor) if type(w) is ttk.Combobox]

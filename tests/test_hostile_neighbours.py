@@ -96,7 +96,7 @@ NONSENSE = [
 ]
 
 
-@pytest.mark.parametrize("answer", NONSENSE, ids=repr)
+@pytest.mark.parametrize("answer", NONSENSE, ids=lambda value: repr(value).partition(" at ")[0])
 class TestNeighboursThatAnswerNonsense:
     def everywhere(self, answers, names, answer):
         """Every operation with this answer in the place of each name."""

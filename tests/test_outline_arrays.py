@@ -71,6 +71,13 @@ def test_the_extent_holds_an_outline(outlined):
     assert is_point(hi, 4.0, 3.0)
 
 
+def test_the_extent_holds_an_outline_and_others_before_it(editor, array):
+    editor.refs = [("edge", np.array([[2.0, 2.0]])), ("edge", array), ("edge", np.ones((1, 2)))]
+    lo, hi = editor._extent()
+    assert is_point(lo, 1.0, -1.0)
+    assert is_point(hi, 4.0, 3.0)
+
+
 def test_a_repaint_shows_an_outline(outlined):
     outlined.redraw()
     ((pixels, _),) = outlined.canvas.named("create_polygon")
@@ -108,11 +115,14 @@ class TestCorners:
             assert is_point(editor.snapped(*pixel), *point)
         assert is_point(editor.snapped(270, 190), 7.0, -4.0)
 
-    @pytest.mark.parametrize("corner", [("1.5", "2"), ["1.5", 2], (np.float32(1.5), True)])
+    @pytest.mark.parametrize(
+        "corner", [("1.5", "2"), ["1.5", 2], [2, "1.5"], (np.float32(1.5), True)]
+    )
     def test_may_be_of_anything_that_an_array_of_floats_takes(self, editor, corner):
         editor = editor([corner])
-        assert is_point(editor.key_points()[1], *map(float, corner))
-        assert is_point(editor.snapped(215, 132), *map(float, corner))
+        points = editor.key_points()
+        assert is_point(points[1], *map(float, corner))
+        assert is_point(editor.snapped(*editor.to_screen(points[1])), *map(float, corner))
 
     @pytest.mark.parametrize("damaged", [("left", 0.0), [[1.0], 2.0], "up"])
     def test_that_are_no_points_end_the_shape_and_leave_the_others(self, editor, damaged):

@@ -7,6 +7,7 @@ import pytest
 from support import canvas as shown
 from support.neighbours import circle, rectangle
 from support.plain import PlainEditor
+from support.watchdog import finishes
 
 SOLID, HOLE, ORANGE, ACCENT = "#ddeeff", "#f7f7f7", "#E8833A", "#1155aa"
 
@@ -32,6 +33,30 @@ def fills(editor):
     return [options["fill"] for options in polygons(editor)]
 
 
+class TestGrid:
+    @pytest.fixture
+    def grid_lines(self, editor):
+        """Paints and counts; fails where that takes for ever."""
+
+        def count():
+            finishes(editor.redraw)
+            lines = [options for _, options in editor.canvas.named("create_line")]
+            return sum("dash" not in options for options in lines)
+
+        return count
+
+    @pytest.mark.parametrize("step", [0.0, -1.0, np.inf, -np.inf, np.nan])
+    def test_without_a_step_has_no_lines(self, editor, grid_lines, step):
+        editor.grid_step = lambda: step
+        assert grid_lines() == 0
+
+    def test_that_runs_backwards_has_no_lines(self, editor, grid_lines):
+        """The step is wide enough on the screen, and would never reach the upper bound."""
+        editor.grid_step, editor.scale = lambda: -1.0, -40.0
+        editor.to_world = lambda x, y: (x, -y)
+        assert grid_lines() == 0
+
+
 class TestDepths:
     @pytest.mark.parametrize(
         "depth, fill",
@@ -40,6 +65,16 @@ class TestDepths:
     def test_every_multiple_of_two_is_solid(self, editor, neighbours, depth, fill):
         neighbours.S.answers["depths"] = [depth, depth]
         assert fills(editor) == [fill, fill]
+
+    @pytest.mark.parametrize(
+        "depths, lowest", [([np.nan, 5], 1), ([np.inf, 5], 1), ([np.nan, np.inf], 0)]
+    )
+    def test_what_has_no_depth_is_painted_last(self, editor, neighbours, depths, lowest):
+        neighbours.S.answers["depths"] = depths
+        editor.redraw()
+        painted = [points[:2] for points, _ in editor.canvas.named("create_polygon")]
+        corners = [editor.to_screen(corner) for corner in ((0.0, 0.0), (1.0, 1.0))]
+        assert painted == [corners[lowest], corners[1 - lowest]]
 
     @pytest.mark.parametrize("error", [ValueError, KeyError])
     def test_a_test_of_validity_that_fails_flattens_all_shapes(self, editor, neighbours, error):
@@ -99,6 +134,11 @@ class TestSelection:
     def test_nothing_else_selects(self, editor, sel):
         editor.sel = sel
         assert [options["outline"] for options in polygons(editor)] == [ACCENT, ACCENT]
+
+    def test_is_read_for_each_shape(self, editor):
+        editor.sel = 0
+        editor._dimensions = lambda e: setattr(editor, "sel", 1)
+        assert [options["outline"] for options in polygons(editor)] == [ORANGE, ORANGE]
 
     def test_labels_may_be_covered_by_what_is_painted_later(self, editor):
         editor.sel = 0

@@ -56,6 +56,11 @@ class TestPick:
         editor.sk["entities"] = [polygon((5, 0), (-5, 3), (-5, -3))]
         assert editor.pick(*pixel) == hit
 
+    @pytest.mark.parametrize("d, hit", [(6, 0), (6.4, None), (8, None)])
+    def test_nearness_is_the_distance_in_any_direction(self, editor, d, hit):
+        editor.sk["entities"] = [rectangle(0.0, 0.0, 5.0, 5.0)]
+        assert editor.pick(200 - d, 150 + d) == hit
+
     def test_nearness_is_measured_to_the_points_not_to_the_edges(self, editor):
         editor.sk["entities"] = [rectangle(-10.0, 0.0, 20.0, 5.0)]
         assert editor.pick(200, 152) is None

@@ -22,6 +22,22 @@ def point(u, v):
     return np.array([u, v], float)
 
 
+class TestPressWithLine:
+    def test_adds_to_the_corners_that_the_look_at_the_first_leaves(self, editor):
+        old, new = [point(k, k) for k in range(3)], [point(9, 9)]
+
+        def to_screen(first):
+            editor.clicks = new
+            return 0.0, 0.0
+
+        editor.tool.set("line")
+        editor.clicks, editor.to_screen = old, to_screen
+        editor.snapped = lambda x, y: point(5, 5)
+        editor._press(Event(230, 100))
+        assert len(old) == 3
+        assert [corner.tolist() for corner in new] == [[9.0, 9.0], [5.0, 5.0]]
+
+
 class TestMotion:
     def test_asks_for_the_units_once(self, editor, neighbours):
         editor._motion(Event(230, 100))

@@ -9,6 +9,7 @@ import types
 import numpy as np
 import pytest
 from demo.places import ROOT, SEARCH_PATH
+from support import canvas as shown
 from support.neighbours import circle
 from support.plain import PlainEditor, RecordingCanvas, Var
 
@@ -43,6 +44,30 @@ def test_an_interpreter_without_tk_s_module(sketcher):
     lives('del sys.modules["_tkinter"]\nPlainEditor().redraw()\n')
 
 
+def test_an_interpreter_without_tkinter(open_editor, monkeypatch):
+    editor = open_editor({"entities": [circle(r=0.01)]})
+    painted = shown.items(editor.canvas)
+    monkeypatch.delitem(sys.modules, "tkinter")
+    editor.redraw()
+    assert shown.items(editor.canvas) == painted
+
+
+def test_an_interpreter_without_numpy(neighbours, monkeypatch):
+    editor = PlainEditor(entities=[circle(3.0, 3.0)])
+    pixel = editor.to_screen((2.0, 3.0))
+    monkeypatch.delitem(sys.modules, "numpy")
+    assert editor.pick(*pixel) == 0
+    assert editor.snapped(*pixel).tolist() == [3.0, 3.0]
+
+
+def test_a_built_in_function_as_test_of_validity(neighbours):
+    editor = PlainEditor(entities=[circle(r=-1.0)])
+    assert editor._extent()[1].tolist() == [0.05, 0.05]
+    editor._ok = len
+    with pytest.raises(ValueError, match="radius"):
+        editor._extent()
+
+
 class Bare:
     """Only the attributes given."""
 
@@ -73,6 +98,22 @@ def test_the_preview_with_another_to_screen_reads_no_view(neighbours):
 def test_picking_in_an_empty_sketch_needs_no_to_screen(sketcher):
     e = Bare(sk={"entities": []}, to_world=lambda x, y: (0.0, 0.0))
     assert sketcher.SketchEditor.pick(e, 1, 2) is None
+
+
+@pytest.mark.parametrize("operation", ["redraw", "_extent", "pick"])
+def test_an_operation_asks_for_each_outline_once(neighbours, operation):
+    e = PlainEditor(entities=[circle(k, k) for k in range(5)])
+    neighbours.S.answers["depths"] = [0] * 5
+    getattr(e, operation)(*((0, 0) if operation == "pick" else ()))
+    assert neighbours.S.count("outline") == 5
+
+
+def test_an_operation_reads_the_size_of_the_canvas_once_for_all_points(neighbours):
+    e = PlainEditor(entities=[circle(k, k) for k in range(5)], to_world=lambda x, y: (0.0, 0.0))
+    e.pick(0, 0)
+    assert e.canvas.sizes_asked == 1
+    e.snapped(0, 0)
+    assert e.canvas.sizes_asked == 2
 
 
 def test_repainting_an_empty_sketch_needs_no_ok(neighbours, sketcher):
@@ -144,3 +185,14 @@ def test_picking_measures_with_a_replaced_numpy(neighbours, sketcher, monkeypatc
     replaced = types.SimpleNamespace(array=np.array, hypot=lambda dx, dy: np.float64(9.0))
     monkeypatch.setattr(sketcher, "np", replaced)
     assert editor.pick(*outside) == 0
+
+
+def test_somebody_else_s_method_of_the_same_name_in_tk_s_class_is_called(open_editor, monkeypatch):
+    def create_oval(canvas, *coordinates, **options):
+        return canvas.create_rectangle(*coordinates, **options)
+
+    e = open_editor(None)
+    monkeypatch.setattr(tk.Canvas, "create_oval", create_oval)
+    e.redraw()
+    kinds = {e.canvas.type(i) for i in e.canvas.find_all()}
+    assert "rectangle" in kinds and "oval" not in kinds

@@ -43,6 +43,13 @@ class TestExtent:
         assert is_point(lo, 1.0, 2.0)
         assert is_point(hi, 3.0, 5.0)
 
+    def test_an_outline_without_points_does_not_go_with_others(self, editor, neighbours):
+        """As numpy's stacking sees it."""
+        neighbours.S.answers["outline"] = lambda e: [] if e["type"] == "circle" else [[1.0, 2.0]]
+        editor.sk["entities"] = [rectangle(), circle()]
+        with pytest.raises(ValueError):
+            editor._extent()
+
     @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
     def test_an_error_of_the_editor_s_own_test_passes(self, editor, error):
         def refuse(e):

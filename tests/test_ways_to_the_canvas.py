@@ -137,6 +137,75 @@ def test_a_method_replaced_in_tkinter_is_called(editor, monkeypatch, name):
     assert picture(editor) == before
 
 
+@pytest.mark.parametrize("name", ["_create", "_options"])
+def test_a_part_of_the_methods_that_is_replaced_on_the_instance_is_called(editor, name):
+    real = getattr(editor.canvas, name)
+    before = picture(editor)
+    seen = []
+    setattr(editor.canvas, name, lambda *args: seen.append(args) or real(*args))
+    assert picture(editor) == before
+    assert len(seen) == len(before)
+
+
+def test_another_canvas_s_method_draws_there(editor):
+    other = tk.Canvas(editor)
+    editor.canvas.create_oval = other.create_oval
+    editor.redraw()
+    assert [item.kind for item in shown.items(other)] == ["oval"]
+    assert shown.of_kind(editor.canvas, "oval") == []
+
+
+class Logged:
+    """Tk's interpreter with a log of the commands that it is given."""
+
+    def __init__(self, interpreter):
+        self.interpreter = interpreter
+        self.commands = []
+
+    def __getattr__(self, name):
+        return getattr(self.interpreter, name)
+
+    def call(self, *words):
+        self.commands.append(words)
+        return self.interpreter.call(*words)
+
+
+def test_an_interpreter_of_another_kind_is_given_what_tkinter_gives(editor):
+    scene(editor, 3)
+    editor.sk["entities"] = [polygon(*((0.001 * k, 0.0005 * k * k) for k in range(12)))]
+    logs = []
+    for detour in (False, True):
+        if detour:
+            through_methods(editor.canvas)
+        editor.canvas.tk = Logged(editor.canvas.tk)
+        editor.redraw()
+        logs.append(editor.canvas.tk.commands)
+        editor.canvas.tk = editor.canvas.tk.interpreter
+    assert logs[0] == logs[1]
+    kinds = {words[2] for words in logs[0] if "create" in words}
+    assert kinds == {"line", "polygon", "text", "oval"}
+
+
+def test_anything_that_has_the_methods_is_a_canvas(editor):
+    class Methods:
+        """Has no `tk`, as little as any other attribute."""
+
+        drawn = 0
+
+        def __getattr__(self, name):
+            if name not in ("winfo_width", "winfo_height", "delete", *METHODS):
+                raise AttributeError(name)
+            Methods.drawn += name in METHODS
+            return getattr(canvas, name)
+
+    before, canvas = picture(editor), editor.canvas
+    editor.canvas = Methods()
+    editor.redraw()
+    assert shown.items(canvas) == before
+    assert Methods.drawn == len(before)
+    editor.canvas = canvas
+
+
 def test_a_canvas_of_a_subclass_gets_the_calls(editor):
     class Counting(tk.Canvas):
         lines = 0
@@ -212,3 +281,13 @@ def test_a_canvas_that_is_gone_is_tk_s_error_either_way(editor, detour):
     editor.canvas.destroy()
     with pytest.raises(tk.TclError):
         editor.redraw()
+
+
+def test_colours_in_a_form_that_only_tkinter_reads(editor, neighbours):
+    scene(editor, 3)
+    neighbours.PAL.update({"muted": ("#123456",), "bg": ["#654321"], "accent": ("Dark", "Red")})
+    straight = picture(editor)
+    through_methods(editor.canvas)
+    assert picture(editor) == straight
+    lines = shown.of_kind(editor.canvas, "line")
+    assert {"#123456", "#654321"} <= {line.options["fill"] for line in lines}

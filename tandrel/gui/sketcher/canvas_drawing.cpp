@@ -13,8 +13,9 @@ namespace tandrel::sketcher {
 namespace {
 
 constexpr double kLeastGridPixels = 10;
-constexpr double kCornerRadius = 3;   // pixels; rings on the clicked corners
-constexpr double kPointerRadius = 2;  // pixels; the dot where a click would land
+constexpr double kLeastGridLines = 2'000;  // that can always be drawn
+constexpr double kCornerRadius = 3;        // pixels; rings on the clicked corners
+constexpr double kPointerRadius = 2;       // pixels; the dot where a click would land
 
 Ref first_axis_colour() {
   return "#D2504B"_n;
@@ -39,6 +40,11 @@ struct Picture {
 
 // -- background --------------------------------------------------------------------------------
 
+/// More grid lines than a side of the canvas has room for.
+double most_lines(const Ref& pixels) {
+  return std::max(pixels.number(), kLeastGridLines);
+}
+
 void draw_grid(const Picture& picture, Projection& projection, Painter& painter) {
   const Ref zero = py::to_python(0);
   const Point lo = projection.to_world(zero, picture.height);
@@ -51,11 +57,11 @@ void draw_grid(const Picture& picture, Projection& projection, Painter& painter)
     if (!options) options = ItemOptions("fill"_n, palette("bg"_n));
     painter.line(py::tuple(x1, y1, x2, y2), options);
   };
-  for_each_grid_coordinate(lo.x, hi.x, step, [&](double x) {
+  for_each_grid_coordinate(lo.x, hi.x, step, most_lines(picture.width), [&](double x) {
     const Ref sx = py::to_python(projection.to_screen({x, 0}).x);
     draw_line(sx, zero, sx, picture.height);
   });
-  for_each_grid_coordinate(lo.y, hi.y, step, [&](double y) {
+  for_each_grid_coordinate(lo.y, hi.y, step, most_lines(picture.height), [&](double y) {
     const Ref sy = py::to_python(projection.to_screen({0, y}).y);
     draw_line(zero, sy, picture.width, sy);
   });
@@ -65,6 +71,7 @@ void draw_axes(const Picture& picture, Projection& projection, Painter& painter)
   const Point origin = projection.to_screen({0, 0});
   const auto [first, second] = picture.editor.axis_names();
   const Ref dash = py::tuple(4, 3);
+  painter.require_canvas();
   painter.line(py::tuple(0, origin.y, picture.width, origin.y),
                ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
   painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
@@ -188,10 +195,11 @@ void draw_shapes(const Editor& editor, Projection& projection, Painter& painter)
 }
 
 void redraw(const Editor& editor) {
+  Painter painter(editor.canvas());
+  painter.require_canvas();
   editor.canvas().call("delete"_n, "all"_n);
   const Picture picture(editor);
   if (picture.width.number() < 2) return;  // not laid out yet
-  Painter painter(picture.canvas);
   Projection projection(editor);
   draw_grid(picture, projection, painter);
   draw_axes(picture, projection, painter);

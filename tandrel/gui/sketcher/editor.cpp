@@ -268,7 +268,7 @@ void open(const Editor& editor, const Ref& parent, const Request& request) {
 void close_half_built(const Editor& editor) noexcept {
   try {
     editor.call("destroy"_n);
-  } catch (const py::Error&) {
+  } catch (...) {
     // Whatever it is: the error that stopped the construction is the one to report.
   }
 }

@@ -76,13 +76,14 @@ struct View {
 };
 
 /// Calls `visit(coordinate)` for the multiples of `step` from the last one at or below `from` up to
-/// `to`, both included. A repaint must not run for ever: nothing is visited where a number isn't
-/// finite or the step isn't positive, and the end is also where the coordinate has grown too large
-/// for the step to change it.
+/// `to`, both finite and both included. A repaint must not run for ever: nothing is visited where
+/// the step isn't finite and positive or there would be more than `most` lines (foreign code may
+/// change the view between the reading of the bounds and of the step), and the end is also where
+/// the coordinate has grown too large for the step to change it.
 template <class Visit>
-void for_each_grid_coordinate(double from, double to, double step, Visit visit) {
-  if (!std::isfinite(from) || !std::isfinite(to)) return;
+void for_each_grid_coordinate(double from, double to, double step, double most, Visit visit) {
   if (!std::isfinite(step) || step <= 0) return;
+  if ((to - from) / step > most) return;
   double coordinate = std::floor(from / step) * step;
   while (coordinate <= to) {
     visit(coordinate);

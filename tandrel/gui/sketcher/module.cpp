@@ -44,9 +44,8 @@ constexpr Import kImports[] = {
 
 void add_imports(const Ref& module) {
   for (const Import& row : kImports) {
-    const Ref source = py::import_module(py::interned(row.module));
-    const Ref value =
-        row.name == nullptr ? source : py::import_from(source, py::interned(row.name));
+    Ref value = py::import_module(py::interned(row.module));
+    if (row.name != nullptr) value = py::import_from(value, py::interned(row.name));
     module.set_attr(py::interned(row.as), value);
   }
 }

@@ -29,8 +29,7 @@ Ref global(const Ref& name) {
 }
 
 bool has_own_numpy() {
-  const Ref numpy = py::imported("numpy"_n);
-  return numpy && global("np"_n).is(numpy);
+  return global("np"_n).is(py::imported("numpy"_n));
 }
 
 Ref array(Point point) {

@@ -81,7 +81,7 @@ void Painter::line(const Ref& coordinates, const ItemOptions& options) {
 }
 
 void Painter::polyline(const std::vector<Point>& points, const ItemOptions& options) {
-  create_through(points, {0, "line"_n, "create_line"_n}, options);
+  create_through(points, {0, "line"_n, "create_line"_n, true}, options);
 }
 
 void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) {

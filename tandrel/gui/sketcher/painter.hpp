@@ -41,6 +41,10 @@ class Painter {
  public:
   explicit Painter(Ref canvas);
 
+  /// Raises TclError where the canvas is gone. To be called before anything is asked of the canvas
+  /// itself, and before a line that shows an answer of the application; the other items see to it.
+  void require_canvas() const;
+
   /// `coordinates` is the tuple x1, y1, x2, y2 ...
   void line(const Ref& coordinates, const ItemOptions& options);
   void text(const Ref& coordinates, const ItemOptions& options);
@@ -68,7 +72,6 @@ class Painter {
                       const ItemOptions& options);
   const Ref& command_for(const ItemType& type);
   Ref direct_command(const ItemType& type) const;
-  void require_canvas() const;
 
   Ref canvas_;
   Ref call_tcl_;   // gives the words of a command to Tcl; empty where the canvas is no real one

@@ -22,7 +22,8 @@ Ref summary(const Ref& entity) {
 
 Ref row_text(Py_ssize_t index, const Ref& entity) {
   const Ref position = py::to_python(index + 1).to_str();
-  const Ref kind = tr(global("TYPE_LABEL"_n)[entity["type"_n]]);
+  const Ref type = entity["type"_n];
+  const Ref kind = tr(global("TYPE_LABEL"_n)[type]);
   return ""_n.call("join"_n, py::list(position, ". ", kind));
 }
 

@@ -14,27 +14,32 @@ struct Text {
   const char* text;
 };
 
+/// Marks a text for the catalogues where it is written; Python's own marker sees it at load time.
+consteval const char* N_(const char* text) {
+  return text;
+}
+
 constexpr Text kTools[] = {
-    {"select", "Select and move"}, {"line", "Line (closed outline)"},
-    {"rectangle", "Rectangle"},    {"circle", "Circle"},
-    {"regular", "Polygon"},        {"slot", "Slot"},
+    {"select", N_("Select and move")}, {"line", N_("Line (closed outline)")},
+    {"rectangle", N_("Rectangle")},    {"circle", N_("Circle")},
+    {"regular", N_("Polygon")},        {"slot", N_("Slot")},
 };
 
 constexpr Text kToolTips[] = {
     {"select",
-     "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it."},
+     N_("Click a shape to select it and edit its dimensions; drag to move it; Delete removes it.")},
     {"line",
-     "Click corner after corner; click the first corner again (or press Enter) to close the "
-     "outline."},
-    {"rectangle", "Drag from one corner to the opposite corner."},
-    {"circle", "Press at the centre and drag out the radius."},
-    {"regular", "Press at the centre and drag to a corner; set the number of sides first."},
-    {"slot", "Click the centre of one end, then the other end, then the width."},
+     N_("Click corner after corner; click the first corner again (or press Enter) to close the "
+        "outline.")},
+    {"rectangle", N_("Drag from one corner to the opposite corner.")},
+    {"circle", N_("Press at the centre and drag out the radius.")},
+    {"regular", N_("Press at the centre and drag to a corner; set the number of sides first.")},
+    {"slot", N_("Click the centre of one end, then the other end, then the width.")},
 };
 
 constexpr Text kTypeLabels[] = {
-    {"rectangle", "Rectangle"}, {"circle", "Circle"},   {"regular", "Polygon"},
-    {"slot", "Slot"},           {"polygon", "Outline"},
+    {"rectangle", N_("Rectangle")}, {"circle", N_("Circle")},   {"regular", N_("Polygon")},
+    {"slot", N_("Slot")},           {"polygon", N_("Outline")},
 };
 
 struct Field {
@@ -45,25 +50,25 @@ struct Field {
 };
 
 constexpr Field kFields[] = {
-    {"rectangle", "x", "Corner u", true},
-    {"rectangle", "y", "Corner v", true},
-    {"rectangle", "w", "Width", true},
-    {"rectangle", "h", "Height", true},
-    {"rectangle", "radius", "Corner radius (0 = sharp)", true},
-    {"circle", "xc", "Centre u", true},
-    {"circle", "yc", "Centre v", true},
-    {"circle", "r", "Radius", true},
-    {"regular", "xc", "Centre u", true},
-    {"regular", "yc", "Centre v", true},
-    {"regular", "r", "Corner radius from centre", true},
-    {"regular", "n", "Sides", false},
-    {"regular", "angle", "Angle of first corner (degrees)", false},
-    {"slot", "x1", "End 1 centre u", true},
-    {"slot", "y1", "End 1 centre v", true},
-    {"slot", "x2", "End 2 centre u", true},
-    {"slot", "y2", "End 2 centre v", true},
-    {"slot", "r", "Half width", true},
-    {"polygon", "radius", "Corner radius (0 = sharp)", true},
+    {"rectangle", "x", N_("Corner u"), true},
+    {"rectangle", "y", N_("Corner v"), true},
+    {"rectangle", "w", N_("Width"), true},
+    {"rectangle", "h", N_("Height"), true},
+    {"rectangle", "radius", N_("Corner radius (0 = sharp)"), true},
+    {"circle", "xc", N_("Centre u"), true},
+    {"circle", "yc", N_("Centre v"), true},
+    {"circle", "r", N_("Radius"), true},
+    {"regular", "xc", N_("Centre u"), true},
+    {"regular", "yc", N_("Centre v"), true},
+    {"regular", "r", N_("Corner radius from centre"), true},
+    {"regular", "n", N_("Sides"), false},
+    {"regular", "angle", N_("Angle of first corner (degrees)"), false},
+    {"slot", "x1", N_("End 1 centre u"), true},
+    {"slot", "y1", N_("End 1 centre v"), true},
+    {"slot", "x2", N_("End 2 centre u"), true},
+    {"slot", "y2", N_("End 2 centre v"), true},
+    {"slot", "r", N_("Half width"), true},
+    {"polygon", "radius", N_("Corner radius (0 = sharp)"), true},
 };
 
 /// Marks a text for translation; the tables keep the English source.

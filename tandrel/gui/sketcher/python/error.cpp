@@ -1,9 +1,5 @@
 #include "python/error.hpp"
 
-#include <exception>
-#include <new>
-#include <stdexcept>
-
 namespace tandrel::py {
 
 namespace {
@@ -52,12 +48,8 @@ void restore_as_python_error() noexcept {
     throw;
   } catch (const Error& error) {
     error.restore();
-  } catch (const std::bad_alloc&) {
+  } catch (...) {  // bad_alloc, or length_error: more than any memory holds
     PyErr_NoMemory();
-  } catch (const std::length_error&) {  // more than any memory holds
-    PyErr_NoMemory();
-  } catch (const std::exception& error) {
-    PyErr_SetString(PyExc_SystemError, error.what());
   }
 }
 

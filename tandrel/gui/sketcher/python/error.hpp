@@ -17,6 +17,7 @@ inline const Kind Exception{&PyExc_Exception};
 inline const Kind ImportError{&PyExc_ImportError};
 inline const Kind KeyError{&PyExc_KeyError};
 inline const Kind NameError{&PyExc_NameError};
+inline const Kind RecursionError{&PyExc_RecursionError};
 inline const Kind RuntimeError{&PyExc_RuntimeError};
 inline const Kind TypeError{&PyExc_TypeError};
 inline const Kind ValueError{&PyExc_ValueError};

@@ -33,7 +33,7 @@ void claim(const Extension& definition, PyObject* module) {
 
 /// Lets the same interpreter try again; another one can't, for names that were made here stay.
 void release_claim() noexcept {
-  Py_CLEAR(loaded_module);
+  Py_DECREF(std::exchange(loaded_module, nullptr));
 }
 
 }  // namespace
@@ -58,8 +58,8 @@ int execute(const Extension& definition, PyObject* module) noexcept try {
 bool knows_isolated_interpreters() noexcept {
   char* rest = nullptr;
   const long major = std::strtol(Py_GetVersion(), &rest, 10);
-  const long minor = *rest == '.' ? std::strtol(rest + 1, nullptr, 10) : 0;
-  return major > 3 || (major == 3 && minor >= 12);
+  const long minor = std::strtol(rest + 1, nullptr, 10);  // after the dot
+  return std::pair(major, minor) >= std::pair(3L, 12L);
 }
 
 }  // namespace detail

@@ -1,0 +1,93 @@
+"""What the operations hold: nothing once they are done, and nothing less than they need."""
+
+import gc
+import sys
+import weakref
+
+import pytest
+from support.neighbours import one_of_each
+from support.operations import OPERATIONS, sound
+from support.plain import PlainEditor, Var
+
+REPETITIONS = 60
+
+
+def growth(run):
+    """By how many blocks of the interpreter's memory so many runs leave more behind."""
+    for _ in range(10):
+        run()
+    gc.collect()
+    before = sys.getallocatedblocks()
+    for _ in range(REPETITIONS):
+        run()
+    gc.collect()
+    return sys.getallocatedblocks() - before
+
+
+@pytest.mark.parametrize("name", OPERATIONS)
+def test_an_operation_leaves_nothing_behind(neighbours, name):
+    def run():
+        try:
+            OPERATIONS[name](sound())
+        finally:
+            forget(neighbours)
+
+    assert growth(run) < REPETITIONS / 2
+
+
+@pytest.mark.parametrize("error", [ValueError, RuntimeError])
+def test_an_operation_that_fails_leaves_nothing_behind(neighbours, error):
+    def fail(*args):
+        raise error("no")
+
+    def run():
+        editor = PlainEditor(entities=one_of_each()["entities"], sel=0, to_screen=fail)
+        for operation in (editor.redraw, lambda: editor.pick(0, 0)):
+            with pytest.raises(error):
+                operation()
+        forget(neighbours)
+
+    assert growth(run) < REPETITIONS / 2
+
+
+def test_a_value_that_is_replaced_is_forgotten(neighbours):
+    editor = PlainEditor(grid=Var("0"), _default_grid=lambda: 0.5)
+
+    def run():
+        assert editor.grid_step() == 0.5
+        forget(neighbours)
+
+    assert growth(run) < REPETITIONS / 2
+
+
+def forget(neighbours):
+    """Empties the record of what the neighbours were asked."""
+    for neighbour in vars(neighbours).values():
+        for record in ("calls", "asked"):
+            if isinstance(kept := getattr(neighbour, record, None), list):
+                kept.clear()
+
+
+def test_an_operation_keeps_the_references_of_others(neighbours):
+    editor = PlainEditor(entities=one_of_each()["entities"])
+    point, entity, units = (1.0, 2.0), editor.sk["entities"][0], neighbours.units
+    held = (None, point, entity, units, editor.sk, editor.sk["entities"])
+    before = [sys.getrefcount(each) for each in held]
+    for _ in range(REPETITIONS):
+        editor.to_screen(point)
+        editor.cancel_drawing()
+        editor.redraw()
+        editor.grid_step()
+        forget(neighbours)
+    after = [sys.getrefcount(each) for each in held]
+    assert all(abs(a - b) < REPETITIONS / 2 for a, b in zip(before, after)), (before, after)
+
+
+def test_a_closed_dialog_is_freed(open_editor, root):
+    editor = open_editor(one_of_each())
+    gone = weakref.ref(editor)
+    editor.destroy()
+    del editor
+    root.update()
+    gc.collect()
+    assert gone() is None
