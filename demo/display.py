@@ -38,7 +38,7 @@ def x_server(
 def _server(width: int, height: int, dpi: int) -> Iterator[str]:
     reading, writing = os.pipe()
     with os.fdopen(reading, "rb") as answers:
-        command = ["Xvfb", "-displayfd", str(writing), "-nolisten", "tcp", "-noreset"]
+        command = ["Xvfb", "-displayfd", str(writing), "-nolisten", "tcp", "-noreset", "-r"]
         command += ["-screen", "0", f"{width}x{height}x24", "-dpi", str(dpi)]
         try:
             process = subprocess.Popen(

@@ -9,7 +9,7 @@ from typing import Any, Tuple
 import numpy as np
 
 from demo.user import Script, User, Wait, find, handle, until
-from tandrel.app import App
+from tandrel.application.window import App
 from tandrel.gui.sketcher import SketchEditor
 
 # A point of the sketch plane in millimetres.
@@ -34,19 +34,42 @@ class Draughtsman:
 
     # The window and the dialog.
 
+    def press(self, keys: str) -> Script:
+        """Press keys of a menu entry, once the window takes them."""
+        yield from self.user.focused(self.app.root)
+        self.user.key(keys)
+
+    def new(self) -> Script:
+        yield from self.press("ctrl+n")
+        yield until(lambda: self.app.session.path is None, "a new part")
+
     def open_file(self, path: Path) -> Script:
         """Open another part by typing its path into the file dialog."""
-        yield from self.user.choose_from_menu(self.app.menus["bar"], 0, 0)
-        tcl = self.app.root.tk.call
+        yield from self.press("ctrl+o")
+        yield from self._type_path(path)
+        yield until(lambda: self.app.session.path == str(path), f"{path} to open")
+
+    def save_as(self, path: Path) -> Script:
+        """Save a part that has no file yet."""
+        yield from self.press("ctrl+s")
+        yield from self._type_path(path)
+        yield until(lambda: self.app.session.path == str(path), f"{path} to be saved")
+
+    def _type_path(self, path: Path) -> Script:
+        root, tcl = self.app.root, self.app.root.tk.call
         # The dialog gives its entry the focus at once; no other window here has one.
         shown = "expr {[focus] ne {} && [winfo class [focus]] eq {TEntry}}"
-        yield until(lambda: self.app.root.tk.eval(shown) == "1", "the file dialog")
-        entry = handle(self.app.root, str(tcl("focus")))
+        yield until(lambda: root.tk.eval(shown) == "1", "the file dialog")
+        entry = handle(root, str(tcl("focus")))
         yield from self.user.click_on(entry)
+        self.user.key("ctrl+slash")
+        name = str(tcl(entry, "get"))
+        yield until(
+            lambda: not name or tcl(entry, "selection", "present"), "the name to be selected"
+        )
         self.user.type(str(path))
         yield until(lambda: tcl(entry, "get") == str(path), "the path as typed")
         self.user.key("Return")
-        yield until(lambda: self.app.path == str(path), f"{path} to open")
 
     def open_editor(self) -> Script:
         yield from self.user.click_on(self.app.edit_button)
@@ -59,6 +82,8 @@ class Draughtsman:
     def accept(self) -> Script:
         yield from self.user.click_on(self._ok_button())
         yield until(lambda: not self._editors(), "OK to close the editor")
+        marked = "the window to show an edit that isn't saved"
+        yield until(lambda: str(self.app.root.title()).startswith("•"), marked)
 
     def cancel(self) -> Script:
         """Leave by the button beside OK, whatever its language."""
@@ -71,6 +96,7 @@ class Draughtsman:
 
     def picture(self, name: str) -> Script:
         window = self.editor if self._editors() else self.app.root
+        yield from self.user.steady(window)
         yield from self.user.picture(window, self.folder / f"{name}.png")
 
     def _editors(self) -> Sequence[Any]:

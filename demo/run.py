@@ -12,7 +12,8 @@ import shutil
 import sys
 import tkinter as tk
 from pathlib import Path
-from typing import Any
+from tempfile import TemporaryDirectory
+from typing import TYPE_CHECKING
 
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
@@ -20,6 +21,9 @@ sys.path.insert(0, str(ROOT))
 from demo.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
+
+if TYPE_CHECKING:
+    from tandrel.application.window import App
 
 PART = ROOT / "host" / "parts" / "flange.json"
 
@@ -47,7 +51,7 @@ def display_usable() -> bool:
 
 
 def run_application(folder: Path) -> int:
-    from tandrel import app
+    from tandrel.application import commands
 
     copy = folder / PART.name
     if copy.exists():
@@ -55,61 +59,75 @@ def run_application(folder: Path) -> int:
     else:
         shutil.copyfile(PART, copy)
         print(f"Opening {copy}, a copy of {PART}. What you save goes there.")
-    return app.main([str(copy)])
+    return commands.main([str(copy)])
 
 
 def replay_session(folder: Path) -> int:
     from demo.display import x_server
 
     print("Replaying a drawing session on an X server of its own.")
-    with x_server(1600, 1200, window_manager=True) as display_name:
+    with TemporaryDirectory() as home, x_server(1600, 1200, window_manager=True) as display_name:
         # Programs started here, and Tk, look for their display in the environment.
         os.environ["DISPLAY"] = display_name
-        return draw(display_name, folder)
+        return draw(display_name, folder, Path(home))
 
 
-def draw(display_name: str, folder: Path) -> int:
-    """Draw a part as a user would; 0 if the saved file holds exactly what was drawn."""
+def draw(display_name: str, folder: Path, home: Path) -> int:
+    """Draw parts as a user would; 0 if the saved files hold exactly what comes with these names."""
     from demo.draughtsman import Draughtsman
-    from demo.drawing import draw_and_save, look_around, shapes_drawn
+    from demo.drawing import PARTS, draw_and_save, look_around
     from demo.user import Script, User, play
-    from tandrel import sketch, storage
-    from tandrel.app import App
-    from tandrel.gui.widgets import main_window
 
-    drawn, flange = folder / "drawn.json", folder / "replayed-flange.json"
-    for old in (drawn, flange, *folder.glob("*.png")):
+    drawn = {name: folder / f"drawn-{name}.json" for name in PARTS}
+    flange = folder / "replayed-flange.json"
+    for old in (*drawn.values(), flange, *folder.glob("*.png")):
         old.unlink(missing_ok=True)
-    storage.write(drawn, storage.Document("Drawn by hand", sketch.new()))
     shutil.copyfile(PART, flange)
-    root = main_window("Tandrel")
-    hands = Draughtsman(App(root, str(drawn)), User(root, display_name), folder)
+    app = new_application(home)
+    hands = Draughtsman(app, User(app.root, display_name), folder)
     saved: list[bytes] = []
 
+    def contents() -> list[bytes]:
+        return [path.read_bytes() for path in drawn.values()]
+
     def script() -> Script:
-        yield from draw_and_save(hands)
-        saved.append(drawn.read_bytes())
+        yield from draw_and_save(hands, drawn)
+        saved.extend(contents())
         yield from look_around(hands, flange)
 
-    play(root, script(), folder / "failure.png")
-    fault = fault_in(drawn, shapes_drawn())
-    if [drawn.read_bytes(), flange.read_bytes()] != [*saved, PART.read_bytes()]:
-        fault = "Cancel changed a file."
-    if fault:
-        print(f"FAILED: {fault}")
+    play(app.root, script(), folder / "failure.png")
+    faults = [fault_in(path, PART.with_stem(name)) for name, path in drawn.items()]
+    if [*contents(), flange.read_bytes()] != [*saved, PART.read_bytes()]:
+        faults.append("Cancel changed a file.")
+    if any(faults):
+        print("FAILED:", *filter(None, faults))
         return 1
-    print(f"{drawn} holds every shape as it was drawn, number by number.")
+    for name, path in drawn.items():
+        print(f"{path} holds the {name} as it is on the drawing, number by number.")
     print("Pictures of the session:")
     for picture in sorted(folder.glob("*.png"), key=os.path.getmtime):
         print(f"  {picture}")
     return 0
 
 
-def fault_in(drawn: Path, expected: list[dict[str, Any]]) -> str:
-    """How the saved shapes differ from the expected ones, if they do."""
+def new_application(home: Path) -> App:
+    """The application as it starts the first time, with a home of its own for what it keeps."""
+    for variable, name in (("XDG_CONFIG_HOME", "config"), ("XDG_STATE_HOME", "state")):
+        os.environ[variable] = str(home / name)
+    from tandrel.application.recovery import Recovery
+    from tandrel.application.session import Session
+    from tandrel.application.settings import Settings
+    from tandrel.application.window import App
+    from tandrel.gui.theme import main_window
+
+    return App(main_window("Tandrel"), Session(Recovery()), Settings.load())
+
+
+def fault_in(drawn: Path, part: Path) -> str:
+    """How a saved sketch differs from that of a part, if it does."""
     from tandrel import storage
 
-    found = storage.read(drawn).sketch["entities"]
+    found, expected = storage.read(drawn).sketch, storage.read(part).sketch
     if found == expected:
         return ""
     return f"{drawn} holds\n  {found}\ninstead of\n  {expected}"

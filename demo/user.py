@@ -47,8 +47,12 @@ def play(root: tk.Tk, script: Script, last_sight: Path) -> None:
         errors.append(error)
         if len(errors) > 1:
             return
-        ImageGrab.grab(xdisplay=root.winfo_screen()).save(last_sight)
-        root.destroy()
+        try:
+            ImageGrab.grab(xdisplay=root.winfo_screen()).save(last_sight)
+        finally:
+            # A file dialog would wait for its answer for ever.
+            root.tk.eval("catch {set ::tk::Priv(selectFilePath) {}}")
+            root.destroy()
 
     def turn(wait: Optional[Wait] = None, deadline: float = 0.0) -> None:
         while wait is None or wait.condition():
@@ -63,7 +67,9 @@ def play(root: tk.Tk, script: Script, last_sight: Path) -> None:
 
     root.report_callback_exception = stop
     root.after_idle(turn)
-    root.mainloop()
+    # Not `mainloop`, which goes on while this process has any other main window.
+    while root.tk.eval("info commands ."):
+        root.tk.dooneevent()
     if errors:
         raise errors[0]
 
@@ -128,27 +134,36 @@ class User:
         self.type(text)
         yield until(lambda: entry.get() == text, f"{text!r} in the entry")
 
-    def choose_from_menu(self, bar: tk.Menu, menu: int, entry: int) -> Script:
-        """Open a menu of a window's menu bar by mouse and click one of its entries."""
+    def choose_from_menu(self, bar: tk.Menu, menu: int, *entries: int) -> Script:
+        """Click a menu of a window's menu bar, an entry of it, one of the submenu that opens ..."""
         yield from self.steady(self.root)
         # What a window shows is a clone of its menu bar, with clones of its menus.
         shown = f".#{str(bar)[1:]}"
         tcl = self.root.tk.call
         x = tcl("winfo", "rootx", shown) + tcl(shown, "xposition", menu)
         self.click(x + 8, tcl("winfo", "rooty", shown) + 8)
-        clone = tcl(shown, "entrycget", menu, "-menu")
-        yield until(lambda: tcl("winfo", "viewable", clone), f"menu {menu} to open")
-        y = tcl("winfo", "rooty", clone) + tcl(clone, "yposition", entry)
-        self.move(tcl("winfo", "rootx", clone) + 30, y + 8)
-        lit = f"entry {entry} to light up"
-        yield until(lambda: tcl(clone, "index", "active") == entry, lit)
-        self.press()
-        self.release()
+        first = opened = tcl(shown, "entrycget", menu, "-menu")
+        for entry in entries:
+            yield from self._light_up(opened, entry)
+            if tcl(opened, "type", entry) == "cascade":
+                opened = tcl(opened, "entrycget", entry, "-menu")
+            self.press()
+            self.release()
         # What the entry does may make the menus anew.
         yield until(
-            lambda: not (tcl("winfo", "exists", clone) and tcl("winfo", "viewable", clone)),
+            lambda: not (tcl("winfo", "exists", first) and tcl("winfo", "viewable", first)),
             f"menu {menu} to close",
         )
+
+    def _light_up(self, menu: object, entry: int) -> Script:
+        """Move to an entry of a menu that opens, straight to the right and then up or down."""
+        tcl = self.root.tk.call
+        yield until(lambda: tcl("winfo", "viewable", menu), f"{menu} to open")
+        x, top = tcl("winfo", "rootx", menu) + 30, tcl("winfo", "rooty", menu)
+        for y in (top + 8, top + tcl(menu, "yposition", entry) + 8):
+            self.move(x, y)
+        lit = f"entry {entry} to light up"
+        yield until(lambda: tcl(menu, "index", "active") == entry, lit)
 
     def picture(self, window: tk.Misc, path: Path) -> Script:
         """Save what the screen shows of a window, once it shows the same twice."""

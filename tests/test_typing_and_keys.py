@@ -352,7 +352,7 @@ class TestSwitchingWhileOpen:
         i18n.set_language("de")
         one.editor.select(0)
         assert one.rows() == ["1. Kreis"]
-        assert one.sizes() == ["Durchmesser 40 mm"]
+        assert one.sizes() == ["Ø 40 mm"]
         one.fill_in("r", "")
         one.button("Anwenden").invoke()
         assert one.status().startswith("Nicht übernommen: ")

@@ -2,6 +2,6 @@
 
 import sys
 
-from tandrel.app import main
+from tandrel.application.commands import main
 
 sys.exit(main())

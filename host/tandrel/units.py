@@ -1,4 +1,4 @@
-"""Display units: SI lengths as people read and type them, and back.
+"""Display units: SI lengths as people read and type them, and back; and areas.
 
 A length that someone typed is the double next to a number of at most 15 digits. Conversions work on
 that number, in decimal arithmetic: 0.0123 m is 12.3 mm, not 12.300000000000001 mm, and every such
@@ -23,6 +23,8 @@ _TYPED_DIGITS, _SHOWN_DIGITS = 15, 6
 # Noise is what takes a length of up to a metre from a whole number of picometres by a few units in
 # the last place of a metre; longer lengths have more of it.
 _NOISE_DECIMALS, _NOISE_UNITS = 12, 4
+# The power of the unit of length that each quantity is measured in, and how that is written.
+_POWERS = {"length": (1, ""), "area": (2, "²")}
 
 
 def num_text(x: float) -> str:
@@ -44,17 +46,21 @@ def num_text(x: float) -> str:
 
 @dataclass(frozen=True)
 class UnitSystem:
-    """One way to show quantities. The one quantity is "length"; another is a KeyError."""
+    """One way to show quantities: "length" and "area"; another is a KeyError.
+
+    Areas are computed, not typed: they are converted as they are, noise and all.
+    """
 
     name: str
     metres: Decimal
 
     def from_si(self, value: float, quantity: str) -> float:
-        """The number to show for a length."""
-        return float(_EXACT.divide(_typed(_without_noise(value)), self._size(quantity)))
+        """The number to show for a length or an area."""
+        tidy = _without_noise(value) if quantity == "length" else float(value)
+        return float(_EXACT.divide(_typed(tidy), self._size(quantity)))
 
     def to_si(self, value: float, quantity: str) -> float:
-        """The length shown as `value`; of several, the one with the shortest text."""
+        """The length or area shown as `value`; of several, the one with the shortest text."""
         value = float(value)
         nearest = float(_EXACT.multiply(_typed(value), self._size(quantity)))
         shown_alike = [x for x in _around(nearest) if self.from_si(x, quantity) == value]
@@ -62,16 +68,16 @@ class UnitSystem:
 
     def fmt(self, value: float, quantity: str) -> str:
         """A short text with the unit, such as "12.5 mm": six digits, more only before the point."""
-        shown = self.from_si(round(float(value), _NOISE_DECIMALS), quantity)
+        value = round(float(value), _NOISE_DECIMALS) if quantity == "length" else float(value)
+        shown = self.from_si(value, quantity)
         digits = f".{_SHOWN_DIGITS}g" if abs(shown) < 10**_SHOWN_DIGITS else ".0f"
         return f"{num_text(float(format(shown, digits)))} {self.unit(quantity)}"
 
     def unit(self, quantity: str) -> str:
-        self._size(quantity)
-        return self.name
+        return self.name + _POWERS[quantity][1]
 
     def _size(self, quantity: str) -> Decimal:
-        return {"length": self.metres}[quantity]
+        return _EXACT.power(self.metres, _POWERS[quantity][0])
 
 
 def _typed(value: float) -> Decimal:

@@ -1,18 +1,26 @@
 """What the tests of the application share."""
 
+import os
+import shutil
 import subprocess
 from pathlib import Path
 
 import pytest
 import tandrel.gui
 from hypothesis import HealthCheck, settings
-from tandrel.gui import i18n, widgets
+from support.application import shown
+from tandrel.application.recovery import Recovery
+from tandrel.application.session import Session
+from tandrel.application.settings import Settings
+from tandrel.application.window import App
+from tandrel.gui import i18n, theme, widgets
 
 # What is true doesn't depend on how busy the machine is.
 settings.register_profile("host", deadline=None, suppress_health_check=[HealthCheck.too_slow])
 settings.load_profile("host")
 
 LOCALE = Path(i18n.__file__).parent / "locale"
+FLANGE = LOCALE.parents[2] / "parts" / "flange.json"
 
 
 @pytest.fixture(scope="session")
@@ -33,10 +41,39 @@ def catalogues(compiled, monkeypatch):
 
 
 @pytest.fixture(autouse=True)
-def as_at_start():
-    """Millimetres and English, before and after each test."""
-    widgets.set_units("mm")
-    i18n.set_language("en")
+def as_at_start(tmp_path_factory, monkeypatch):
+    """Millimetres, English and light colours, before and after each test; an empty home."""
+    home = tmp_path_factory.mktemp("home")
+    for variable, folder in (("XDG_CONFIG_HOME", "config"), ("XDG_STATE_HOME", "state")):
+        monkeypatch.setenv(variable, str(home / folder))
+
+    def begin():
+        widgets.set_units("mm")
+        i18n.set_language("en")
+        theme.use_palette("light")
+
+    begin()
     yield
-    widgets.set_units("mm")
-    i18n.set_language("en")
+    begin()
+
+
+@pytest.fixture
+def part(tmp_path):
+    """A copy of the flange."""
+    return Path(shutil.copy(FLANGE, tmp_path))
+
+
+@pytest.fixture
+def start(request, catalogues):
+    """start(path, found, root): the application's window, shown; on the shared root unless told."""
+
+    def open_window(path=None, found=(), root=None):
+        root = root or request.getfixturevalue("root")
+        root.geometry("")
+        widgets.install(root)
+        path = None if path is None else os.fspath(path)
+        started = App(root, Session(Recovery()), Settings.load(), path, found)
+        shown(started)
+        return started
+
+    return open_window

@@ -11,7 +11,7 @@ from pathlib import Path
 import pytest
 from demo import run
 from demo.display import x_server
-from demo.drawing import shapes_drawn
+from demo.drawing import PARTS
 from PIL import Image
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -79,7 +79,6 @@ KILLED = """
 import os, signal, sys
 from demo import run
 from demo.display import x_server
-from demo.drawing import shapes_drawn
 from PIL import Image
 with x_server(320, 200, window_manager=True) as name:
     print(name, flush=True)
@@ -128,26 +127,47 @@ def test_with_a_display_the_application_opens_a_copy_of_the_part(tmp_path):
 def replayed(tmp_path_factory):
     """The folder in which a replayed session left its results, and what it said."""
     folder = tmp_path_factory.mktemp("run")
+    (folder / "home").mkdir()
+    places = dict.fromkeys(("HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"), str(folder / "home"))
     environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+    environment.update(places)
     command = [sys.executable, ROOT / "demo" / "run.py", "--folder", folder]
     ended = subprocess.run(command, env=environment, capture_output=True, text=True)
     assert (ended.returncode, ended.stderr) == (0, "")
     return folder, ended.stdout
 
 
-def test_the_replayed_session_leaves_what_was_drawn(replayed):
+@pytest.mark.parametrize("part", PARTS)
+def test_the_replayed_session_leaves_the_parts_as_they_are_on_the_drawings(replayed, part):
     folder, said = replayed
-    drawn = json.loads((folder / "drawn.json").read_text())
-    kinds = [entity["type"] for entity in drawn["sketch"]["entities"]]
-    assert kinds == ["rectangle", "circle", "regular", "slot", "circle", "polygon"]
-    assert str(folder / "drawn.json") in said
+    drawn = json.loads((folder / f"drawn-{part}.json").read_text())
+    expected = json.loads(run.PART.with_stem(part).read_text())
+    assert drawn["sketch"] == expected["sketch"]
+    assert str(folder / f"drawn-{part}.json") in said
+
+
+def test_the_replayed_session_uses_every_kind_of_shape():
+    parts = [json.loads(run.PART.with_stem(part).read_text()) for part in PARTS]
+    kinds = {entity["type"] for part in parts for entity in part["sketch"]["entities"]}
+    assert kinds == {"circle", "regular", "slot", "polygon"}
+
+
+def test_the_replayed_session_leaves_other_parts_alone(replayed):
+    folder, _ = replayed
     assert (folder / "replayed-flange.json").read_bytes() == run.PART.read_bytes()
+
+
+def test_the_replayed_session_keeps_nothing_at_home(replayed):
+    """Neither settings nor autosaved work, wherever the user has them."""
+    folder, _ = replayed
+    assert {path.suffix for path in folder.rglob("*")} == {".json", ".png", ""}
+    assert list((folder / "home").iterdir()) == []
 
 
 def test_the_replayed_session_leaves_pictures(replayed):
     folder, said = replayed
     pictures = list(folder.glob("*.png"))
-    assert len(pictures) == 10
+    assert len(pictures) == 14
     for path in pictures:
         assert str(path) in said
         with Image.open(path) as picture:
@@ -155,14 +175,30 @@ def test_the_replayed_session_leaves_pictures(replayed):
             assert len(picture.convert("RGB").getcolors(1 << 24)) > 50
 
 
-def test_the_replay_notices_the_smallest_difference(replayed):
+def places_of_numbers(value):
+    """Where numbers are in lists and dictionaries: (the container, the key)."""
+    for key, item in value.items() if isinstance(value, dict) else enumerate(value):
+        if isinstance(item, float):
+            yield value, key
+        elif isinstance(item, (dict, list)):
+            yield from places_of_numbers(item)
+
+
+@pytest.mark.parametrize("part", PARTS)
+def test_the_replay_notices_the_smallest_difference(replayed, tmp_path, part):
     folder, _ = replayed
-    drawn, expected = folder / "drawn.json", shapes_drawn()
+    drawn, expected = folder / f"drawn-{part}.json", run.PART.with_stem(part)
     assert run.fault_in(drawn, expected) == ""
-    for shape in expected:
-        for key, value in shape.items():
-            if isinstance(value, float):
-                shape[key] = math.nextafter(value, math.inf)
-                assert run.fault_in(drawn, expected)
-                shape[key] = value
-    assert run.fault_in(drawn, expected[:-1])
+    content = json.loads(expected.read_text())
+    changed = tmp_path / "changed.json"
+    places = list(places_of_numbers(content["sketch"]))
+    assert len(places) > 15
+    for container, key in places:
+        right = container[key]
+        container[key] = math.nextafter(right, math.inf)
+        changed.write_text(json.dumps(content))
+        assert run.fault_in(drawn, changed)
+        container[key] = right
+    content["sketch"]["entities"].pop()
+    changed.write_text(json.dumps(content))
+    assert run.fault_in(drawn, changed)

@@ -1,19 +1,18 @@
-"""Sketch files: strict reading, and writing whole or not at all."""
+"""Sketch files: strict reading with messages that name line and key, and what is written."""
 
 import copy
 import json
-import os
-import subprocess
-import sys
-import time
+import re
+import resource
 from pathlib import Path
 
 import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
+from support.children import in_child
 from tandrel import sketch, storage
-from tandrel.gui import i18n
+from tandrel.progress import Stopped
 from tandrel.storage import Document, SketchFileError
 
 HOST = Path(storage.__file__).parents[1]
@@ -111,6 +110,10 @@ def test_numbers_of_numpy_are_written_as_plain_ones(tmp_path):
     assert read == {"type": "circle", "xc": 0.5, "yc": 0.0, "r": 1.0}
 
 
+def test_a_file_saved_again_is_the_same_line_by_line():
+    assert storage.dumps(storage.read(FLANGE)) == FLANGE.read_bytes()
+
+
 def set_at(place, value):
     """A change of one value in a file's content; `...` takes the key away."""
 
@@ -126,220 +129,245 @@ def set_at(place, value):
     return change
 
 
+ENTITY = ["sketch", "entities", 1]
+KINDS = "rectangle / circle / regular / slot / polygon"
+
+
 @pytest.mark.parametrize(
     "place, value, message",
     [
-        (["format"], "other", 'file.format: expected "tandrel sketch", found "other"'),
-        (["version"], 2, "file.version: expected 1, found 2"),
-        (["version"], True, "file.version: expected 1, found true"),
-        (["version"], ..., 'file: "version" is missing'),
-        (["length_unit"], "mm", 'file.length_unit: expected "m", found "mm"'),
-        (["name"], 7, "file.name: expected a text, found 7"),
-        (["extra"], 0, 'file: "extra" is not known'),
-        (["sketch"], [], "file.sketch: expected an object, found []"),
-        (["sketch", "offset"], "0", 'file.sketch.offset: expected a finite number, found "0"'),
-        (["sketch", "offset"], True, "file.sketch.offset: expected a finite number, found true"),
-        (["sketch", "offset"], None, "file.sketch.offset: expected a finite number, found null"),
-        (["sketch", "plane"], ..., 'file.sketch: "plane" is missing'),
-        (["sketch", "entities"], {}, "file.sketch.entities: expected a list, found {}"),
+        (["format"], "other", 'line 2, format: expected "tandrel sketch", found "other"'),
+        (["version"], 0, "line 3, version: expected 1, found 0"),
+        (["version"], True, "line 3, version: expected 1, found true"),
+        (["version"], 1.0, "line 3, version: expected 1, found 1.0"),
         (
-            ["sketch", "entities", 1],
-            3,
-            "file.sketch.entities[1].type: expected "
-            "rectangle / circle / regular / slot / polygon, found null",
+            ["version"],
+            2,
+            "line 3, version: the file was written by a newer version of this program",
+        ),
+        (["version"], ..., 'line 1: "version" is missing'),
+        (["length_unit"], "mm", 'line 5, length_unit: expected "m", found "mm"'),
+        (["name"], 7, "line 4, name: expected a text, found 7"),
+        (["extra"], 0, "line 24, extra: this key is not known"),
+        (["not a\nname"], 0, 'line 24, ["not a\\nname"]: this key is not known'),
+        (["sketch"], [], "line 6, sketch: expected an object, found []"),
+        (
+            ["sketch", "offset"],
+            "0",
+            'line 8, sketch.offset: expected a finite number, found "0"',
         ),
         (
-            ["sketch", "entities", 1, "type"],
+            ["sketch", "offset"],
+            True,
+            "line 8, sketch.offset: expected a finite number, found true",
+        ),
+        (
+            ["sketch", "offset"],
+            None,
+            "line 8, sketch.offset: expected a finite number, found null",
+        ),
+        (["sketch", "plane"], ..., 'line 6, sketch: "plane" is missing'),
+        (["sketch", "entities"], {}, "line 9, sketch.entities: expected a list, found {}"),
+        (ENTITY, 3, "line 11, sketch.entities[1]: expected an object, found 3"),
+        (
+            [*ENTITY, "type"],
             "ellipse",
-            "file.sketch.entities[1].type: expected "
-            'rectangle / circle / regular / slot / polygon, found "ellipse"',
+            f'line 11, sketch.entities[1].type: expected {KINDS}, found "ellipse"',
         ),
-        (["sketch", "entities", 1, "r"], ..., 'file.sketch.entities[1]: "r" is missing'),
-        (["sketch", "entities", 1, "raduis"], 1, 'file.sketch.entities[1]: "raduis" is not known'),
+        (
+            [*ENTITY, "type"],
+            [1],
+            f"line 11, sketch.entities[1].type: expected {KINDS}, found [1]",
+        ),
+        ([*ENTITY, "type"], ..., 'line 11, sketch.entities[1]: "type" is missing'),
+        ([*ENTITY, "r"], ..., 'line 11, sketch.entities[1]: "r" is missing'),
+        ([*ENTITY, "raduis"], 1, "line 11, sketch.entities[1].raduis: this key is not known"),
         (
             ["references", 0, "points", 2],
             [1.0],
-            "file.references[0].points[2]: expected a pair of numbers, found [1.0]",
+            "line 22, references[0].points[2]: expected a pair of numbers, found [1.0]",
         ),
         (
             ["references", 0, "points", 2, 1],
             "x" * 99,
-            "file.references[0].points[2][1]: expected a finite number, found " f'"{38 * "x"}…',
+            "line 22, references[0].points[2][1]: expected a finite number, found " f'"{38 * "x"}…',
         ),
     ],
 )
-def test_a_damaged_file_is_refused_by_name_and_place(content, refused, place, value, message):
+def test_a_damaged_file_is_refused_by_line_and_key(content, refused, place, value, message):
     set_at(place, value)(content)
-    assert refused(content) == message
+    # In the lines of a saved file, whatever it holds.
+    assert refused(storage._laid_out(content).encode()) == message
+
+
+DIGITS = 38 * "1" + "1…"
 
 
 @pytest.mark.parametrize(
     "old, new, message",
     [
-        (b'"r": 0.031', b'"r": NaN', "NaN is not a number that a sketch can hold"),
-        (b'"r": 0.031', b'"r": -Infinity', "-Infinity is not a number that a sketch can hold"),
-        (
-            b'"r": 0.031',
-            b'"r": 1e999',
-            "file.sketch.entities[1].r: expected a finite number, found Infinity",
-        ),
-        (
-            b'"r": 0.031',
-            b'"r": 1' + 400 * b"0",
-            f"file.sketch.entities[1].r: expected a finite number, found 1{38 * '0'}…",
-        ),
-        (b'"r": 0.031', b'"r": 1, "r": 2', 'the key "r" stands twice in one place'),
-        (b'"version": 1,', b'"version" 1,', "line 3: this is not JSON (Expecting ':' delimiter)"),
+        ("0.031", '"\\ud800"', '.r: expected a finite number, found "\\ud800"'),
+        ("0.031", "NaN", ".r: NaN is not a number that a sketch can hold"),
+        ("0.031", "-Infinity", ".r: -Infinity is not a number that a sketch can hold"),
+        ("0.031", "1e999", ".r: 1e999 is not a number that a sketch can hold"),
+        ("0.031", 400 * "1", f".r: {DIGITS} is not a number that a sketch can hold"),
+        ("0.031", 309 * "1" + ".5", None),
+        ("0.031", 309 * "9", f".r: expected a finite number, found {39 * '9'}…"),
+        ("0.031", "0.031]", ".r: this is not JSON"),
+        ("0.031", 9999 * "[", ".r[0][0]: this is nested too deeply"),
+        ("0.031", 8 * "[" + 8 * "]", f".r: expected a finite number, found {8 * '['}{8 * ']'}"),
+        ('"r": 0.031', '"r": 1, "r": 2', ".r: this key stands twice in one place"),
+        ('"r": 0.031', '"r": {"a": 1, "a": 2}', ".r.a: this key stands twice in one place"),
+        ('"r": 0.031', '"r": 1, "q": {"a": [{"r": NaN}], "a": 2}', ".q: this key is not known"),
+        ('"r": 0.031', '"r": 1, "q', ": this is not JSON"),
+        ('"r": 0.031', '"r": \udcff', ".r: this is not UTF-8 text"),
     ],
 )
-def test_a_damaged_text_is_refused(refused, old, new, message):
-    data = FLANGE.read_bytes()
-    assert old in data
-    assert refused(data.replace(old, new)) == message
+def test_a_damaged_text_is_refused_by_line_and_key(refused, old, new, message):
+    text = FLANGE.read_text()
+    assert text.count(old) == 1
+    damaged = text.replace(old, new).encode(errors="surrogateescape")
+    if message is None:
+        assert storage.loads(damaged).sketch["entities"][1]["r"] == float(new)
+    else:
+        assert refused(damaged) == f"line 11, sketch.entities[1]{message}"
+
+
+def test_half_a_character_is_no_text(refused):
+    text = FLANGE.read_text().replace('"XY"', r'"\udc00"')
+    assert refused(text.encode()) == r'line 7, sketch.plane: expected a text, found "\udc00"'
+
+
+def test_a_key_that_stands_twice_is_named_where_it_stands_again(refused):
+    text = FLANGE.read_text().replace('"offset"', '"plane": "XZ",\n    "offset"')
+    assert refused(text.encode()) == "line 8, sketch.plane: this key stands twice in one place"
+    text = FLANGE.read_text().replace('"references"', '"sketch": 1,\n"references"')
+    assert refused(text.encode()) == "line 21, sketch: this key stands twice in one place"
 
 
 @pytest.mark.parametrize(
-    "data",
+    "data, message",
     [
-        b"",
-        b"\xff\xfe\xfd",
-        b"\0" * 9,
-        b"[" * 100_000,
-        b"1" * 5000,
-        b'{"a": ' * 3000,
-        b"null",
-        b"[]",
+        (b"", "line 1: this is not JSON"),
+        (b"\n\n\xff\xfe\xfd", "line 3: this is not UTF-8 text"),
+        (b"\0" * 9, "line 1: this is not JSON"),
+        (b"<?xml version='1.0'?>", "line 1: this is not JSON"),
+        (b"[" * 100_000, "line 1, [0][0][0][0][0][0]: this is nested too deeply"),
+        (b'{"a": ' * 3000, "line 1, a.a.a.a.a.a: this is nested too deeply"),
+        (b"[" + b"," * 10_000_000, "line 1: this is not JSON"),
+        (b"1" * 5000, f"line 1: {DIGITS} is not a number that a sketch can hold"),
+        (b"null", "line 1: expected an object, found null"),
+        (b"[]", "line 1: expected an object, found []"),
+        (b"[NaN, {}]", 'line 1: expected an object, found ["…", {}]'),
+        (b'{"type": "FeatureCollection"}', 'line 1: "format" is missing'),
+        (b'{"a": 1}}', "line 1, a: this is not JSON"),
+        (b"]", "line 1: this is not JSON"),
+        (b"{1: 2}", "line 1: this is not JSON"),
     ],
-    ids=["empty", "binary", "zeros", "deep", "huge number", "deep objects", "null", "list"],
+    ids=lambda value: repr(value[:12]) if isinstance(value, bytes) else "",
 )
-def test_foreign_files_are_refused(refused, data):
-    assert refused(data)
+def test_foreign_and_hostile_files_are_refused(refused, data, message):
+    assert refused(data) == message
+
+
+def test_too_little_memory_is_told():
+    def load():
+        room = int(Path("/proc/self/statm").read_text().split()[0]) * resource.getpagesize()
+        resource.setrlimit(resource.RLIMIT_AS, (room + 100_000_000,) * 2)
+        storage.loads(b"[" + 10_000_000 * b"[],")
+
+    assert in_child(load) == "SketchFileError: there is not enough memory"
 
 
 @pytest.mark.parametrize("cut", range(0, 900, 50))
-def test_a_file_cut_short_is_refused(refused, cut):
-    assert refused(FLANGE.read_bytes()[:cut])
+def test_a_file_cut_short_is_refused_where_it_ends(refused, cut):
+    data = FLANGE.read_bytes()[:cut]
+    line = len(data.rstrip().split(b"\n"))
+    assert re.match(rf"line ({line}|{line + 1})\b.*: this is not JSON", refused(data))
 
 
-def test_messages_are_translated(catalogues, content, refused):
-    i18n.set_language("de")
+@given(st.integers(0, 1250), st.binary(max_size=4), st.integers(0, 4))
+def test_whatever_is_damaged_is_read_or_refused(at, new, gone):
+    data = FLANGE.read_bytes()
+    try:
+        document = storage.loads(data[:at] + new + data[at + gone :])
+    except SketchFileError as error:
+        assert re.fullmatch(r"line \d+(, [\w\[].*)?: .+", str(error))
+    else:
+        assert storage.loads(storage.dumps(document)) == document
+
+
+def test_a_mark_before_the_text_is_no_part_of_it():
+    assert storage.loads(b"\xef\xbb\xbf" + FLANGE.read_bytes()) == storage.read(FLANGE)
+
+
+def test_messages_are_translated(content, refused, monkeypatch):
+    monkeypatch.setattr(storage, "tr", lambda text: f"<{text}>")
     content["sketch"]["offset"] = "x"
-    assert refused(content) == 'file.sketch.offset: erwartet wird eine endliche Zahl, da steht "x"'
+    why = '<expected <a finite number>, found "x">'
+    assert refused(content) == f"<<line 1, sketch.offset>: {why}>"
 
 
-def test_what_is_no_file_is_refused_at_once(tmp_path):
-    os.mkfifo(tmp_path / "pipe")
-    for path in (tmp_path / "pipe", tmp_path, tmp_path / "missing.json", "/dev/zero"):
-        with pytest.raises(SketchFileError):
-            storage.read(path)
+def many(number):
+    """A file with this many shapes."""
+    circle = '{"type": "circle", "xc": 0, "yc": 1.5, "r": 1e-3}'
+    text = FLANGE.read_text().replace('"entities": [', f'"entities": [{number * f"{circle}, "}')
+    return text.encode()
 
 
-def test_a_file_too_large_is_refused(tmp_path, monkeypatch):
-    monkeypatch.setattr(storage, "LARGEST_FILE", FLANGE.stat().st_size - 1)
-    with pytest.raises(SketchFileError, match="too large"):
-        storage.read(FLANGE)
-    monkeypatch.setattr(storage, "LARGEST_FILE", FLANGE.stat().st_size)
-    assert storage.read(FLANGE)
+def test_a_long_reading_tells_how_far_it_is():
+    told = []
+    assert len(storage.loads(many(30_000), told.append).sketch["entities"]) == 30_009
+    assert told == sorted(told) and told[0] == 0 and 0.9 < told[-1] <= 1
+    assert max(b - a for a, b in zip(told, told[1:])) < 0.05
 
 
-@pytest.fixture
-def flange():
-    return storage.read(FLANGE)
+@pytest.mark.parametrize("damage", [b"", b"NaN", b"}", b"\xff"])
+def test_a_long_reading_can_be_stopped_at_any_time(damage):
+    data = many(5_000).replace(b'"references"', damage + b'"references"')
+    told = []
+
+    def count(done):
+        told.append(done)
+
+    try:
+        storage.loads(data, count)
+    except SketchFileError:
+        assert damage
+    assert len(told) > 5
+    for last in range(len(told)):
+
+        def stop(_done):
+            told.append(_done)
+            if len(told) > last:
+                raise Stopped
+
+        told.clear()
+        with pytest.raises(Stopped):
+            storage.loads(data, stop)
+        assert len(told) == last + 1
 
 
-@pytest.fixture
-def saved(tmp_path):
+def test_a_count_too_long_to_be_read_is_not_written():
+    entity = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0, "angle": 0.0, "n": 10**309}
+    document = Document("part", {"plane": "XY", "offset": 0.0, "entities": [entity]})
+    with pytest.raises(SketchFileError, match=r"^sketch.entities\[0\].n: expected a whole number"):
+        storage.dumps(document)
+    entity["n"] = 2**1023 - 1
+    assert storage.loads(storage.dumps(document)) == document
+
+
+@pytest.mark.parametrize(
+    "damage",
+    [float("nan"), "1", None, [], 10**400, 10**5000, np.int64(1), {1}, [[]] * 9],
+    ids=lambda value: type(value).__name__,
+)
+def test_what_could_not_be_read_is_not_written(tmp_path, damage):
     path = tmp_path / "sketch.json"
     path.write_text("as it was")
-    path.chmod(0o640)
-    return path
-
-
-@pytest.mark.parametrize("damage", [float("nan"), "1", None, [], 10**400])
-def test_what_could_not_be_read_is_not_written(saved, flange, damage):
-    flange.sketch["offset"] = damage
-    with pytest.raises(SketchFileError, match="file.sketch.offset"):
-        storage.write(saved, flange)
-    assert saved.read_text() == "as it was"
-    assert os.listdir(saved.parent) == ["sketch.json"]
-
-
-@pytest.mark.parametrize("step", ["replace", "fsync", "fchmod"])
-def test_a_failing_disk_leaves_the_file_as_it_was(saved, flange, monkeypatch, step):
-    def fail(*_):
-        raise OSError(28, "No space left on device")
-
-    monkeypatch.setattr(os, step, fail)
-    with pytest.raises(SketchFileError, match="No space left"):
-        storage.write(saved, flange)
-    monkeypatch.undo()
-    assert saved.read_text() == "as it was"
-    assert os.listdir(saved.parent) == ["sketch.json"]
-
-
-def test_a_folder_that_can_t_be_synced_does_not_matter(saved, flange, monkeypatch):
-    real = os.fsync
-
-    def files_only(handle):
-        if os.path.isdir(f"/proc/self/fd/{handle}"):
-            raise OSError(22, "Invalid argument")
-        real(handle)
-
-    monkeypatch.setattr(os, "fsync", files_only)
-    storage.write(saved, flange)
-    assert storage.read(saved) == flange
-
-
-def test_a_file_system_without_permissions_does_not_matter(saved, flange, monkeypatch):
-    def refuse(*_):
-        raise PermissionError(1, "Operation not permitted")
-
-    monkeypatch.setattr(os, "fchmod", refuse)
-    storage.write(saved, flange)
-    assert storage.read(saved) == flange
-
-
-def test_a_missing_folder_is_named(tmp_path, flange):
-    with pytest.raises(SketchFileError, match="No such file"):
-        storage.write(tmp_path / "missing" / "sketch.json", flange)
-
-
-def test_permissions_and_links_stay(saved, flange):
-    link = saved.parent / "link.json"
-    link.symlink_to(saved)
-    storage.write(link, flange)
-    assert link.is_symlink()
-    assert storage.read(saved) == flange
-    assert saved.stat().st_mode & 0o777 == 0o640
-
-
-def test_a_new_file_has_the_user_s_usual_permissions(tmp_path, flange):
-    before = os.umask(0o027)
-    try:
-        storage.write(tmp_path / "new.json", flange)
-    finally:
-        os.umask(before)
-    assert (tmp_path / "new.json").stat().st_mode & 0o777 == 0o640
-
-
-WRITE_FOR_EVER = """
-import sys
-from tandrel import storage
-document = storage.read(sys.argv[1])
-print("ready", flush=True)
-while True:
-    storage.write(sys.argv[2], document)
-"""
-
-
-def test_a_writer_killed_at_any_moment_leaves_a_whole_file(tmp_path, flange):
-    path = tmp_path / "sketch.json"
-    environment = {**os.environ, "PYTHONPATH": str(HOST)}
-    for delay in (0.0, 0.003, 0.007, 0.013, 0.02):
-        storage.write(path, flange)
-        command = [sys.executable, "-c", WRITE_FOR_EVER, FLANGE, path]
-        with subprocess.Popen(command, env=environment, stdout=subprocess.PIPE) as writer:
-            assert writer.stdout.readline() == b"ready\n"
-            time.sleep(delay)
-            writer.kill()
-        assert storage.read(path) == flange
+    document = storage.read(FLANGE)
+    document.sketch["offset"] = damage
+    with pytest.raises(SketchFileError, match="^sketch.offset: expected a finite number, found "):
+        storage.write(path, document)
+    assert path.read_text() == "as it was"
+    assert [path.name for path in tmp_path.iterdir()] == ["sketch.json"]

@@ -175,7 +175,38 @@ def test_conversions_give_plain_floats_of_numpy_numbers():
     assert type(system.to_si(np.float64(0.5), "length")) is float
 
 
-def test_only_lengths_are_known():
+@pytest.mark.parametrize(
+    "name, area, text",
+    [
+        ("mm", 12.5e-6, "12.5 mm²"),
+        ("cm", 12.5e-6, "0.125 cm²"),
+        ("m", 12.5e-6, "0.0000125 m²"),
+        ("in", 1.94 * 0.0254**2, "1.94 in²"),
+        ("mm", math.pi * 0.03**2, "2827.43 mm²"),
+        ("mm", 0.0158083862, "15808.4 mm²"),
+        ("mm", 1.5, "1500000 mm²"),
+        ("mm", 1e-13, "0.0000001 mm²"),
+        ("m", 0.0, "0 m²"),
+        ("mm", 0.1 + 0.2, "300000 mm²"),
+        ("in", math.nan, "nan in²"),
+    ],
+)
+def test_short_text_of_an_area(name, area, text):
+    assert SYSTEMS[name].fmt(area, "area") == text
+
+
+@pytest.mark.parametrize("name", SYSTEMS)
+@given(shown=typed(12, -6, 6))
+def test_areas_are_shown_in_squares_of_the_unit(name, shown):
+    exact = Fraction(Decimal(num_text(shown))) * METRES[name] ** 2
+    nearest = exact.numerator / exact.denominator
+    area = SYSTEMS[name].to_si(shown, "area")
+    # Of the areas that show alike it is the one with the shortest text.
+    assert abs(area - nearest) <= 2 * math.ulp(nearest)
+    assert SYSTEMS[name].from_si(area, "area") == pytest.approx(shown, rel=1e-15)
+
+
+def test_only_lengths_and_areas_are_known():
     for call in (units().from_si, units().to_si, units().fmt):
         with pytest.raises(KeyError):
             call(1.0, "weight")
@@ -188,6 +219,7 @@ def test_units_are_those_last_set():
         set_units(name)
         assert units() is SYSTEMS[name]
         assert units().unit("length") == name
+        assert units().unit("area") == f"{name}²"
     with pytest.raises(ValueError, match="furlong"):
         set_units("furlong")
     assert units().name == "in"

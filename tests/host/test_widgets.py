@@ -14,7 +14,6 @@ from support.events import settle
 from tandrel.gui import theme, widgets
 from tandrel.gui.widgets import PAL, Form, Tooltip, px
 
-ORANGE = "#E8833A"
 STYLES = {
     "Panel.TFrame": ttk.Frame,
     "Panel.TLabel": ttk.Label,
@@ -28,69 +27,6 @@ STYLES = {
 def themed(root):
     widgets.install(root)
     return root
-
-
-def luminance(colour):
-    """Relative luminance, as the accessibility guidelines define it."""
-    parts = [int(colour[i : i + 2], 16) / 255 for i in (1, 3, 5)]
-    parts = [c / 12.92 if c <= 0.04045 else ((c + 0.055) / 1.055) ** 2.4 for c in parts]
-    return 0.2126 * parts[0] + 0.7152 * parts[1] + 0.0722 * parts[2]
-
-
-def contrast(one, other):
-    light, dark = sorted((luminance(one), luminance(other)), reverse=True)
-    return (light + 0.05) / (dark + 0.05)
-
-
-def test_contrast_is_what_the_guidelines_say():
-    assert contrast("#000000", "#FFFFFF") == 21
-    assert contrast("#777777", "#FFFFFF") == pytest.approx(4.48, abs=0.01)
-
-
-@pytest.mark.parametrize("key", ["panel", "line", "bg", "muted", "accent", "accent_soft"])
-def test_the_editor_s_colours_are_there(root, key):
-    root.winfo_rgb(PAL[key])
-
-
-@pytest.mark.parametrize(
-    "text, ground",
-    [
-        *product(["text", "hint", "warning"], ["window", "field"]),
-        *product(["text"], ["button", "button_over", "chosen"]),
-        ("primary_over", "chosen"),
-        ("on_primary", "primary"),
-        ("on_primary", "primary_over"),
-        ("muted", "panel"),
-    ],
-)
-def test_texts_are_readable(text, ground):
-    assert contrast(PAL[text], PAL[ground]) >= 4.5
-
-
-@pytest.mark.parametrize("ground", ["panel", "accent_soft"])
-def test_the_editor_s_orange_is_readable_on_every_ground_of_a_drawing(ground):
-    assert contrast(ORANGE, PAL[ground]) >= 4.5
-
-
-@pytest.mark.parametrize(
-    "line, ground",
-    [
-        *product(["accent", "muted"], ["panel", "accent_soft"]),
-        *product(["edge", "primary"], ["window", "field"]),
-        ("line", "panel"),
-        ("line", "window"),
-    ],
-)
-def test_lines_that_carry_meaning_are_visible(line, ground):
-    assert contrast(PAL[line], PAL[ground]) >= 3
-
-
-def test_the_grid_stays_behind_the_drawing():
-    assert 1.1 < contrast(PAL["bg"], PAL["panel"]) < 2
-
-
-def test_a_region_differs_from_a_hole():
-    assert contrast(PAL["accent_soft"], PAL["panel"]) >= 1.3
 
 
 @pytest.mark.parametrize("name", STYLES)

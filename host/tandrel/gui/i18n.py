@@ -3,18 +3,46 @@
 Texts are written in English, marked with `N_` where a table is built, and translated with `tr`
 where they are shown. Catalogues are GNU gettext's: the sources lie beside this module in `locale/`;
 the build compiles them to `locale/LANGUAGE/LC_MESSAGES/tandrel.mo` in a folder of this package.
+
+The pseudo-language shows what a translator would stumble over: in it every text that passes through
+`tr` is accented, longer than in English, and in brackets. A text without them is not translated, a
+text without the right one is cut off.
 """
 
 from __future__ import annotations
 
 import gettext
 import os
+import re
 import sys
 from pathlib import Path
 
 DOMAIN = "tandrel"
 SOURCE_LANGUAGE = "en"
-_NAMES = {"en": "English", "de": "Deutsch"}
+PSEUDO_LANGUAGE = "qps"  # offered where the environment asks for it by TANDREL_PSEUDO=1
+_NAMES = {
+    "en": "English",
+    "de": "Deutsch",
+    "fr": "Français",
+    "zh": "简体中文",
+    PSEUDO_LANGUAGE: "[Þšéûđö ~~]",
+}
+
+
+class _PseudoTranslations(gettext.NullTranslations):
+    """Made from the English texts themselves; placeholders stay as they are."""
+
+    _ACCENTED = str.maketrans(
+        "AaBbCcDdEeFfGgHhIiJjKkLlMmNnOoPpQqRrSsTtUuVvWwXxYyZz",
+        "ÅåßƀÇçĐđÉéƑƒĜğĤĥÎîĴĵĶķĻļṀɱÑñÖöÞþǪǫŘřŠšŢţÛûṼṽŴŵẊẋÝýŽž",
+    )
+
+    def gettext(self, message: str) -> str:
+        pieces = re.split(r"(\{[^{}]*\})", message)
+        pieces[::2] = [piece.translate(self._ACCENTED) for piece in pieces[::2]]
+        longer = "~" * max(round(0.4 * len(message)) - len("[ ]"), 1)
+        return f"[{''.join(pieces)} {longer}]"
+
 
 _catalogue: gettext.NullTranslations = gettext.NullTranslations()
 _language = SOURCE_LANGUAGE
@@ -38,24 +66,22 @@ def language() -> str:
 
 def languages() -> dict[str, str]:
     """The languages that can be set: code and own name."""
-    return {
-        code: name
-        for code, name in _NAMES.items()
-        if code == SOURCE_LANGUAGE or _compiled(code) is not None
-    }
+    return {code: name for code, name in _NAMES.items() if _can_be_set(code)}
 
 
 def set_language(code: str) -> None:
     """Translate into this language from now on; LookupError if it has no catalogue."""
     global _catalogue, _language
-    if code == SOURCE_LANGUAGE:
-        catalogue = gettext.NullTranslations()
-    else:
-        path = _compiled(code)
-        if path is None:
-            raise LookupError(f"no catalogue for language {code!r}")
+    if not _can_be_set(code):
+        raise LookupError(f"no catalogue for language {code!r}")
+    path = _compiled(code)
+    if path is not None:
         with open(path, "rb") as file:
-            catalogue = gettext.GNUTranslations(file)
+            catalogue: gettext.NullTranslations = gettext.GNUTranslations(file)
+    elif code == PSEUDO_LANGUAGE:
+        catalogue = _PseudoTranslations()
+    else:
+        catalogue = gettext.NullTranslations()
     _catalogue, _language = catalogue, code
 
 
@@ -64,9 +90,16 @@ def preferred_language() -> str:
     available = languages()
     for variable in ("LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"):
         for locale in os.environ.get(variable, "").split(":"):
-            if locale[:2] in available:
-                return locale[:2]
+            code = re.split("[_.@]", locale)[0]
+            if code in available:
+                return code
     return SOURCE_LANGUAGE
+
+
+def _can_be_set(code: str) -> bool:
+    if code == PSEUDO_LANGUAGE:
+        return os.environ.get("TANDREL_PSEUDO") == "1"
+    return code == SOURCE_LANGUAGE or (code in _NAMES and _compiled(code) is not None)
 
 
 def _compiled(code: str) -> Path | None:

@@ -1,8 +1,9 @@
 """How the application looks: its colours, its sizes on this screen, and its ttk theme.
 
-Windows are light; drawings lie on dark ground. The editor marks what is selected or being drawn
-with the fixed orange #E8833A, as lines and as text. On white its contrast is 2.7:1, too little for
-either; on `panel` and on `accent_soft` it has the 4.5:1 that text needs.
+Windows are light or dark; drawings lie on dark ground in both. The editor marks what is selected or
+being drawn with the fixed orange #E8833A, as lines and as text. On white its contrast is 2.7:1, too
+little for either; on `panel` and on `accent_soft` it has the 4.5:1 that text needs. The ground is
+as dark as it is for the letter of the first axis, in the fixed red #D2504B.
 """
 
 from __future__ import annotations
@@ -13,28 +14,48 @@ from typing import Any, Dict
 
 from tandrel.gui._marks import check_box
 
-PAL = {
-    # drawings
-    "panel": "#10171E",
-    "bg": "#202B36",
+_DRAWINGS = {
+    "panel": "#0A0F14",
+    "bg": "#1C2630",
     "line": "#7D8894",
     "muted": "#93A4B5",
     "accent": "#6DB3F2",
-    "accent_soft": "#1B3550",
-    # windows
-    "window": "#F3F5F7",
-    "field": "#FFFFFF",
-    "text": "#1B2733",
-    "hint": "#55616E",
-    "edge": "#7D8894",
-    "button": "#E3E8ED",
-    "button_over": "#D5DDE5",
-    "primary": "#1D5FA8",
-    "primary_over": "#174D88",
-    "on_primary": "#FFFFFF",
-    "chosen": "#D6E6F7",
-    "warning": "#A32A22",
+    "accent_soft": "#1A334D",
 }
+PALETTES = {
+    "light": {
+        **_DRAWINGS,
+        "window": "#F3F5F7",
+        "field": "#FFFFFF",
+        "text": "#1B2733",
+        "hint": "#55616E",
+        "edge": "#7D8894",
+        "button": "#E3E8ED",
+        "button_over": "#D5DDE5",
+        "primary": "#1D5FA8",
+        "primary_over": "#174D88",
+        "on_primary": "#FFFFFF",
+        "chosen": "#D6E6F7",
+        "warning": "#A32A22",
+    },
+    "dark": {
+        **_DRAWINGS,
+        "window": "#1C252E",
+        "field": "#12191F",
+        "text": "#E6ECF2",
+        "hint": "#A9B5C1",
+        "edge": "#7D8894",
+        "button": "#2C3843",
+        "button_over": "#384653",
+        "primary": "#6DB3F2",
+        "primary_over": "#93C8F7",
+        "on_primary": "#0A0F14",
+        "chosen": "#24405C",
+        "warning": "#FF9086",
+    },
+}
+# The colours in use. It is one dictionary for good: others hold it.
+PAL = dict(PALETTES["light"])
 
 Options = Dict[str, Any]
 
@@ -58,20 +79,48 @@ def main_window(name: str) -> tk.Tk:
     return root
 
 
+def use_palette(name: str) -> None:
+    """Use the colours of this name from now on; windows that are open take them by `install`."""
+    PAL.update(PALETTES[name])
+
+
 def install(root: tk.Misc) -> None:
-    """Set up theme, colours and bindings for all windows of `root`; harmless when repeated."""
+    """Set up theme, colours and bindings for all windows of `root`, open ones too.
+
+    Harmless when repeated.
+    """
     global _scale
     _scale = float(root.tk.call("tk", "scaling")) * _POINTS_PER_INCH / _NOMINAL_DPI
     style = ttk.Style(root)
-    if "tandrel" not in style.theme_names():
-        style.theme_create("tandrel", parent="clam", settings=_styles(root))
+    marks = _check_marks(root)
+    if "tandrel" in style.theme_names():
+        style.theme_settings("tandrel", _styles(root))
+    else:
+        style.theme_create("tandrel", parent="clam", settings={**_styles(root), **marks})
         # Keys go where the user works: in a drawing too, after a click on it.
         root.tk.call("bind", "Canvas", "<ButtonPress-1>", "+focus %W")
         # Its variables exist once the file dialog is loaded, which a call that fails does.
         root.tk.eval("catch {tk_getOpenFile -none}; set ::tk::dialog::file::showHiddenVar 0")
     style.theme_use("tandrel")
-    for option, value in _classic_options().items():
-        root.option_add(option, value)
+    for kind, options in _classic_options().items():
+        for option, value in options.items():
+            root.option_add(f"*{kind}.{option}", value)
+    _recolour(root)
+
+
+def _recolour(root: tk.Misc) -> None:
+    """Give open windows the colours that new ones get from the option database."""
+    options = _classic_options()
+    windows = ["."]
+    while windows:
+        window = windows.pop()
+        windows += root.tk.splitlist(root.tk.call("winfo", "children", window))
+        kind = str(root.tk.call("winfo", "class", window))
+        if window == "." or kind == "Toplevel":
+            root.tk.call(window, "configure", "-background", PAL["window"])
+        for option, value in options.get(kind, {}).items():
+            if str(value).startswith("#"):
+                root.tk.call(window, "configure", f"-{option.lower()}", value)
 
 
 def _desktop_dpi() -> float | None:
@@ -104,13 +153,19 @@ def _styles(root: tk.Misc) -> dict[str, Options]:
         "TButton": _button("button", "button_over", "text", "edge"),
         "Primary.TButton": _button("primary", "primary_over", "on_primary", "primary"),
         "SketchTool.TRadiobutton": _tool_button(),
-        **_check_button(root),
+        "TCheckbutton": {"configure": {"padding": px(3)}},
         "TEntry": _field(),
         "TSpinbox": _field(arrowsize=px(11)),
         "TCombobox": _field(arrowsize=px(13)),
         "Treeview": _list(line_height + px(8)),
         "Treeview.Item": {"configure": {"padding": [px(5), 0]}, "layout": _flat_row()},
         "Treeview.Heading": _button("button", "button_over", "text", "button", padding=(6, 4)),
+        "TMenubutton": _menu_button(),
+        "TScrollbar": {
+            "configure": {**_flat("button", "edge"), "arrowsize": px(14)},
+            "map": _faces(("active", "chosen")),
+        },
+        "TProgressbar": {"configure": {**_flat("primary"), "arrowsize": px(14)}},
         "TSeparator": {"configure": {"background": PAL["edge"]}},
     }
 
@@ -121,6 +176,7 @@ def _common() -> Options:
         "foreground": PAL["text"],
         "font": "TkDefaultFont",
         "fieldbackground": PAL["field"],
+        "arrowcolor": PAL["text"],
         "troughcolor": PAL["button"],
         "insertcolor": PAL["text"],
         "selectbackground": PAL["primary"],
@@ -161,6 +217,11 @@ def _button(
     }
 
 
+def _menu_button() -> Options:
+    look = _button("button", "button_over", "text", "edge")
+    return {**look, "configure": {**look["configure"], "arrowsize": px(6)}}
+
+
 def _tool_button() -> Options:
     """A flat toggle button without the radio indicator; the chosen tool stays lit."""
     label = ("Radiobutton.label", {"sticky": "nswe"})
@@ -182,8 +243,8 @@ def _tool_button() -> Options:
     }
 
 
-def _check_button(root: tk.Misc) -> dict[str, Options]:
-    """A box with a tick in place of the parent theme's cross."""
+def _check_marks(root: tk.Misc) -> dict[str, Options]:
+    """A box with a tick in place of the parent theme's cross. Made anew, its pictures change."""
     size = px(15)
     off = check_box(root, "tandrel-off", size, PAL["field"], PAL["edge"], None)
     on = check_box(root, "tandrel-on", size, PAL["primary"], PAL["primary"], PAL["on_primary"])
@@ -191,8 +252,7 @@ def _check_button(root: tk.Misc) -> dict[str, Options]:
     return {
         "Checkbutton.indicator": {
             "element create": ["image", *images, {"width": size + px(6), "sticky": "w"}]
-        },
-        "TCheckbutton": {"configure": {"padding": px(3)}},
+        }
     }
 
 
@@ -202,7 +262,6 @@ def _field(**options: object) -> Options:
         "configure": {
             **_flat("button", "edge"),
             "lightcolor": PAL["field"],
-            "arrowcolor": PAL["text"],
             "padding": px(3),
             **options,
         },
@@ -239,7 +298,7 @@ def _flat_row() -> list[tuple[str, Options]]:
     return [("Treeitem.padding", {"sticky": "nswe", "children": [text]})]
 
 
-def _classic_options() -> dict[str, str | int]:
+def _classic_options() -> dict[str, Options]:
     """The same looks for the widgets that ttk has not: texts, menus, lists of choices."""
     plain: Options = {"background": PAL["field"], "foreground": PAL["text"]}
     chosen: Options = {"selectBackground": PAL["primary"], "selectForeground": PAL["on_primary"]}
@@ -259,14 +318,14 @@ def _classic_options() -> dict[str, str | int]:
         "foreground": PAL["text"],
         "activeBackground": PAL["chosen"],
         "activeForeground": PAL["text"],
+        "disabledForeground": PAL["edge"],
         "selectColor": PAL["primary"],
         "relief": "raised",
         "borderWidth": 1,
         "activeBorderWidth": 0,
     }
-    kinds: dict[str, Options] = {
-        "*Text": {**plain, **chosen, **text},
-        "*Menu": menu,
-        "*TCombobox*Listbox": {**plain, **chosen, "borderWidth": 0},
+    return {
+        "Text": {**plain, **chosen, **text},
+        "Menu": menu,
+        "Listbox": {**plain, **chosen, "borderWidth": 0},
     }
-    return {f"{kind}.{name}": value for kind, row in kinds.items() for name, value in row.items()}

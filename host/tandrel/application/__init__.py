@@ -1,0 +1,1 @@
+"""The application around the editor: its document, its settings, its window and its commands."""

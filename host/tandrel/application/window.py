@@ -1,0 +1,471 @@
+"""The main window: one part's profile, and what can be done with it."""
+
+from __future__ import annotations
+
+import os
+import re
+import tkinter as tk
+from collections.abc import Callable, Iterable
+from tkinter import filedialog, ttk
+from typing import Any, NamedTuple, Optional, cast
+
+import numpy as np
+from shapely.geometry.base import BaseGeometry
+
+from tandrel import exchange, profile
+from tandrel import sketch as S
+from tandrel import storage
+from tandrel.application import menus, progress
+from tandrel.application.dialogs import ask
+from tandrel.application.recovery import Found
+from tandrel.application.session import Session
+from tandrel.application.settings import Settings
+from tandrel.exchange import ExchangeError, UnitsMissing
+from tandrel.gui import i18n, theme
+from tandrel.gui.i18n import N_, tr
+from tandrel.gui.profile_view import ProfileView
+from tandrel.gui.sketcher import SketchEditor
+from tandrel.gui.widgets import SYSTEMS, px, set_units, units
+from tandrel.progress import Stopped, Tick, no_tick
+from tandrel.storage import SketchFileError
+
+_EMPTY = N_("Nothing is drawn yet. Press “Edit sketch…” to draw the part, or open a file (Ctrl+O).")
+_LONGEST_NAME, _LONGEST_MESSAGE = 60, 240
+_SMALLEST = 560, 420
+
+
+class Measured(NamedTuple):
+    """What the window shows of a sketch. There is no region where computing it was stopped."""
+
+    region: Optional[BaseGeometry] = None
+    size: tuple[float, float] = (0.0, 0.0)
+    area: float = 0.0
+    contours: int = 0
+
+
+def measure(sketch: dict[str, Any], tick: Tick = no_tick) -> Measured:
+    region = profile.region(sketch, progress.span(tick, 0, 0.5))
+    if region.is_empty:
+        return Measured(region)
+    left, bottom, right, top = profile.box(sketch)
+    area = profile.area(sketch, progress.span(tick, 0.5, 1))
+    return Measured(region, (right - left, top - bottom), area, profile.contours(sketch))
+
+
+class App:
+    """The main window on a session. Messages appear in the window, where they stop nobody.
+
+    Operations are called by name through `perform`, one at a time: while one asks, works or has the
+    editor open, keys and frame buttons that reach the window do nothing.
+    """
+
+    def __init__(
+        self,
+        root: tk.Tk,
+        session: Session,
+        settings: Settings,
+        path: Optional[str] = None,
+        found: Iterable[Found] = (),
+    ) -> None:
+        self.root = root
+        self.session = session
+        self.settings = settings
+        self.measured = measure(session.document.sketch)
+        self._busy = False
+        self.unit_choice = tk.StringVar(root, units().name)
+        self.language_choice = tk.StringVar(root, i18n.language())
+        self.palette_choice = tk.StringVar(root, settings.palette)
+        root.minsize(*map(px, _SMALLEST))
+        self._restore_size()
+        root.protocol("WM_DELETE_WINDOW", lambda: self.perform("quit"))
+        menus.bind_keys(root, self.perform)
+        self._hook_errors()
+        self.build()
+        if path is not None:
+            self.open(path)
+        found = list(found)
+        if found:
+            root.after_idle(self._one_at_a_time, lambda: self.offer(found))
+
+    # How the window is made and what it shows.
+
+    def build(self) -> None:
+        """Make the window's content anew, in the language of the moment."""
+        for child in self.root.winfo_children():
+            child.destroy()
+        _translate_tk(self.root, i18n.language())
+        self.menus = menus.Menus(self.root, self.perform)
+        unit_labels = {name: tr(menus.UNITS[name]) for name in SYSTEMS}
+        self.menus.offer("units", unit_labels, self.unit_choice, "change_units")
+        self.menus.offer("language", i18n.languages(), self.language_choice, "change_language")
+        palettes = {name: tr(label) for name, label in menus.PALETTES.items()}
+        self.menus.offer("palette", palettes, self.palette_choice, "change_palette")
+        outer = ttk.Frame(self.root, style="Panel.TFrame", padding=px(12))
+        outer.pack(fill="both", expand=True)
+        self.name = ttk.Label(outer, style="Title.TLabel")
+        self.name.pack(anchor="w")
+        facts = ttk.Frame(outer, style="Panel.TFrame")
+        facts.pack(fill="x", pady=(px(2), px(10)))
+        self.size, self.area, self.contours = (
+            ttk.Label(facts, style="Muted.TLabel") for _ in range(3)
+        )
+        for label in (self.size, self.area, self.contours):
+            label.pack(side="left", padx=(0, px(20)))
+        foot = ttk.Frame(outer, style="Panel.TFrame")
+        foot.pack(side="bottom", fill="x", pady=(px(10), 0))
+        self.edit_button = ttk.Button(
+            foot,
+            text=tr("Edit sketch…"),
+            style="Primary.TButton",
+            command=lambda: self.perform("edit"),
+        )
+        self.edit_button.pack(side="right", padx=(px(12), 0))
+        self.message = ttk.Label(foot, style="Muted.TLabel")
+        self.message.pack(side="left", fill="x", expand=True)
+        # Less than the label's width by what its frame takes.
+        self.message.bind(
+            "<Configure>", lambda e: self.message.configure(wraplength=max(e.width - px(4), 1))
+        )
+        self.view = ProfileView(outer)
+        self.view.pack(fill="both", expand=True)
+        self.edit_button.focus_set()
+        self.refresh()
+
+    def refresh(self) -> None:
+        """Show the document, in the units of the moment."""
+        session, measured = self.session, self.measured
+        is_empty = not session.document.sketch["entities"]
+        stopped = tr("The profile isn't drawn: it was stopped.")
+        self.view.show(measured.region, measured.size, tr(_EMPTY) if is_empty else stopped)
+        facts = ["", "", ""]
+        if measured.contours:
+            area = tr("Area {area}").format(area=units().fmt(measured.area, "area"))
+            contours = tr("Contours: {n}").format(n=measured.contours)
+            facts = [" × ".join(self.view.size_texts()), area, contours]
+        for label, text in zip((self.size, self.area, self.contours), facts):
+            label.configure(text=text)
+        name = self._title()
+        self.name.configure(text=name)
+        self.root.title(f"{'• ' if session.dirty else ''}{name} – tandrel")
+        self.menus.enable("undo", session.can_undo)
+        self.menus.enable("redo", session.can_redo)
+        self.menus.enable("save", session.dirty or session.path is None)
+        self.menus.enable("export", not is_empty)
+        self.menus.list_recent(self.settings.recent, self._open_recent)
+
+    def tell(self, text: str, warning: bool = False) -> None:
+        style = "Warning.TLabel" if warning else "Muted.TLabel"
+        self.message.configure(text=_short(text, _LONGEST_MESSAGE), style=style)
+
+    def _title(self) -> str:
+        return _short(self.session.document.name, _LONGEST_NAME) or tr("Untitled")
+
+    def _restore_size(self) -> None:
+        size = re.match(r"(\d+)x(\d+)", self.settings.geometry)
+        if size is None:
+            self.root.geometry(f"{px(760)}x{px(640)}")
+            return
+        width, height = map(int, size.groups())
+        if width <= self.root.winfo_screenwidth() and height <= self.root.winfo_screenheight():
+            self.root.geometry(f"{width}x{height}")
+
+    # One thing at a time.
+
+    def perform(self, operation: str) -> None:
+        """Do what a menu, a key or a button asks for, unless something is being done."""
+        self._one_at_a_time(getattr(self, operation))
+
+    def _one_at_a_time(self, act: Callable[[], None]) -> None:
+        if self._busy:
+            self.root.bell()
+            return
+        self._busy = True
+        try:
+            act()
+        except Stopped:
+            self.tell(tr("Stopped. Everything is as it was."))
+        finally:
+            self._busy = False
+
+    def _hook_errors(self) -> None:
+        """Say in the window that something failed, besides what happens to such errors."""
+        report = self.root.report_callback_exception
+
+        def told(kind: Any, error: BaseException, trace: Any) -> None:
+            self.tell(tr("Something went wrong: {why}").format(why=error or kind.__name__), True)
+            report(kind, error, trace)
+
+        self.root.report_callback_exception = told
+
+    def _run(self, text: str, task: Callable[[Tick], Any]) -> Any:
+        return progress.run(self.root, text, task)
+
+    # Files.
+
+    def new(self) -> None:
+        if self.may_leave():
+            self.session.new()
+            self._show(measure(self.session.document.sketch))
+            self.tell("")
+
+    def choose_file(self) -> None:
+        self._choose((tr("Sketches and drawings"), (".json", ".dxf")), (tr("All files"), "*"))
+
+    def choose_drawing(self) -> None:
+        self._choose((tr("Drawings (DXF)"), (".dxf", ".DXF")), (tr("All files"), "*"))
+
+    def _choose(self, *kinds: tuple[str, Any]) -> None:
+        path = filedialog.askopenfilename(
+            parent=self.root, filetypes=kinds, initialdir=self._folder()
+        )
+        if path and self.may_leave():
+            self.open(path)
+
+    def _open_recent(self, path: str) -> None:
+        def act() -> None:
+            if self.may_leave():
+                self.open(path)
+
+        self._one_at_a_time(act)
+
+    def open(self, path: str) -> None:
+        """Go on with the part in a file; where it can't be read, say so and keep what is shown."""
+        try:
+            notes = self._import(path) if _is_drawing(path) else self._open_sketch(path)
+        except (SketchFileError, ExchangeError) as error:
+            if not os.path.exists(path) and path in self.settings.recent:
+                self.settings.recent.remove(path)
+                self.settings.save()
+            self.refresh()
+            text = tr("{file} can't be opened: {why}")
+            self.tell(text.format(file=os.path.basename(path), why=error), warning=True)
+            return
+        except Stopped:
+            self.tell(tr("Stopped. Everything is as it was."))
+            return
+        self.settings.remember(path)
+        self.settings.save()
+        self.refresh()
+        self.tell(" ".join([os.path.abspath(path), *notes]), warning=bool(notes))
+
+    def _open_sketch(self, path: str) -> list[str]:
+        def task(tick: Tick) -> tuple[storage.Document, Measured]:
+            document = storage.read(path, progress.span(tick, 0, 0.5))
+            return document, measure(document.sketch, progress.span(tick, 0.5, 1))
+
+        text = tr("Opening {file}…").format(file=os.path.basename(path))
+        document, measured = self._run(text, task)
+        self.session.opened(document, path)
+        self._show(measured)
+        # What the editor would not let pass is left out of the profile, or cut twice.
+        return S.check(document.sketch)[:1] if document.sketch["entities"] else []
+
+    def _import(self, path: str, unit: Optional[str] = None) -> list[str]:
+        def task(tick: Tick) -> tuple[exchange.Imported, Measured]:
+            imported = exchange.import_(path, unit, progress.span(tick, 0, 0.5))
+            return imported, measure(imported.document.sketch, progress.span(tick, 0.5, 1))
+
+        name = os.path.basename(path)
+        try:
+            imported, measured = self._run(tr("Importing {file}…").format(file=name), task)
+        except UnitsMissing:
+            question = tr("{file} doesn't say what unit its numbers have. Which one is it?")
+            labels = {unit: tr(menus.UNITS[unit]) for unit in SYSTEMS}
+            chosen = ask(self.root, question.format(file=name), labels)
+            if chosen is None:
+                raise Stopped from None
+            return self._import(path, chosen)
+        self.session.adopt(imported.document)
+        self._show(measured)
+        return list(imported.notes)
+
+    def save(self) -> None:
+        """Write the document to its file; a failure keeps it here, marked as unsaved."""
+        if self.session.path is None:
+            self.save_as()
+        else:
+            self._save(self.session.path)
+
+    def save_as(self) -> None:
+        path = filedialog.asksaveasfilename(
+            parent=self.root,
+            filetypes=[(tr("Sketch files"), ".json")],
+            initialdir=self._folder(),
+            initialfile=os.path.basename(self.session.path or f"{self._title()}.json"),
+        )
+        if not path:
+            return
+        if os.path.splitext(path)[1].lower() in exchange.SUFFIXES:
+            self.tell(tr("Not saved: “Export…” makes files of this kind."), warning=True)
+            return
+        self._save(path)
+
+    def _save(self, path: str) -> None:
+        try:
+            self.session.save_as(path)
+        except SketchFileError as error:
+            self.tell(tr("Not saved: {why}").format(why=error), warning=True)
+            return
+        self.settings.remember(path)
+        self.settings.save()
+        self.refresh()
+        self.tell(tr("Saved: {file}").format(file=os.path.abspath(path)))
+
+    def export(self) -> None:
+        """Write the profile in another program's format, in the units of the moment."""
+        if not self.session.document.sketch["entities"]:
+            return
+        kinds = [(tr(label), suffix) for suffix, label in exchange.SUFFIXES.items()]
+        stem = os.path.splitext(os.path.basename(self.session.path or self._title()))[0]
+        path = filedialog.asksaveasfilename(
+            parent=self.root, filetypes=kinds, initialdir=self._folder(), initialfile=stem
+        )
+        if not path:
+            return
+        text = tr("Exporting {file}…").format(file=os.path.basename(path))
+        document, unit = self.session.document, units().name
+        try:
+            notes = self._run(text, lambda tick: exchange.export(document, path, unit, tick))
+        except ExchangeError as error:
+            self.tell(tr("Not exported: {why}").format(why=error), warning=True)
+        else:
+            done = tr("Exported: {file}").format(file=os.path.abspath(path))
+            self.tell(" ".join([done, *notes]), warning=bool(notes))
+
+    def _folder(self) -> Optional[str]:
+        """Where the user's files are: where the part lies, or the last one did."""
+        latest = self.settings.recent[0] if self.settings.recent else ""
+        folder = os.path.dirname(self.session.path or latest)
+        return folder if os.path.isdir(folder) else None
+
+    # Edits.
+
+    def edit(self) -> None:
+        """Let the user edit the sketch. What they accept is kept; it goes to the file on saving."""
+        document = self.session.document
+        title = tr("Sketch of {name}").format(name=self._title())
+        references = [(r["name"], np.array(r["points"], float)) for r in document.references]
+        # Files are read strictly: what they hold is what the editor's types ask for.
+        sketch = cast(Any, document.sketch)
+        editor = SketchEditor(self.root, sketch, dim=3, title=title, references=references)
+        edited = cast(Any, editor.run())
+        if edited is None or not self.session.accept(edited):
+            return
+        try:
+            self._show()
+        except Stopped:
+            # Work is worth more than its picture.
+            self._show(Measured())
+        failed = self.session.autosave_failed
+        text = tr("Not kept for a crash: {why}").format(why=failed) if failed else ""
+        self.tell(text, warning=bool(failed))
+
+    def undo(self) -> None:
+        self._step(self.session.undo, self.session.redo)
+
+    def redo(self) -> None:
+        self._step(self.session.redo, self.session.undo)
+
+    def _step(self, step: Callable[[], bool], back: Callable[[], bool]) -> None:
+        if step():
+            try:
+                self._show()
+            except Stopped:
+                back()
+                raise
+            self.tell("")
+
+    def _show(self, measured: Optional[Measured] = None) -> None:
+        """Show the document as it is now; measure it, unless that is done."""
+        if measured is None:
+            sketch = self.session.document.sketch
+            text = tr("Drawing the profile…")
+            measured = self._run(text, lambda tick: measure(sketch, tick))
+        self.measured = cast(Measured, measured)
+        self.refresh()
+
+    # Leaving and coming back.
+
+    def may_leave(self) -> bool:
+        """Ask what becomes of unsaved work; False when the user wants to stay."""
+        if not self.session.dirty:
+            return True
+        question = tr("Save the changes to {name}?").format(name=self._title())
+        answers = {"save": tr("Save"), "leave": tr("Don't save"), "stay": tr("Cancel")}
+        answer = ask(self.root, question, answers)
+        if answer == "save":
+            self.save()
+            return not self.session.dirty
+        return answer == "leave"
+
+    def quit(self) -> None:
+        if self.may_leave():
+            self.session.close()
+            self.settings.geometry = self.root.geometry()
+            self.settings.save()
+            self.root.destroy()
+
+    def offer(self, found: Iterable[Found]) -> None:
+        """Offer what a program that ended unexpectedly has left, until one is taken up."""
+        for work in found:
+            name = _short(work.document.name, _LONGEST_NAME) or tr("Untitled")
+            question = tr("{name} has unsaved changes of {when}. Go on with them?")
+            when = f"{work.saved_at:%Y-%m-%d %H:%M}"
+            answers = {"take": tr("Recover"), "later": tr("Ask later"), "drop": tr("Discard")}
+            answer = ask(self.root, question.format(name=name, when=when), answers)
+            if answer == "take" and self.may_leave():
+                self._recover(work)
+                return
+            if answer == "drop" and self._is_sure(name):
+                work.discard()
+
+    def _is_sure(self, name: str) -> bool:
+        question = tr("Discard the unsaved changes to {name} for good?").format(name=name)
+        return ask(self.root, question, {"keep": tr("Keep"), "drop": tr("Discard")}) == "drop"
+
+    def _recover(self, work: Found) -> None:
+        sketch = work.document.sketch
+        measured = self._run(tr("Drawing the profile…"), lambda tick: measure(sketch, tick))
+        self.session.adopt(work.document, work.path)
+        if not self.session.autosave_failed:
+            work.discard()
+        self._show(measured)
+        self.tell(tr("Recovered. Save it to keep it."))
+
+    # What the user chooses once and finds again.
+
+    def change_units(self) -> None:
+        self.settings.units = self.unit_choice.get()
+        self.settings.save()
+        set_units(self.settings.units)
+        self.refresh()
+
+    def change_language(self) -> None:
+        self.settings.language = self.language_choice.get()
+        self.settings.save()
+        i18n.set_language(self.settings.language)
+        # The menu that called is among what is made anew.
+        self.root.after_idle(self.build)
+
+    def change_palette(self) -> None:
+        self.settings.palette = self.palette_choice.get()
+        self.settings.save()
+        theme.use_palette(self.settings.palette)
+        theme.install(self.root)
+        self.refresh()
+
+
+def _translate_tk(root: tk.Tk, language: str) -> None:
+    """Let Tk's own dialogs follow the language; a file dialog shown before is made anew."""
+    root.tk.call("::msgcat::mclocale", {"zh": "zh_cn"}.get(language, language))
+    root.tk.eval("destroy .__tk_filedialog")
+
+
+def _is_drawing(path: str) -> bool:
+    return os.path.splitext(path)[1].lower() == ".dxf"
+
+
+def _short(text: str, most: int) -> str:
+    """A text on one line, with its middle left out where it is long."""
+    text = " ".join(text.split())
+    return text if len(text) <= most else f"{text[: most // 2]}…{text[-most // 2 + 1 :]}"

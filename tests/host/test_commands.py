@@ -1,0 +1,169 @@
+"""The command line: the window on a file, and exports that need neither a display nor Tk."""
+
+import os
+import subprocess
+import sys
+import tkinter as tk
+
+import ezdxf
+import pytest
+from demo.places import HOST, SEARCH_PATH
+from tandrel import storage
+from tandrel.application import commands
+from tandrel.application.recovery import Recovery
+from tandrel.application.settings import Settings
+from tandrel.gui import i18n, theme, widgets
+
+PARTS = HOST / "parts"
+
+
+def run(*arguments, display_name=None, program=("-m", "tandrel")):
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(SEARCH_PATH), "LANGUAGE": "en"}
+    environment.pop("DISPLAY", None)
+    if display_name is not None:
+        environment["DISPLAY"] = display_name
+    return subprocess.run(
+        [sys.executable, *program, *map(str, arguments)],
+        env=environment,
+        capture_output=True,
+        text=True,
+        timeout=60,
+    )
+
+
+WITHOUT_TK = """
+import sys
+for name in ("tkinter", "_tkinter"):
+    sys.modules[name] = None
+from tandrel.application.commands import main
+sys.exit(main())
+"""
+
+
+@pytest.mark.parametrize("kind", ["dxf", "svg", "png"])
+def test_exporting_needs_no_tk(part, tmp_path, kind):
+    target = tmp_path / f"flange.{kind}"
+    ended = run("export", part, target, program=("-c", WITHOUT_TK))
+    assert (ended.returncode, ended.stderr, ended.stdout) == (0, "", "")
+    assert target.stat().st_size > 100
+
+
+@pytest.mark.parametrize("unit, code", [("mm", 4), ("cm", 5), ("m", 6), ("in", 1)])
+def test_the_export_has_the_unit_asked_for(part, tmp_path, unit, code):
+    target = tmp_path / "flange.dxf"
+    assert run("export", part, target, "--unit", unit).returncode == 0
+    assert ezdxf.readfile(target).header["$INSUNITS"] == code
+
+
+def test_the_export_is_in_millimetres_unless_told(part, tmp_path):
+    assert commands.main(["export", str(part), str(tmp_path / "a.dxf")]) == 0
+    assert ezdxf.readfile(tmp_path / "a.dxf").header["$INSUNITS"] == 4
+
+
+def test_what_the_user_should_know_of_an_export_is_said(tmp_path):
+    target = tmp_path / "spanner.dxf"
+    ended = run("export", PARTS / "spanner.json", target)
+    assert (ended.returncode, ended.stdout, len(ended.stderr.splitlines())) == (0, "", 1)
+    assert ended.stderr.startswith("tandrel: Shapes that overlap")
+    assert target.exists()
+
+
+def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
+    damaged = tmp_path / "damaged.json"
+    damaged.write_text('{\n"format": "other"}')
+    empty = tmp_path / "empty.json"
+    storage.write(empty, storage.Document("", {"plane": "XY", "offset": 0.0, "entities": []}))
+    for source, target in (
+        (tmp_path / "missing.json", "a.dxf"),
+        (damaged, "a.dxf"),
+        (empty, "a.dxf"),
+        (part, "a.step"),
+        (part, "no/folder/a.dxf"),
+    ):
+        assert commands.main(["export", str(source), str(tmp_path / target)]) == 1
+        said = capsys.readouterr()
+        assert said.out == ""
+        assert said.err.startswith("tandrel: ") and said.err.count("\n") == 1
+        assert not (tmp_path / target).exists()
+
+
+@pytest.mark.parametrize(
+    "arguments", [["a", "b"], ["export"], ["export", "a"], ["export", "a", "b", "--unit", "ell"]]
+)
+def test_a_wrong_command_line_is_answered_by_its_usage(arguments, capsys):
+    with pytest.raises(SystemExit) as ended:
+        commands.main(arguments)
+    assert ended.value.code == 2
+    assert capsys.readouterr().err.startswith("usage: tandrel")
+
+
+@pytest.mark.parametrize("arguments, word", [(["--help"], "FILE"), (["export", "-h"], "TARGET")])
+def test_the_command_line_explains_itself(arguments, word, capsys):
+    with pytest.raises(SystemExit) as ended:
+        commands.main(arguments)
+    assert ended.value.code == 0
+    assert word in capsys.readouterr().out
+
+
+def test_without_a_display_it_says_so(part):
+    ended = run(part, display_name="")
+    assert ended.returncode == 1
+    assert ended.stderr.startswith("tandrel: ")
+    assert "Traceback" not in ended.stderr
+
+
+@pytest.fixture
+def opened(monkeypatch, display):
+    """opened(arguments): the window that the program opens, which ends with the test."""
+    windows = []
+    monkeypatch.setattr(tk.Tk, "mainloop", lambda window: windows.append(window))
+    monkeypatch.setenv("LANGUAGE", "en")
+
+    def open_window(*arguments):
+        assert commands.main(list(map(str, arguments))) == 0
+        return windows[-1]
+
+    yield open_window
+    for window in windows:
+        window.destroy()
+
+
+def test_the_program_opens_the_file_it_is_given(opened, part):
+    assert opened(part).title() == "Mounting flange – tandrel"
+
+
+def test_without_a_file_it_begins_a_new_part(opened):
+    assert opened().title() == "Untitled – tandrel"
+
+
+def test_the_program_remembers_what_was_chosen(opened, catalogues):
+    Settings(Settings.load().folder, units="in", language="de", palette="dark").save()
+    window = opened()
+    assert widgets.units().name == "in"
+    assert i18n.language() == "de"
+    assert theme.PAL == theme.PALETTES["dark"]
+    assert window.cget("background") == theme.PAL["window"]
+
+
+def test_a_language_that_has_gone_is_no_reason_to_stop(opened):
+    Settings(Settings.load().folder, language="xx").save()
+    assert opened().title() == "Untitled – tandrel"
+    assert i18n.language() == "en"
+
+
+def test_lost_work_is_offered_at_the_start(opened, part):
+    recovery = Recovery()
+    recovery.keep(storage.read(part), str(part))
+    # The lock goes with its program; here the program goes on.
+    os.close(recovery._claim._handle)
+    window = opened()
+    asked = []
+
+    def look():
+        asked.extend(w for w in window.winfo_children() if isinstance(w, tk.Toplevel))
+        (asked[0] if asked else window).after(5, asked[0].close if asked else look)
+
+    window.after(5, look)
+    while not asked or asked[0].winfo_exists():
+        window.update()
+    assert len(list(recovery.folder.glob("*.sketch"))) == 1

@@ -1,0 +1,611 @@
+"""DXF drawings: what others read in those that are written, and what is read in those of others."""
+
+import io
+import math
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import ezdxf
+import ezdxf.path
+import pytest
+import tandrel
+from hypothesis import example, given, settings
+from hypothesis import strategies as st
+from shapely.geometry import Polygon
+from support.shapes import EVERY_KIND, PLATE, document, entities, sketch
+from tandrel import exchange, profile
+from tandrel import sketch as S
+from tandrel.exchange import ExchangeError, UnitsMissing, dxf
+from tandrel.progress import Stopped, no_tick
+from tandrel.storage import Document
+
+HOST = Path(tandrel.__file__).resolve().parent.parent
+METRES = {"mm": 0.001, "cm": 0.01, "m": 1.0, "in": 0.0254}
+CODES = {"mm": 4, "cm": 5, "m": 6, "in": 1}
+every_unit = pytest.mark.parametrize("unit", METRES)
+every_kind = pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)
+
+# What a shape may come back as, because it is one: a slot without length is a circle.
+SAME_AS = {
+    "circle": {"circle"},
+    "slot": {"slot", "circle"},
+    "rectangle": {"rectangle", "circle"},
+    "regular": {"regular", "rectangle"},
+    "polygon": {"polygon", "regular", "rectangle"},
+}
+
+
+def text_of(*shapes, unit="mm", **placing):
+    return dxf.written(document(*shapes, **placing), unit, no_tick).decode()
+
+
+def opened(*shapes, unit="mm", **placing):
+    """A written drawing, as another program sees it."""
+    return ezdxf.read(io.StringIO(text_of(*shapes, unit=unit, **placing)))
+
+
+def read(drawing, unit=None, tick=no_tick):
+    """What is read of a drawing, given as such, as text or as bytes: the entities and the notes."""
+    if not isinstance(drawing, (str, bytes)):
+        text = io.StringIO()
+        drawing.write(text)
+        drawing = text.getvalue()
+    data = drawing if isinstance(drawing, bytes) else drawing.encode()
+    found, notes = dxf.read(data, unit, tick)
+    return found["entities"], notes
+
+
+def new_drawing(units=4):
+    drawing = ezdxf.new("R2010", units=units)
+    return drawing, drawing.modelspace()
+
+
+LWPOLYLINE = 0, "LWPOLYLINE", 100, "AcDbEntity", 100, "AcDbPolyline"
+
+
+def raw(*lines, units=4):
+    """A drawing with this unit, or without a header, from its lines."""
+    # Light polylines are younger than the oldest kind of drawings, which needs the fewest lines.
+    version = "9\n$ACADVER\n1\nAC1015\n" if "LWPOLYLINE" in lines else ""
+    named = f"{version}9\n$INSUNITS\n70\n{units}\n"
+    header = f"0\nSECTION\n2\nHEADER\n{named}0\nENDSEC\n" if units is not None else ""
+    body = "".join(f"{line}\n" for line in lines)
+    return f"{header}0\nSECTION\n2\nENTITIES\n{body}0\nENDSEC\n0\nEOF\n"
+
+
+def polyline_area(part):
+    """The area in a closed polyline: its corners' and its circular segments'."""
+    area, points = 0.0, part.get_points("xyb")
+    for (u1, v1, bulge), (u2, v2, _) in zip(points, [*points[1:], points[0]]):
+        area += (
+            (u1 - points[0][0]) * (v2 - points[0][1]) - (u2 - points[0][0]) * (v1 - points[0][1])
+        ) / 2
+        if bulge:
+            angle = 4 * math.atan(bulge)
+            radius = math.hypot(u2 - u1, v2 - v1) / 2 / math.sin(angle / 2)
+            area += radius**2 * (angle - math.sin(angle)) / 2
+    return area
+
+
+class TestWriting:
+    @every_unit
+    def test_the_auditor_finds_nothing_wrong(self, unit):
+        drawing = opened(*PLATE, unit=unit)
+        auditor = drawing.audit()
+        assert auditor.errors == [] and auditor.fixes == []
+
+    @every_unit
+    def test_units_are_named(self, unit):
+        drawing = opened(*PLATE, unit=unit)
+        assert drawing.header["$INSUNITS"] == CODES[unit]
+        assert drawing.header["$MEASUREMENT"] == (0 if unit == "in" else 1)
+        assert drawing.dxfversion == "AC1024"
+
+    @every_unit
+    @every_kind
+    def test_the_area_is_exact(self, entity, unit):
+        (part,) = opened(entity, unit=unit).modelspace()
+        if entity["type"] == "circle":
+            assert part.dxftype() == "CIRCLE"
+            area = math.pi * part.dxf.radius**2
+        else:
+            assert part.dxftype() == "LWPOLYLINE" and part.closed
+            area = polyline_area(part)
+        assert area * METRES[unit] ** 2 == pytest.approx(S.area(entity), rel=1e-12)
+
+    def test_another_program_draws_the_same_region(self):
+        rings = [
+            Polygon(ezdxf.path.make_path(part).flattening(1e-4))
+            for part in opened(*PLATE).modelspace()
+        ]
+        seen = (
+            rings[0].difference(rings[1]).union(rings[2]).difference(rings[3]).difference(rings[4])
+        )
+        known = profile.fine_region(sketch(*PLATE))
+        assert seen.area * 1e-6 == pytest.approx(profile.area(sketch(*PLATE)), rel=2e-4)
+        assert seen.bounds == pytest.approx([c * 1000 for c in known.bounds], abs=1e-3)
+
+    def test_holes_lie_on_a_layer_of_their_own(self):
+        layers = [part.dxf.layer for part in opened(*PLATE).modelspace()]
+        assert layers == ["CONTOUR", "HOLES", "CONTOUR", "HOLES", "HOLES"]
+
+    def test_typed_lengths_are_written_as_they_were_typed(self):
+        hole = {"type": "circle", "xc": 0.0123, "yc": -0.0001, "r": 0.0007}
+        text = text_of(hole, EVERY_KIND["polygon"])
+        assert "\n 10\n12.3\n 20\n-0.1\n" in text
+        assert "\n 40\n0.7\n" in text
+        assert "\n 10\n60.0\n 20\n20.0\n" in text
+
+    def test_the_drawing_opens_with_all_of_it_in_sight(self):
+        drawing = opened(*PLATE)
+        assert list(drawing.header["$EXTMIN"]) == pytest.approx([-80.0, -60.0, 0.0])
+        assert list(drawing.header["$EXTMAX"]) == pytest.approx([80.0, 60.0, 0.0])
+        (port,) = drawing.viewports.get("*Active")
+        assert tuple(port.dxf.center)[:2] == pytest.approx((0.0, 0.0), abs=1e-9)
+        assert port.dxf.height >= 160
+
+    def test_plane_and_offset_are_noted_and_come_back(self):
+        shapes = dict(plane="YZ", offset=0.0123)
+        data = text_of(*PLATE, **shapes).encode()
+        found, _ = dxf.read(data, None, no_tick)
+        assert (found["plane"], found["offset"]) == ("YZ", 0.0123)
+
+    @pytest.mark.parametrize(
+        "plane, offset", [("Q", "1"), ("XZ", "x"), ("XZ", "nan"), ("XZ", "1e99")]
+    )
+    def test_placings_that_make_no_sense_are_not_taken_over(self, plane, offset):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 1)
+        drawing.header.custom_vars.append("Sketch plane", plane)
+        drawing.header.custom_vars.append("Offset along the normal (m)", offset)
+        text = io.StringIO()
+        drawing.write(text)
+        found, _ = dxf.read(text.getvalue().encode(), None, no_tick)
+        assert found["plane"] in ("XY", plane) and found["plane"] in S.PLANES
+        assert found["offset"] in (0.0, 1.0) and S.check(found) == []
+
+    def test_the_same_sketch_makes_the_same_bytes(self):
+        """In other processes, at other times, with other orders of sets."""
+        code = (
+            "import sys; from support.shapes import PLATE, document;"
+            "from tandrel.exchange import dxf; from tandrel.progress import no_tick;"
+            "sys.stdout.buffer.write(dxf.written(document(*PLATE), 'mm', no_tick))"
+        )
+        tests = str(Path(__file__).resolve().parent.parent)
+        results = {
+            subprocess.run(
+                [sys.executable, "-c", code],
+                env={**os.environ, "PYTHONPATH": f"{HOST}:{tests}", "PYTHONHASHSEED": seed},
+                stdout=subprocess.PIPE,
+                check=True,
+            ).stdout
+            for seed in ("1", "4")
+        }
+        assert results == {text_of(*PLATE).encode()}
+        assert not ezdxf.options.write_fixed_meta_data_for_testing
+
+    def test_a_tick_stops_it(self):
+        with pytest.raises(Stopped):
+            dxf.written(document(*PLATE), "mm", stopping_at(0.5))
+
+
+def stopping_at(most):
+    def tick(done):
+        assert 0 <= done <= 1
+        if done > most:
+            raise Stopped
+
+    return tick
+
+
+def centre(e):
+    if e["type"] == "slot":
+        return (e["x1"] + e["x2"]) / 2, (e["y1"] + e["y2"]) / 2
+    if e["type"] == "rectangle":
+        return e["x"] + e["w"] / 2, e["y"] + e["h"] / 2
+    return e["xc"], e["yc"]
+
+
+class TestRoundTrip:
+    @settings(max_examples=150)
+    @given(entities(), st.sampled_from(list(METRES)))
+    @example(EVERY_KIND["stadium"], "in")
+    @example({"type": "rectangle", "x": 0.0, "y": 0.0, "w": 1.0, "h": 1.0, "radius": 0.5}, "mm")
+    @example({"type": "regular", "xc": 1.0, "yc": 0.0, "r": 1.0, "n": 4, "angle": 45.0}, "mm")
+    @example({"type": "slot", "x1": 0.0, "y1": 1e4, "x2": 1e-4, "y2": 1e4, "r": 10.0}, "mm")
+    def test_shapes_keep_area_place_and_kind(self, entity, unit):
+        (back,), notes = read(text_of(entity, unit=unit))
+        assert notes == []
+        assert back["type"] in SAME_AS[entity["type"]]
+        assert S.area(back) == pytest.approx(S.area(entity), rel=1e-9)
+        if entity["type"] in ("circle", "slot", "regular"):
+            rounding = 8 * math.ulp(max(map(abs, centre(entity))))
+            assert math.dist(centre(back), centre(entity)) <= max(1e-9, rounding)
+
+    @every_unit
+    def test_sizes_and_corners_come_back(self, unit):
+        back, _ = read(text_of(*EVERY_KIND.values(), unit=unit))
+        assert [e["type"] for e in back] == [e["type"] for e in EVERY_KIND.values()]
+        for one, other in zip(EVERY_KIND.values(), back):
+            if one["type"] == "polygon":
+                assert other["radius"] == pytest.approx(one["radius"], abs=1e-12)
+                one, other = (
+                    sorted((round(u, 12) + 0.0, round(v, 12)) for u, v in e["points"])
+                    for e in (one, other)
+                )
+                assert [c for p in other for c in p] == pytest.approx(
+                    [c for p in one for c in p], abs=1e-12
+                )
+            elif one["type"] != "slot":
+                assert other == pytest.approx(one, abs=1e-12)
+            else:
+                assert centre(other) == pytest.approx(centre(one), abs=1e-12)
+
+    @settings(max_examples=10)
+    @given(
+        st.sampled_from(list(METRES)),
+        st.lists(entities(st.just(1e-3), farthest=0.0), min_size=1, max_size=300),
+    )
+    def test_a_plate_with_many_holes(self, unit, shapes):
+        plate = {"type": "rectangle", "x": -0.005, "y": -0.005, "w": 2.0, "h": 2.0, "radius": 0.002}
+        holes = [moved(e, 0.004 * (k % 20), 0.004 * (k // 20)) for k, e in enumerate(shapes)]
+        before = sketch(plate, *holes)
+        back, notes = read(text_of(*before["entities"], unit=unit))
+        assert notes == [] and len(back) == len(holes) + 1
+        assert profile.area(sketch(*back)) == pytest.approx(profile.area(before), rel=1e-9)
+        for one, other in zip(holes, back[1:]):
+            assert S.area(other) == pytest.approx(S.area(one), rel=1e-9)
+
+
+def moved(e, u, v):
+    if e["type"] == "polygon":
+        return {**e, "points": [[x + u, y + v] for x, y in e["points"]]}
+    by = {"x": u, "xc": u, "x1": u, "x2": u, "y": v, "yc": v, "y1": v, "y2": v}
+    return {key: value + by.get(key, 0) if key != "type" else value for key, value in e.items()}
+
+
+class TestUnits:
+    @pytest.mark.parametrize(
+        "code, metres",
+        [(1, 0.0254), (2, 0.3048), (4, 0.001), (5, 0.01), (6, 1.0), (9, 2.54e-5), (14, 0.1)],
+    )
+    def test_lengths_are_in_the_drawing_s_unit(self, code, metres):
+        drawing, space = new_drawing(code)
+        space.add_circle((12.3, 0), 0.5)
+        ((hole,), _) = read(drawing)
+        assert hole == {"type": "circle", "xc": 12.3 * metres, "yc": 0.0, "r": 0.5 * metres} or (
+            hole["xc"] == pytest.approx(12.3 * metres, rel=1e-15)
+        )
+
+    @pytest.mark.parametrize(
+        "drawing", [raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=n) for n in (0, None)]
+    )
+    def test_a_drawing_without_units_is_asked_about(self, drawing):
+        with pytest.raises(UnitsMissing):
+            read(drawing)
+        ((hole,), _) = read(drawing, unit="in")
+        assert hole["r"] == 0.0254
+
+    def test_a_unit_is_only_for_drawings_without(self):
+        drawing, space = new_drawing(5)
+        space.add_circle((0, 0), 1)
+        assert read(drawing, unit="in")[0][0]["r"] == 0.01
+
+    @pytest.mark.parametrize(
+        "code, name", [(20, "Parsecs"), (18, "Astronomical"), (99, "99"), (-1, "-1")]
+    )
+    def test_other_units_are_refused_by_name(self, code, name):
+        with pytest.raises(ExchangeError, match=name):
+            read(raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=code))
+
+
+class TestReading:
+    def test_the_older_kind_of_polyline(self):
+        drawing = ezdxf.new("R12")
+        fillet = math.tan(math.pi / 8)
+        drawing.modelspace().add_polyline2d(
+            [
+                (1, 0, 0),
+                (9, 0, fillet),
+                (10, 1, 0),
+                (10, 4, fillet),
+                (9, 5, 0),
+                (1, 5, fillet),
+                (0, 4, 0),
+                (0, 1, fillet),
+            ],
+            format="xyb",
+            close=True,
+        )
+        ((found,), notes) = read(drawing, unit="mm")
+        assert found == pytest.approx(
+            {"type": "rectangle", "x": 0, "y": 0, "w": 0.01, "h": 0.005, "radius": 0.001}, abs=1e-15
+        )
+        assert notes == []
+
+    def test_lines_and_arcs_that_meet(self):
+        """A slot as most programs draw it, once from below, its parts in any order."""
+        drawing, space = new_drawing()
+        space.add_line((0, 5), (20, 5))
+        space.add_arc((20, 0), 5, 270, 90)
+        space.add_line((20, -5), (0, -5))
+        space.add_arc((0, 0), 5, 90, 270)
+        space.add_line((0, 50), (1, 50))
+        ((found,), notes) = read(drawing)
+        assert found["type"] == "slot"
+        assert sorted((found["x1"], found["x2"])) == pytest.approx([0.0, 0.02], abs=1e-15)
+        assert found["r"] == pytest.approx(0.005)
+        assert notes == ["Left out (1): lines and arcs that do not close"]
+
+    def test_a_polyline_whose_end_is_its_start(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 0), (10, 0), (0, 10), (0, 0)])
+        ((found,), notes) = read(drawing)
+        assert (found["type"], S.area(found), notes) == ("polygon", pytest.approx(5e-5), [])
+
+    def test_parts_drawn_from_below_are_mirrored(self):
+        drawing, space = new_drawing()
+        below = {"extrusion": (0, 0, -1)}
+        space.add_circle((3, 4), 1, dxfattribs=below)
+        space.add_lwpolyline([(10, 0), (20, 0, 0, 0, 0.5), (20, 7)], close=True, dxfattribs=below)
+        space.add_arc((50, 0), 5, 0, 180, dxfattribs=below)
+        space.add_line((-55, 0), (-45, 0))
+        (hole, flap, half), notes = read(drawing)
+        assert notes == ["Approximated (2): contours with arcs, now polygons within 0.001 mm"]
+        assert (hole["xc"], hole["yc"]) == (-0.003, 0.004)
+        us, vs = S.outline(flap).T
+        assert us.min() < -0.0210 and us.max() == pytest.approx(-0.01) and vs.max() == 0.007
+        us, vs = S.outline(half).T
+        assert (us.min(), us.max()) == pytest.approx((-0.055, -0.045))
+        assert vs.max() == pytest.approx(0.005, abs=1e-6) and vs.min() == 0
+
+    def test_full_turns_are_circles(self):
+        drawing, space = new_drawing()
+        space.add_arc((1, 2), 3, 30, 390)
+        space.add_ellipse((1, 2), (0, 3), 1.0)
+        found, notes = read(drawing)
+        for hole in found:
+            assert hole == pytest.approx({"type": "circle", "xc": 0.001, "yc": 0.002, "r": 0.003})
+        assert (len(found), notes) == (2, [])
+
+    def test_blocks_are_read_where_they_are_placed(self):
+        drawing, space = new_drawing()
+        block = drawing.blocks.new("BOLT")
+        block.add_circle((1, 0), 0.5)
+        inner = drawing.blocks.new("PAIR")
+        inner.add_blockref("BOLT", (0, 0))
+        inner.add_blockref("BOLT", (0, 0), dxfattribs={"xscale": -1})
+        space.add_blockref(
+            "PAIR", (10, 20), dxfattribs={"rotation": 90, "xscale": 2, "yscale": 2, "zscale": 2}
+        )
+        space.add_blockref("BOLT", (0, 0), dxfattribs={"column_count": 3, "column_spacing": 5})
+        found, notes = read(drawing)
+        places = sorted((round(e["xc"], 9), round(e["yc"], 9), round(e["r"], 9)) for e in found)
+        assert notes == []
+        assert places == [
+            (0.001, 0.0, 0.0005),
+            (0.006, 0.0, 0.0005),
+            (0.01, 0.018, 0.001),
+            (0.01, 0.022, 0.001),
+            (0.011, 0.0, 0.0005),
+        ]
+
+    def test_what_cannot_be_cut_is_counted_by_kind(self):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 1)
+        for _ in range(3):
+            space.add_text("a note")
+        space.add_spline([(0, 0), (1, 0), (1, 1)])
+        space.add_point((0, 0))
+        space.add_ellipse((0, 0), (2, 0), 0.5)
+        space.add_polyline3d([(0, 0, 0), (1, 0, 0), (1, 1, 1)], close=True)
+        space.add_circle((0, 0), 2, dxfattribs={"extrusion": (0, 1, 1)})
+        space.add_circle((0, 0), 2, dxfattribs={"layer": "plan"})
+        space.add_lwpolyline([(0, 0), (1, 1), (1, 0), (0, 1)], close=True)
+        space.add_blockref("NOWHERE", (0, 0))
+        drawing.layers.add("PLAN").off()
+        found, notes = read(drawing)
+        assert len(found) == 1
+        assert notes[0] == "Left out (3): TEXT"
+        assert sorted(notes[1:]) == [
+            "Left out (1): CIRCLE that stands askew in space",
+            "Left out (1): ELLIPSE",
+            "Left out (1): POINT",
+            "Left out (1): POLYLINE in space",
+            "Left out (1): SPLINE",
+            "Left out (1): blocks that are missing, damaged or endless",
+            "Left out (1): parts that are not shown",
+            "Left out (1): the outline crosses itself near u = 0.5 mm, v = 0.5 mm",
+        ]
+
+    def test_of_many_notes_the_first_are_given(self):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 1)
+        for k in range(40):
+            space.add_lwpolyline([(k, 0), (k + 1, 1), (k + 1, 0), (k, 1)], close=True)
+        _, notes = read(drawing)
+        assert len(notes) == 13
+        assert notes[-1] == "Further notes: 28"
+
+    def test_a_drawing_without_contours_says_what_is_in_it_instead(self):
+        drawing, space = new_drawing()
+        space.add_line((0, 0), (1, 0))
+        with pytest.raises(
+            ExchangeError, match="no closed contour.*lines and arcs that do not close"
+        ):
+            read(drawing)
+
+    def test_binary_drawings(self):
+        drawing, space = new_drawing()
+        space.add_circle((1, 2), 3)
+        ((hole,), _) = read(binary(drawing))
+        assert hole == {"type": "circle", "xc": 0.001, "yc": 0.002, "r": 0.003}
+
+    def test_texts_in_any_code_page_and_line_ends_of_any_kind(self):
+        text = raw(0, "TEXT", 1, "Größe ", 0, "CIRCLE", 8, "été", 10, 0, 20, 0, 40, 1)
+        for encoding in ("utf-8", "utf-8-sig", "cp1252", "latin-1"):
+            for end in ("\n", "\r\n", "\r"):
+                assert len(read(text.replace("\n", end).encode(encoding))[0]) == 1
+
+    def test_a_tick_stops_it_at_any_time(self):
+        text = text_of(*PLATE * 100)
+        told = []
+        read(text, tick=told.append)
+        assert told == sorted(told) and 0 <= told[0] and told[-1] <= 1
+        for most in (-1, 0.2, 0.6, 0.85):
+            with pytest.raises(Stopped):
+                read(text, tick=stopping_at(most))
+
+
+def binary(drawing):
+    data = io.BytesIO()
+    drawing.write(data, fmt="bin")
+    return data.getvalue()
+
+
+SOUND = text_of(*PLATE)
+BINARY = binary(opened(*PLATE))
+CIRCLE = (0, "CIRCLE", 10, 0, 20, 0, 40, 1)
+LINES = [
+    ("empty", ""),
+    ("a word", "hello"),
+    ("json", '{"format": "tandrel sketch"}'),
+    ("end only", "0\nEOF\n"),
+    ("no entities", raw()),
+    ("no number", raw(0, "CIRCLE", 10, "x", 20, 0, 40, 1)),
+    ("not a number", raw(0, "CIRCLE", 10, "nan", 20, 0, 40, 1)),
+    ("endless", raw(0, "CIRCLE", 10, "inf", 20, 0, 40, 1)),
+    ("too far", raw(0, "CIRCLE", 10, 1e300, 20, 0, 40, 1)),
+    ("not shown", raw(*CIRCLE, 60, 1)),
+    ("no radius", raw(0, "CIRCLE", 10, 0, 20, 0)),
+    ("radius 0", raw(0, "CIRCLE", 10, 0, 20, 0, 40, 0)),
+    ("radius -1", raw(0, "CIRCLE", 10, 0, 20, 0, 40, -1)),
+    ("no centre", raw(0, "CIRCLE", 40, 1)),
+    ("endless angle", raw(0, "ARC", 10, 0, 20, 0, 40, 1, 50, "inf", 51, "nan")),
+    ("huge angle", raw(0, "ARC", 10, 0, 20, 0, 40, 1, 50, 1e300, 51, -1e300)),
+    ("huge bulge", raw(*LWPOLYLINE, 90, 2, 70, 1, 10, 0, 20, 0, 42, 1e308, 10, 1, 20, 0)),
+    ("nan bulge", raw(*LWPOLYLINE, 90, 2, 70, 1, 10, 0, 20, 0, 42, "nan", 10, 1, 20, 0)),
+    ("no vertices", raw(*LWPOLYLINE, 90, 0, 70, 1)),
+    ("one vertex", raw(*LWPOLYLINE, 90, 1, 70, 1, 10, 5, 20, 5)),
+    ("wrong count", raw(*LWPOLYLINE, 90, 10**9, 70, 1, 10, 5, 20, 5)),
+    ("unended polyline", raw(0, "POLYLINE", 66, 1, 70, 1, 0, "VERTEX", 10, 1, 20, 1)),
+    ("line without length", raw(0, "LINE", 10, 5, 20, 5, 11, 5, 21, 5)),
+    ("no normal", raw(*CIRCLE, 210, 0, 220, 0, 230, 0)),
+    ("nan normal", raw(*CIRCLE, 210, "nan", 220, 0, 230, 1)),
+    ("unknown kind", raw(0, "GARBAGE", 10, 0)),
+    ("block in no block", raw(0, "INSERT", 2, "X", 10, 0, 20, 0)),
+]
+
+
+@pytest.mark.parametrize("text", [text for _, text in LINES], ids=[name for name, _ in LINES])
+def test_drawings_with_nothing_sound_in_them_give_a_message(text):
+    with pytest.raises(ExchangeError) as caught:
+        read(text, unit="mm")
+    assert str(caught.value)
+
+
+@settings(max_examples=40)
+@given(st.integers(0, len(SOUND) - 8))
+def test_half_a_drawing_is_refused_wherever_it_ends(length):
+    with pytest.raises(ExchangeError):
+        read(SOUND[:length], unit="mm")
+
+
+@settings(max_examples=60)
+@given(st.data())
+def test_drawings_with_damaged_lines_give_a_message_or_notes(data):
+    lines = SOUND.split("\n")
+    entities_at = lines.index("ENTITIES")
+    for _ in range(data.draw(st.integers(1, 5))):
+        at = data.draw(
+            st.one_of(st.integers(0, len(lines) - 1), st.integers(entities_at, entities_at + 150))
+        )
+        lines[at] = data.draw(
+            st.sampled_from(["", "x", "-1", "1e400", "nan", "0", "70", "LINE", "ÿ\x00"])
+        )
+    try:
+        found, notes = read("\n".join(lines).encode("latin-1"), unit="mm")
+    except ExchangeError as error:
+        assert str(error)
+    else:
+        assert all(S.area(entity) > 0 for entity in found)
+        assert all(isinstance(note, str) for note in notes)
+
+
+@settings(max_examples=60)
+@given(
+    st.binary(max_size=300),
+    st.sampled_from([b"", BINARY[:22], b"0\nSECTION\n"]),
+)
+def test_garbage_gives_a_message(data, start):
+    with pytest.raises(ExchangeError):
+        read(start + data, unit="mm")
+
+
+class TestExcess:
+    def test_a_block_that_holds_itself(self):
+        drawing, space = new_drawing()
+        block = drawing.blocks.new("LOOP")
+        block.add_circle((0, 0), 1)
+        block.add_blockref("LOOP", (1, 0))
+        space.add_blockref("LOOP", (0, 0))
+        found, notes = read(drawing)
+        assert len(found) == 8
+        assert notes == ["Left out (1): blocks too deep within each other"]
+
+    def test_blocks_that_multiply(self, monkeypatch):
+        monkeypatch.setattr(dxf, "_MOST_PARTS", 3000)
+        drawing, space = new_drawing()
+        for k in range(8):
+            block = drawing.blocks.new(f"B{k}")
+            for _ in range(10):
+                block.add_blockref(f"B{k + 1}", (0, 0))
+        drawing.blocks.new("B8")
+        space.add_blockref("B0", (0, 0))
+        with pytest.raises(ExchangeError, match="too many parts"):
+            read(drawing)
+
+    def test_an_array_without_end(self):
+        drawing, space = new_drawing()
+        drawing.blocks.new("BOLT").add_circle((0, 0), 1)
+        grid = dict(row_count=30000, column_count=30000, row_spacing=1, column_spacing=1)
+        space.add_blockref("BOLT", (0, 0), dxfattribs=grid)
+        with pytest.raises(ExchangeError, match="endless"):
+            read(drawing)
+
+    def test_far_more_corners_than_an_outline_can_have(self):
+        points = (f"10\n{math.cos(k / 1e5)}\n20\n{math.sin(k / 1e5)}" for k in range(10**5))
+        with pytest.raises(ExchangeError, match="10000 corners at most"):
+            read(raw(*LWPOLYLINE, 90, 10**5, 70, 1, *points))
+
+    def test_far_more_lines(self):
+        corners = [(math.cos(k / 1e4), math.sin(k / 1e4)) for k in range(62832)]
+        lines = [
+            f"0\nLINE\n10\n{one[0]}\n20\n{one[1]}\n11\n{two[0]}\n21\n{two[1]}"
+            for one, two in zip(corners, [*corners[1:], corners[0]])
+        ]
+        with pytest.raises(ExchangeError, match="10000 corners at most"):
+            read(raw(*lines))
+
+    def test_a_file_too_large_to_be_a_drawing(self, tmp_path):
+        path = tmp_path / "huge.dxf"
+        with open(path, "wb") as file:
+            file.truncate(10**12)
+        with pytest.raises(ExchangeError):
+            exchange.import_(path)
+
+
+def test_the_whole_way_through_files(tmp_path):
+    before = Document(
+        "Plate", sketch(*PLATE, plane="XZ"), [{"name": "Blank", "points": [[0.0, 0.0]]}]
+    )
+    exchange.export(before, tmp_path / "Blech ü.DXF", "in")
+    imported = exchange.import_(tmp_path / "Blech ü.DXF")
+    assert (imported.document.name, imported.notes) == ("Blech ü", [])
+    assert imported.document.sketch["plane"] == "XZ"
+    assert profile.area(imported.document.sketch) == pytest.approx(
+        profile.area(before.sketch), rel=1e-9
+    )
+    assert S.check(imported.document.sketch) == []

@@ -1,0 +1,176 @@
+"""Menus and keys: each does what it says, says what it can, and waits while something is done."""
+
+import re
+
+import pytest
+from support.application import accept_bore, answering, in_editor, labels, state
+from support.events import CONTROL, SHIFT
+from tandrel import exchange, storage
+from tandrel.application import menus, progress
+from tandrel.application.menus import BAR, Entry
+from tandrel.gui import i18n
+
+CAPS_LOCK = 0x2
+ENTRIES = {row.operation: row for _, rows in BAR.values() for row in rows if isinstance(row, Entry)}
+
+
+@pytest.fixture
+def performed(start, part, monkeypatch):
+    """The window, whose operations only note that they were asked for."""
+    app = start(part)
+    app.done = []
+    for operation in ENTRIES:
+        monkeypatch.setattr(app, operation, lambda name=operation: app.done.append(name))
+    return app
+
+
+def test_the_menus_hold_what_people_look_for(start, part):
+    app = start(part)
+    assert labels(app.menus["bar"]) == ["File", "Edit", "View"]
+    assert labels(app.menus["file"]) == [
+        *[
+            "New",
+            "Open…",
+            "Open recent",
+            "Import DXF…",
+            "",
+            "Save",
+            "Save as…",
+            "Export…",
+            "",
+            "Quit",
+        ]
+    ]
+    assert labels(app.menus["edit"]) == ["Undo", "Redo", "", "Edit sketch…"]
+    assert labels(app.menus["view"]) == ["Units", "Language", "Colours"]
+
+
+@pytest.mark.parametrize("operation", ENTRIES)
+def test_an_entry_does_what_its_key_does(performed, operation):
+    app, entry = performed, ENTRIES[operation]
+    for name in ("undo", "redo", "save"):
+        app.menus.enable(name, True)
+    menu = next(app.menus[name] for name, (_, rows) in BAR.items() if entry in rows)
+    menu.invoke(labels(menu).index(entry.label))
+    assert app.done == [operation]
+    shown = menu.entrycget(labels(menu).index(entry.label), "accelerator")
+    if not entry.key:
+        assert shown == ""
+        return
+    assert shown == f"Ctrl+{entry.key}"
+    shifted = SHIFT if entry.key.startswith("Shift+") else 0
+    for lock in (0, CAPS_LOCK):
+        app.done.clear()
+        state = CONTROL | shifted | lock
+        app.root.event_generate("<KeyPress>", keysym=entry.key[-1].lower(), state=state)
+        assert app.done == [operation]
+
+
+def test_redo_has_two_keys(performed):
+    performed.root.event_generate("<Control-Shift-Z>")
+    performed.root.event_generate("<Control-y>")
+    assert performed.done == ["redo", "redo"]
+
+
+def test_no_two_entries_have_the_same_key():
+    keys = [entry.key for entry in ENTRIES.values() if entry.key]
+    assert len(set(keys)) == len(keys)
+
+
+def states(app):
+    found = {"undo": "edit", "redo": "edit", "save": "file", "export": "file"}
+    return [state(app.menus[m], ENTRIES[name].label) == "normal" for name, m in found.items()]
+
+
+def test_entries_are_dead_where_they_can_t_act(start, part):
+    app = start(part)
+    assert states(app) == [False, False, False, True]
+    in_editor(app, accept_bore)
+    assert states(app) == [True, False, True, True]
+    app.perform("undo")
+    assert states(app) == [False, True, False, True]
+    app.perform("redo")
+    app.perform("save")
+    assert states(app) == [True, False, False, True]
+    app.perform("new")
+    assert states(app) == [False, False, True, False]
+
+
+def test_a_new_language_keeps_what_is_dead(start, part):
+    app = start(part)
+    in_editor(app, accept_bore)
+    app.language_choice.set("de")
+    app.perform("change_language")
+    app.root.update()
+    entries = [app.menus["edit"].entrycget(i, "state") for i in (0, 1)]
+    assert entries == ["normal", "disabled"]
+    # Menu letters are typed with Alt: no two may be the same.
+    letters = [label[0] for label in labels(app.menus["bar"])]
+    assert len(set(letters)) == len(letters)
+
+
+@pytest.mark.parametrize("code", i18n.languages())
+def test_menu_letters_differ_in_every_language(start, part, code):
+    i18n.set_language(code)
+    app = start(part)
+    letters = [label[0] for label in labels(app.menus["bar"])]
+    assert len(set(letters)) == len(letters)
+
+
+def test_keys_wait_while_a_question_is_asked(start, part):
+    app = start(part)
+    in_editor(app, accept_bore)
+    bells = []
+    app.root.bell = lambda: bells.append(True)
+    asked = answering(app.root, "stay")
+    app.root.after(1, lambda: app.root.event_generate("<Control-q>"))
+    app.root.after(1, lambda: app.root.event_generate("<Control-z>"))
+    app.perform("new")
+    assert asked == ["Save the changes to Mounting flange?"]
+    assert len(bells) == 2
+    assert app.session.can_undo
+    app.perform("undo")
+    assert not app.session.can_undo
+
+
+def test_everything_else_waits_while_a_file_opens(start, part, monkeypatch):
+    app = start(part)
+    bells = []
+    app.root.bell = lambda: bells.append(True)
+    monkeypatch.setattr(progress, "PATIENCE_SECONDS", 0)
+    monkeypatch.setattr(progress, "TURN_SECONDS", 0)
+    read = storage.read
+
+    def slowly(path, tick):
+        for k in range(5):
+            tick(k / 5)
+            app.perform("new")
+            app.root.tk.call(*app.root.tk.splitlist(app.root.protocol("WM_DELETE_WINDOW")))
+        return read(path, tick)
+
+    monkeypatch.setattr(storage, "read", slowly)
+    app.menus["recent"].invoke(0)
+    assert app.root.winfo_exists()
+    assert len(bells) == 10
+    assert app.session.path == str(part)
+
+
+def test_recent_files_are_told_by_name_and_folder(start, part, monkeypatch):
+    monkeypatch.setenv("HOME", str(part.parent.parent))
+    app = start(part)
+    assert labels(app.menus["recent"]) == [f"flange.json  (~/{part.parent.name})"]
+    monkeypatch.setenv("HOME", str(part.parent))
+    app.refresh()
+    assert labels(app.menus["recent"]) == ["flange.json  (~)"]
+    monkeypatch.setenv("HOME", str(part.parent)[:-1])
+    app.refresh()
+    assert labels(app.menus["recent"]) == [f"flange.json  ({part.parent})"]
+
+
+def test_every_unit_and_palette_has_a_label(start, part):
+    from tandrel.gui.theme import PALETTES
+    from tandrel.units import SYSTEMS
+
+    assert menus.UNITS.keys() == SYSTEMS.keys()
+    assert menus.PALETTES.keys() == PALETTES.keys()
+    assert all(re.fullmatch(r"\.[a-z]+", suffix) for suffix in exchange.SUFFIXES)

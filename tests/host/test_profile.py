@@ -1,0 +1,141 @@
+"""The profile that a sketch cuts: its area, its contours, its extent."""
+
+import math
+
+import pytest
+from hypothesis import given, settings
+from hypothesis import strategies as st
+from shapely.geometry import Point
+from support.shapes import EVERY_KIND, PLATE, sketch
+from tandrel import profile
+from tandrel import sketch as S
+from tandrel.progress import Stopped
+
+
+def circle(xc, yc, r):
+    return {"type": "circle", "xc": xc, "yc": yc, "r": r}
+
+
+def rectangle(x, y, w, h):
+    return {"type": "rectangle", "x": x, "y": y, "w": w, "h": h, "radius": 0.0}
+
+
+@pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)
+def test_one_shape_is_its_own_profile(entity):
+    one = sketch(entity)
+    assert profile.area(one) == S.area(entity)
+    assert profile.contours(one) == 1
+    assert profile.has_own_contours(one)
+
+
+def test_holes_are_taken_away_and_islands_put_back_exactly():
+    plate = sketch(*PLATE)
+    areas = [S.area(entity) for entity in PLATE]
+    exact = areas[0] - areas[1] + areas[2] - areas[3] - areas[4]
+    assert profile.area(plate) == pytest.approx(exact, rel=1e-15)
+    assert profile.contours(plate) == 5
+    assert profile.has_own_contours(plate)
+    assert profile.box(plate) == pytest.approx((-0.08, -0.06, 0.08, 0.06), abs=1e-15)
+
+
+def lens(r, d):
+    """The common area of two circles of a radius whose centres are a distance apart."""
+    return 2 * r * r * math.acos(d / 2 / r) - d / 2 * math.sqrt(4 * r * r - d * d)
+
+
+@pytest.mark.parametrize("d", [0.01, 0.03, 0.0599])
+def test_shapes_that_overlap_are_joined(d):
+    one, two = circle(0.0, 0.0, 0.03), circle(d, 0.0, 0.03)
+    both = sketch(one, two)
+    joined = 2 * S.area(one) - lens(0.03, d)
+    assert profile.area(both) == pytest.approx(joined, rel=2e-6)
+    assert profile.fine_region(both).area == pytest.approx(joined, rel=1e-5)
+    assert profile.contours(both) == 1
+    assert not profile.has_own_contours(both)
+
+
+def test_overlapping_holes_in_a_plate():
+    holes = circle(0.0, 0.0, 0.02), circle(0.03, 0.0, 0.02)
+    plate = sketch(rectangle(-0.1, -0.1, 0.2, 0.2), *holes)
+    cut = 2 * S.area(holes[0]) - lens(0.02, 0.03)
+    assert profile.area(plate) == pytest.approx(0.04 - cut, rel=1e-6)
+    assert profile.contours(plate) == 2
+
+
+def test_crossing_bars_have_as_many_contours_as_they_are_and_yet_others():
+    """Four bars across three: one outer contour and six holes."""
+    bars = [rectangle(-1.0, k, 9.0, 0.5) for k in range(4)]
+    bars += [rectangle(2.0 * k, -1.0, 0.5, 6.0) for k in range(3)]
+    crossing = sketch(*bars)
+    assert profile.contours(crossing) == len(bars)
+    assert not profile.has_own_contours(crossing)
+    assert profile.area(crossing) == pytest.approx(4 * 4.5 + 3 * 3.0 - 12 * 0.25)
+
+
+def test_neighbours_that_share_an_edge_become_one_piece():
+    pair = sketch(rectangle(0, 0, 1, 1), rectangle(1, 0, 1, 1))
+    assert profile.area(pair) == 2.0
+    assert profile.contours(pair) == 1
+    assert not profile.has_own_contours(pair)
+
+
+def test_shapes_that_cannot_be_built_are_left_out():
+    damaged = sketch(circle(0, 0, -1), {"type": "circle"}, None, circle(0.0, 0.0, 1.0))
+    assert profile.area(damaged) == math.pi
+    assert profile.contours(damaged) == 1
+    assert profile.polygons(profile.region(damaged))[0].contains(Point(0, 0))
+
+
+def test_nothing_has_no_area():
+    assert profile.area(sketch()) == 0
+    assert profile.contours(sketch()) == 0
+    assert profile.polygons(profile.region(sketch())) == []
+    with pytest.raises(ValueError):
+        profile.box(sketch())
+
+
+def test_a_sketch_changed_in_place_is_measured_anew():
+    entity = circle(0.0, 0.0, 1.0)
+    changing = sketch(entity, circle(1.5, 0.0, 1.0))
+    alike = sketch(dict(entity), circle(1.5, 0.0, 1.0))
+    profile.contours(changing)
+    entity["r"] = 0.1
+    assert profile.area(alike) == pytest.approx(2 * math.pi - lens(1.0, 1.5), rel=1e-6)
+    assert profile.area(changing) == pytest.approx(1.01 * math.pi)
+
+
+def test_a_tick_can_stop_it_and_later_it_starts_again():
+    many = sketch(*[circle(3.0 * k, 0.0, 1.0) for k in range(500)])
+    told = []
+    profile.region(many, told.append)
+    assert len(told) > 2
+    assert told == sorted(told)
+    assert 0 <= told[0] and told[-1] <= 1
+
+    def stop(_done):
+        raise Stopped
+
+    other = sketch(*[circle(3.0 * k, 1.0, 1.0) for k in range(500)])
+    with pytest.raises(Stopped):
+        profile.area(other, stop)
+    assert profile.area(other) == pytest.approx(500 * math.pi, rel=1e-14)
+
+
+GRID, SIZE = st.integers(0, 8), st.integers(1, 8)
+BLOCKS = st.lists(st.builds(rectangle, GRID, GRID, SIZE, SIZE), min_size=1, max_size=6)
+
+
+@settings(max_examples=150)
+@given(BLOCKS)
+def test_blocks_on_a_grid_cut_the_cells_that_counting_says(blocks):
+    """Level by level: what lies deeper is drawn over what it lies in."""
+    depths = S.depths(sketch(*blocks))
+    cells = set()
+    for depth, block in sorted(zip(depths, blocks), key=lambda pair: pair[0]):
+        covered = {
+            (u, v)
+            for u in range(block["x"], block["x"] + block["w"])
+            for v in range(block["y"], block["y"] + block["h"])
+        }
+        cells = cells - covered if depth % 2 else cells | covered
+    assert profile.area(sketch(*blocks)) == pytest.approx(len(cells), rel=1e-12)

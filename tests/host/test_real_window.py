@@ -1,0 +1,157 @@
+"""Whole paths by keyboard and pointer, in a window that a window manager placed."""
+
+import os
+
+import pytest
+from demo.user import User, handle, play, until
+from support.application import accept_bore, dialogs
+from support.roots import open_root
+from tandrel import storage
+from tandrel.application.settings import Settings
+from tandrel.gui import i18n, theme, widgets
+
+
+class Person(User):
+    """A user at the application: what they see is awaited before they go on."""
+
+    def __init__(self, app, display_name):
+        super().__init__(app.root, display_name)
+        self.app = app
+
+    def menu(self, letter, *keys):
+        """Open a menu by Alt and its letter and go through it by keys."""
+        yield from self.focused(self.root)
+        self.key(f"alt+{letter}")
+        yield until(lambda: self.root.tk.call("grab", "current"), "the menu")
+        self.key(*keys)
+
+    def type_path(self, path):
+        """Type a path into Tk's own file dialog."""
+        tcl = self.root.tk.call
+        shown = "expr {[focus] ne {} && [string match *__tk_filedialog* [focus]]}"
+        yield until(lambda: self.root.tk.eval(shown) == "1", "the file dialog")
+        entry = handle(self.root, ".__tk_filedialog.contents.f2.ent")
+        yield from self.click_on(entry)
+        self.key("ctrl+slash")
+        self.type(os.fspath(path))
+        yield until(lambda: tcl(entry, "get") == os.fspath(path), "the path as typed")
+        self.key("Return")
+
+    def asked(self):
+        yield until(lambda: dialogs(self.root), "a question")
+        (question,) = dialogs(self.root)
+        first = next(iter(question.buttons.values()))
+        yield until(lambda: question.focus_get() is first, "the keys to reach the question")
+
+    def change_the_bore(self):
+        yield from self.focused(self.root)
+        # The button has the focus when the window opens.
+        self.key("space")
+        yield until(self._editors, "the editor")
+        (editor,) = self._editors()
+        yield until(lambda: editor.grab_current() is editor, "the editor to be modal")
+        accept_bore(editor)
+        yield until(lambda: not self._editors() and self.app.session.dirty, "the edit")
+
+    def _editors(self):
+        return [w for w in self.root.winfo_children() if hasattr(w, "sk") and w.winfo_viewable()]
+
+
+@pytest.fixture
+def acted(managed_display, start, tmp_path):
+    """acted(script, path): plays script(person) at the application until it ends."""
+
+    def act(script, path=None):
+        root = open_root(managed_display)
+        app = start(path, root=root)
+        person = Person(app, managed_display)
+        play(root, script(app, person), tmp_path / "failure.png")
+        return app
+
+    return act
+
+
+def test_a_part_is_opened_changed_and_saved_without_a_mouse(acted, part):
+    def script(app, person):
+        yield from person.menu("f", "Down", "Return")
+        yield from person.type_path(part)
+        yield until(lambda: app.session.path == str(part), "the part")
+        yield from person.change_the_bore()
+        assert app.root.title().startswith("• ")
+        person.key("ctrl+z")
+        yield until(lambda: not app.session.dirty, "the step back")
+        # Undo can't act any more: the first entry that can is lit.
+        yield from person.menu("e", "Return")
+        yield until(lambda: app.session.dirty, "the step forth")
+        person.key("ctrl+s")
+        yield until(lambda: not app.session.dirty, "the file")
+
+    acted(script)
+    assert storage.read(part).sketch["entities"][1]["r"] == 0.033
+
+
+def test_leaving_asks_and_the_keys_answer(acted, part):
+    gone = []
+
+    def script(app, person):
+        yield from person.change_the_bore()
+        person.key("ctrl+q")
+        yield from person.asked()
+        person.key("Escape")
+        yield until(lambda: not dialogs(app.root), "the question to go")
+        assert app.session.dirty
+        yield from person.focused(app.root)
+        person.key("alt+F4")
+        yield from person.asked()
+        app.root.bind("<Destroy>", gone.append)
+        person.key("Right", "Left", "Return")
+        yield until(lambda: False, "the window to go")
+
+    acted(script, part)
+    assert gone
+    assert storage.read(part).sketch["entities"][1]["r"] == 0.033
+    assert Settings.load().geometry
+
+
+def test_units_colours_and_language_are_chosen_by_keyboard(acted, part):
+    def script(app, person):
+        yield from person.menu("v", "Right", "Up", "Return")
+        yield until(lambda: " in" in str(app.size.cget("text")), "inches")
+        yield from person.menu("v", "Down", "Down", "Right", "Down", "Return")
+        yield until(lambda: app.root.cget("background") == theme.PALETTES["dark"]["window"], "dark")
+        before = app.edit_button
+        yield from person.menu("v", "Down", "Right", "Down", "Return")
+        yield until(lambda: app.edit_button is not before, "another language")
+        yield from person.steady(app.edit_button)
+
+    acted(script, part)
+    assert widgets.units().name == "in"
+    assert i18n.language() != "en"
+    kept = Settings.load()
+    assert (kept.units, kept.language, kept.palette) == ("in", i18n.language(), "dark")
+
+
+def test_a_drawing_s_units_are_asked_and_the_part_gets_a_file(acted, part, tmp_path):
+    from tandrel import exchange
+
+    drawing = tmp_path / "flange.dxf"
+    exchange.export(storage.read(part), drawing, "in")
+    text = drawing.read_text()
+    drawing.write_text(text.replace("$INSUNITS\n 70\n1\n", "$INSUNITS\n 70\n0\n"))
+    assert drawing.read_text() != text
+    saved = tmp_path / "imported.json"
+
+    def script(app, person):
+        yield from person.focused(app.root)
+        person.key("ctrl+o")
+        yield from person.type_path(drawing)
+        yield from person.asked()
+        person.key("Right", "Right", "Right", "Return")
+        yield until(lambda: app.session.dirty, "the import")
+        assert app.size.cget("text") == "140 mm × 100 mm"
+        person.key("ctrl+shift+s")
+        yield from person.type_path(saved)
+        yield until(lambda: app.session.path == str(saved), "the file")
+
+    acted(script)
+    assert len(storage.read(saved).sketch["entities"]) == 9

@@ -1,0 +1,234 @@
+"""Autosave: what a crash leaves, and what the next start finds."""
+
+import json
+import os
+import signal
+import subprocess
+import sys
+from datetime import datetime, timedelta, timezone
+from pathlib import Path
+
+import pytest
+from support.children import before_calls, in_child, kill_oneself
+from tandrel import storage
+from tandrel.application.recovery import Recovery
+from tandrel.storage import Document, SketchFileError
+
+HOST = Path(storage.__file__).parents[1]
+FLANGE = HOST / "parts" / "flange.json"
+
+
+@pytest.fixture
+def folder(tmp_path):
+    return tmp_path / "state" / "tandrel"
+
+
+def part(number):
+    return Document(f"part {number}", {"plane": "XY", "offset": number, "entities": []})
+
+
+def left_by_a_crash(folder, *numbers, path=None):
+    """Another program keeps these parts, each in the place of the one before, and is killed."""
+
+    def work():
+        recovery = Recovery(folder)
+        for number in numbers:
+            recovery.keep(part(number), path)
+        kill_oneself()
+
+    assert in_child(work) is None
+
+
+def found(folder):
+    """What a program that starts now is offered, while it lasts: the names."""
+    return in_child(lambda: " ".join(r.document.name for r in Recovery(folder).found()))
+
+
+WORK = """
+import sys
+from pathlib import Path
+from tandrel.application.recovery import Recovery
+from tandrel.application.session import Session
+session = Session(Recovery(Path(sys.argv[1])))
+session.open(sys.argv[2])
+sketch = dict(session.document.sketch, offset=0.25)
+assert session.accept(sketch) and not session.autosave_failed
+print("accepted", flush=True)
+sys.stdin.read()
+"""
+
+
+def test_an_accepted_edit_outlives_a_killed_program(folder):
+    command = [sys.executable, "-X", "dev", "-c", WORK, folder, os.path.relpath(FLANGE)]
+    environment = {**os.environ, "PYTHONPATH": str(HOST)}
+    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
+    with subprocess.Popen(command, env=environment, **pipes) as program:
+        assert program.stdout.readline() == b"accepted\n"
+        assert Recovery(folder).found() == []
+        program.kill()
+    assert program.returncode == -signal.SIGKILL
+    (record,) = Recovery(folder).found()
+    assert record.document.sketch == {**storage.read(FLANGE).sketch, "offset": 0.25}
+    assert record.document.references == storage.read(FLANGE).references
+    assert record.path == str(FLANGE)
+    assert timedelta(0) <= datetime.now(timezone.utc) - record.saved_at < timedelta(minutes=5)
+    record.discard()
+    assert list(folder.iterdir()) == []
+
+
+def test_a_program_s_latest_document_takes_the_place_of_the_one_before(folder):
+    left_by_a_crash(folder, 1, 2, 3)
+    assert found(folder) == "part 3"
+    assert len(list(folder.iterdir())) == 2
+
+
+def test_killed_before_any_call_a_program_leaves_its_last_or_present_document(tmp_path):
+    seen, ended = [], None
+    while ended is None:
+        folder = tmp_path / str(len(seen))
+
+        def work():
+            recovery = Recovery(folder)
+            recovery.keep(part(1), None)
+            before_calls(lambda number: number == len(seen) and kill_oneself())
+            recovery.keep(part(2), None)
+
+        ended = in_child(work)
+        seen.append(found(folder))
+    assert set(seen) == {"part 1", "part 2"} and len(seen) > 5
+    assert seen == sorted(seen) and ended == "None"
+
+
+def test_killed_at_its_first_record_a_program_leaves_it_or_nothing(tmp_path):
+    seen, ended = [], None
+    while ended is None:
+        folder = tmp_path / str(len(seen))
+
+        def work():
+            before_calls(lambda number: number == len(seen) and kill_oneself())
+            Recovery(folder).keep(part(1), None)
+
+        ended = in_child(work)
+        seen.append(found(folder))
+    assert set(seen) == {"", "part 1"} and len(seen) > 5
+    assert not [file for file in tmp_path.glob("*/*") if file.suffix == ".damaged"]
+
+
+def test_dropped_work_is_gone_and_new_work_is_kept_again(folder):
+    recovery = Recovery(folder)
+    recovery.drop()
+    recovery.keep(part(1), None)
+    assert [f.suffix for f in sorted(folder.iterdir())] == [".lock", ".sketch"]
+    recovery.drop()
+    recovery.drop()
+    assert list(folder.iterdir()) == []
+    left_by_a_crash(folder, 1)
+    recovery.keep(part(2), None)
+    assert found(folder) == "part 1"
+
+
+def test_running_programs_don_t_take_each_other_s_work(folder):
+    first, second = Recovery(folder), Recovery(folder)
+    first.keep(part(1), None)
+    second.keep(part(2), None)
+    assert first.found() == second.found() == []
+    assert found(folder) == ""
+    first.drop()
+    assert len(list(folder.glob("*.sketch"))) == 1
+
+
+def test_what_one_start_offers_no_other_does_until_it_ends(folder):
+    left_by_a_crash(folder, 1)
+    (record,) = Recovery(folder).found()
+    assert found(folder) == ""
+    record.discard()
+    left_by_a_crash(folder, 2)
+    assert found(folder) == "part 2"
+    assert found(folder) == "part 2"
+
+
+def test_the_latest_comes_first(folder):
+    known = set()
+    for number in (2, 3, 1):
+        left_by_a_crash(folder, number, path=f"/work/part {number}.json")
+        (file,) = set(folder.glob("*.sketch")) - known
+        os.utime(file, (1e9 + number, 1e9 + number))
+        known.add(file)
+    records = Recovery(folder).found()
+    assert [r.path for r in records] == [f"/work/part {number}.json" for number in (3, 2, 1)]
+    assert records[0].saved_at == datetime.fromtimestamp(1e9 + 3, timezone.utc)
+    assert records[0].saved_at.tzinfo is not None
+
+
+@pytest.mark.parametrize(
+    "data",
+    [
+        b"",
+        b"null",
+        b"null\n",
+        b"null\n{}",
+        b"7\n" + FLANGE.read_bytes(),
+        b"[" * 9999 + b"\n" + FLANGE.read_bytes(),
+        b'"\xff"\n' + FLANGE.read_bytes(),
+        b"null\n" + FLANGE.read_bytes()[:-3],
+        os.urandom(999),
+        None,
+    ],
+    ids=range(10),
+)
+def test_damaged_records_are_set_aside(folder, data):
+    left_by_a_crash(folder, 1)
+    broken = folder / "broken.sketch"
+    os.mkfifo(broken) if data is None else broken.write_bytes(data)
+    assert found(folder) == "part 1"
+    assert [file.name for file in folder.glob("broken*")] == ["broken.damaged"]
+    assert found(folder) == "part 1"
+    if data is not None:
+        assert (folder / "broken.damaged").read_bytes() == data
+
+
+def test_paths_of_any_bytes_come_back(folder, monkeypatch, tmp_path):
+    monkeypatch.chdir(tmp_path)
+    for path in (os.fsdecode(b"caf\xe9\n.json"), "part.json"):
+        left_by_a_crash(folder, 1, path=path)
+        (record,) = Recovery(folder).found()
+        assert record.path == str(tmp_path / path)
+        record.discard()
+
+
+def test_a_folder_that_went_away_is_made_again(folder):
+    recovery = Recovery(folder)
+    recovery.keep(part(1), None)
+    for file in folder.iterdir():
+        file.unlink()
+    folder.rmdir()
+    recovery.keep(part(2), None)
+    assert found(folder) == ""
+    assert len(list(folder.glob("*.sketch"))) == 1
+
+
+def test_a_folder_that_can_t_be_read_offers_nothing(folder, tmp_path):
+    assert Recovery(folder).found() == []
+    folder.parent.mkdir()
+    folder.write_text("in the way")
+    assert Recovery(folder).found() == []
+    with pytest.raises(SketchFileError, match="File exists"):
+        Recovery(folder).keep(part(1), None)
+
+
+@pytest.mark.parametrize(
+    "named, place",
+    [("/elsewhere", "/elsewhere"), ("not/absolute", "{home}/.local/state"), ("", None)],
+)
+def test_the_usual_folder_is_where_the_environment_says(monkeypatch, tmp_path, named, place):
+    monkeypatch.setenv("HOME", str(tmp_path))
+    monkeypatch.setenv("XDG_STATE_HOME", named)
+    place = (place or "{home}/.local/state").format(home=tmp_path)
+    assert Recovery().folder == Path(place, "tandrel")
+
+
+def test_nobody_else_reads_the_records(folder):
+    Recovery(folder).keep(part(1), None)
+    assert folder.stat().st_mode & 0o777 == 0o700
+    (record,) = folder.glob("*.sketch")
+    assert json.loads(record.read_bytes().split(b"\n")[0]) is None

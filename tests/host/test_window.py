@@ -1,0 +1,384 @@
+"""The application's window on a real screen, with the real editor: what it shows and edits."""
+
+import json
+
+import numpy as np
+import pytest
+from support.application import accept_bore, choose, fills, in_editor, texts
+from support.events import settle
+from tandrel import profile, storage
+from tandrel.application.settings import Settings
+from tandrel.gui import i18n, widgets
+from tandrel.gui.widgets import PAL
+from tandrel.progress import Stopped
+
+
+def test_the_window_shows_name_measures_and_profile(start, part):
+    app = start(part)
+    assert app.name.cget("text") == "Mounting flange"
+    assert app.size.cget("text") == "140 mm × 100 mm"
+    square = widgets.units().fmt(profile.area(app.session.document.sketch), "area")
+    assert app.area.cget("text") == f"Area {square}"
+    assert app.contours.cget("text") == "Contours: 9"
+    assert app.root.title() == "Mounting flange – tandrel"
+    assert app.message.cget("text") == str(part)
+    assert texts(app) == ["140 mm", "100 mm"]
+    holes = 6 * [PAL["panel"]]
+    assert fills(app) == [PAL["accent_soft"], *holes, PAL["accent_soft"], PAL["panel"]]
+
+
+def outlines(app):
+    """The polygons on the canvas, bottom up: arrays of their points."""
+    view = app.view
+    items = [i for i in view.find_all() if view.type(i) == "polygon"]
+    return [np.array(view.coords(i)).reshape(-1, 2) for i in items]
+
+
+def test_the_profile_stays_whole_and_in_the_middle(start, part):
+    app = start(part)
+    app.root.geometry("700x900")
+    settle(app.root, lambda: app.view.winfo_height() > 600)
+    app.root.update_idletasks()
+    plate = outlines(app)[0]
+    room = np.array([app.view.winfo_width(), app.view.winfo_height()])
+    assert (plate.min(axis=0) > 0).all() and (plate.max(axis=0) < room).all()
+    middle = (plate.min(axis=0) + plate.max(axis=0)) / 2
+    assert middle == pytest.approx(room / 2, abs=2)
+    width, height = np.ptp(plate, axis=0)
+    assert width / height == pytest.approx(1.4, rel=0.02)
+    assert max(width / room[0], height / room[1]) > 0.7
+
+
+def test_outlines_lie_where_the_sketch_has_them(start, part):
+    app = start(part)
+    plate, *holes = outlines(app)
+    scale = np.ptp(plate[:, 0]) / 0.14
+
+    def middle(ring):
+        return (ring.min(axis=0) + ring.max(axis=0)) / 2
+
+    drawn = {tuple(np.round((middle(ring) - middle(plate)) / scale, 6)) for ring in holes}
+    circles = [e for e in app.session.document.sketch["entities"] if e["type"] == "circle"]
+    assert {(e["xc"], -e["yc"]) for e in circles} <= drawn
+
+
+@pytest.mark.parametrize(
+    "label, name, size",
+    [
+        ("Centimetres (cm)", "cm", "14 cm × 10 cm"),
+        ("Metres (m)", "m", "0.14 m × 0.1 m"),
+        ("Inches (in)", "in", "5.51181 in × 3.93701 in"),
+        ("Millimetres (mm)", "mm", "140 mm × 100 mm"),
+    ],
+)
+def test_units_are_chosen_in_the_menu(start, part, label, name, size):
+    app = start(part)
+    before = part.read_bytes()
+    choose(app.menus["units"], label)
+    assert widgets.units().name == name
+    assert app.size.cget("text") == size
+    assert texts(app) == size.split(" × ")
+    area = profile.area(app.session.document.sketch)
+    assert app.area.cget("text") == "Area " + widgets.units().fmt(area, "area")
+    assert part.read_bytes() == before
+    assert Settings.load().units == name
+
+
+def test_the_language_is_chosen_in_the_menu(start, part):
+    app = start(part)
+    choose(app.menus["language"], "Deutsch")
+    settle(app.root, lambda: app.edit_button.cget("text") == "Skizze bearbeiten …")
+    assert i18n.language() == "de" == Settings.load().language
+    assert app.menus["bar"].entrycget(0, "label") == "Datei"
+    assert app.name.cget("text") == "Mounting flange"
+    assert app.root.title() == "Mounting flange – tandrel"
+    assert app.root.tk.eval("::msgcat::mc Cancel") == "Cancel"
+    assert app.root.tk.eval("namespace eval ::tk {::msgcat::mc &Cancel}") == "&Abbruch"
+    choose(app.menus["language"], "English")
+    settle(app.root, lambda: app.edit_button.cget("text") == "Edit sketch…")
+
+
+def test_colours_are_chosen_in_the_menu(start, part):
+    app = start(part)
+    before = fills(app)
+    choose(app.menus["palette"], "Dark")
+    assert app.root.cget("background") == PAL["window"] == "#1C252E"
+    assert str(app.menus["file"].cget("background")) == PAL["window"]
+    assert fills(app) == before
+    assert Settings.load().palette == "dark"
+    choose(app.menus["palette"], "Light")
+    assert app.root.cget("background") == "#F3F5F7"
+
+
+def test_menus_tell_what_is_in_use(start, part, catalogues):
+    widgets.set_units("in")
+    i18n.set_language("de")
+    Settings(Settings.load().folder, palette="dark").save()
+    app = start(part)
+    chosen = app.unit_choice, app.language_choice, app.palette_choice
+    assert [choice.get() for choice in chosen] == ["in", "de", "dark"]
+
+
+def test_an_empty_sketch_says_what_to_do_next(start):
+    app = start()
+    assert app.name.cget("text") == "Untitled"
+    assert [label.cget("text") for label in (app.size, app.area, app.contours)] == ["", "", ""]
+    (text,) = texts(app)
+    assert "“Edit sketch…”" in text
+    assert app.root.title() == "Untitled – tandrel"
+    in_editor(app, lambda editor: None)
+    assert not app.session.dirty
+
+
+def test_a_long_name_stays_on_one_line_within_the_window(start, tmp_path):
+    path = tmp_path / "long.json"
+    storage.write(path, storage.Document("Part\nof a name " * 40, {**_new(), "entities": []}))
+    app = start(path)
+    text = app.name.cget("text")
+    assert "\n" not in text and len(text) <= 60
+    assert app.root.winfo_width() >= app.name.winfo_reqwidth()
+    app.tell("x" * 5000)
+    settle(app.root, lambda: app.message.winfo_height() >= app.message.winfo_reqheight())
+    assert app.edit_button.winfo_viewable()
+    assert app.view.winfo_height() > 150
+
+
+def _new():
+    return {"plane": "XY", "offset": 0.0}
+
+
+def test_shapes_that_can_t_be_built_are_left_out(start, tmp_path):
+    good = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
+    path = tmp_path / "half.json"
+    storage.write(path, storage.Document("Half", {**_new(), "entities": [good, {**good, "r": -1}]}))
+    app = start(path)
+    assert app.size.cget("text") == "20 mm × 20 mm"
+    assert app.contours.cget("text") == "Contours: 1"
+    assert len(fills(app)) == 1
+    assert "Shape 2 (Circle): the radius must be greater than zero" in app.message.cget("text")
+    assert app.message.cget("style") == "Warning.TLabel"
+
+
+def test_only_shapes_that_can_t_be_built_leave_the_view_empty(start, tmp_path):
+    bad = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": -1.0}
+    path = tmp_path / "bad.json"
+    storage.write(path, storage.Document("Bad", {**_new(), "entities": [bad]}))
+    app = start(path)
+    assert app.size.cget("text") == ""
+    assert fills(app) == []
+    in_editor(app, lambda editor: None)
+
+
+# Editing.
+
+
+def test_the_editor_gets_the_sketch_its_references_and_a_title(start, part):
+    app = start(part)
+    seen = {}
+
+    def look(editor):
+        seen.update(title=editor.title(), dim=editor.dim, refs=editor.refs)
+        sketch = app.session.document.sketch
+        seen["same"] = editor.sk == sketch and editor.sk is not sketch
+
+    in_editor(app, look)
+    assert seen["title"] == "Sketch of Mounting flange"
+    assert (seen["dim"], seen["same"]) == (3, True)
+    ((name, points),) = seen["refs"]
+    assert name == "Blank"
+    np.testing.assert_array_equal(
+        points, [[-0.08, -0.06], [0.08, -0.06], [0.08, 0.06], [-0.08, 0.06]]
+    )
+
+
+def test_an_accepted_edit_is_shown_marked_and_not_yet_in_the_file(start, part):
+    app = start(part)
+    before = part.read_bytes()
+    area = app.area.cget("text")
+    in_editor(app, accept_bore)
+    assert app.session.document.sketch["entities"][1]["r"] == 0.033
+    assert app.root.title() == "• Mounting flange – tandrel"
+    assert app.area.cget("text") != area
+    assert part.read_bytes() == before
+
+
+def test_an_edit_goes_back_and_forth(start, part):
+    app = start(part)
+    in_editor(app, accept_bore)
+    changed = app.area.cget("text")
+    app.perform("undo")
+    assert app.session.document.sketch["entities"][1]["r"] == 0.031
+    assert app.root.title() == "Mounting flange – tandrel"
+    assert app.area.cget("text") != changed
+    app.perform("redo")
+    assert app.session.document.sketch["entities"][1]["r"] == 0.033
+    assert app.area.cget("text") == changed
+    app.perform("redo")
+    assert app.root.title().startswith("• ")
+
+
+def test_ok_without_a_change_leaves_no_trace(start, part):
+    app = start(part)
+
+    def act(editor):
+        for i in range(len(editor.sk["entities"])):
+            editor.select(i)
+            editor.apply_props()
+        editor.ok()
+
+    for name in widgets.SYSTEMS:
+        widgets.set_units(name)
+        in_editor(app, act)
+        assert not app.session.dirty
+        assert not app.session.can_undo
+
+
+def test_cancel_changes_nothing(start, part):
+    app = start(part)
+    before, shown = part.read_bytes(), app.session.document
+    in_editor(app, lambda editor: (editor.select(1), editor.delete()))
+    assert part.read_bytes() == before
+    assert app.session.document is shown
+
+
+def test_the_sketch_shown_is_not_touched_while_editing(start, part):
+    app = start(part)
+    before = json.dumps(app.session.document.sketch)
+    seen = []
+
+    def act(editor):
+        editor.select(1)
+        editor.delete()
+        seen.append(json.dumps(app.session.document.sketch))
+
+    in_editor(app, act)
+    assert seen == [before]
+
+
+def test_nothing_else_is_done_while_the_editor_is_open(start, part):
+    app = start(part)
+    sketch = app.session.document.sketch
+
+    def act(editor):
+        for operation in ("quit", "new", "undo", "edit", "save", "choose_file"):
+            app.perform(operation)
+        app._open_recent(str(part))
+        accept_bore(editor)
+
+    in_editor(app, act)
+    assert app.root.winfo_exists()
+    assert app.session.can_undo
+    app.perform("undo")
+    assert app.session.document.sketch is sketch
+
+
+def test_an_edit_that_can_t_be_kept_for_a_crash_says_so(start, part, monkeypatch):
+    app = start(part)
+
+    def fail(*_):
+        raise storage.SketchFileError("No space left on device")
+
+    monkeypatch.setattr(app.session._recovery, "keep", fail)
+    in_editor(app, accept_bore)
+    assert "No space left on device" in app.message.cget("text")
+    assert app.message.cget("style") == "Warning.TLabel"
+    assert app.session.document.sketch["entities"][1]["r"] == 0.033
+
+
+def stop(*_):
+    raise Stopped
+
+
+def test_stopping_the_drawing_keeps_the_edit(start, part, monkeypatch):
+    app = start(part)
+    with monkeypatch.context() as patch:
+        patch.setattr(profile, "region", stop)
+        in_editor(app, accept_bore)
+    assert app.session.document.sketch["entities"][1]["r"] == 0.033
+    assert texts(app) == ["The profile isn't drawn: it was stopped."]
+    assert app.area.cget("text") == app.contours.cget("text") == ""
+    in_editor(app, lambda editor: accept_bore(editor, "60"))
+    assert texts(app) == ["140 mm", "100 mm"]
+
+
+def test_stopping_a_step_back_leaves_everything_as_it_was(start, part, monkeypatch):
+    app = start(part)
+    in_editor(app, accept_bore)
+    for operation, possible in (("undo", "can_undo"), ("redo", "can_redo")):
+        before, title = app.session.document.sketch, app.root.title()
+        with monkeypatch.context() as patch:
+            patch.setattr(profile, "region", stop)
+            app.perform(operation)
+        assert app.session.document.sketch is before
+        assert (getattr(app.session, possible), app.root.title()) == (True, title)
+        assert app.message.cget("text").startswith("Stopped.")
+        app.perform(operation)
+
+
+def test_an_error_reaches_the_user_and_whoever_listens(root, start, part):
+    app = start(part)
+
+    def fail():
+        raise RuntimeError("the cause")
+
+    app.edit = fail
+    app.edit_button.event_generate("<<Invoke>>")
+    assert [str(error) for error in root.errors] == ["the cause"]
+    root.errors.clear()
+    assert app.message.cget("text") == "Something went wrong: the cause"
+    assert app.message.cget("style") == "Warning.TLabel"
+    app.perform("undo")
+    app.perform("change_units")
+
+
+# The window itself.
+
+
+def test_its_size_is_remembered(start, part, monkeypatch):
+    app = start(part)
+    app.root.geometry("811x622")
+    settle(app.root, lambda: app.root.winfo_width() == 811)
+    with monkeypatch.context() as patch:
+        patch.setattr(app.root, "destroy", lambda: None)
+        app.perform("quit")
+    assert Settings.load().geometry.startswith("811x622")
+    app.root.geometry("600x500")
+    again = start(part)
+    settle(again.root, lambda: again.root.winfo_width() == 811)
+
+
+@pytest.mark.parametrize("kept", ["5000x700", "700x5000+0+0", "12x9+5+5"])
+def test_a_size_that_doesn_t_fit_is_forgotten_or_made_to_fit(start, part, kept):
+    Settings(Settings.load().folder, geometry=kept).save()
+    app = start(part)
+    root = app.root
+    assert root.winfo_width() <= root.winfo_screenwidth()
+    assert root.winfo_height() <= root.winfo_screenheight()
+    assert app.edit_button.winfo_rooty() + app.edit_button.winfo_height() <= (
+        root.winfo_rooty() + root.winfo_height()
+    )
+
+
+def cut_off(widget):
+    """Whether a widget shows less than it asks for."""
+    return (
+        widget.winfo_width() < widget.winfo_reqwidth()
+        or widget.winfo_height() < widget.winfo_reqheight()
+    )
+
+
+def test_nothing_is_cut_off_at_the_smallest_size(start, part):
+    app = start(part)
+    for code in i18n.languages():
+        app.language_choice.set(code)
+        app.perform("change_language")
+        for name in widgets.SYSTEMS:
+            app.unit_choice.set(name)
+            app.perform("change_units")
+            smallest = app.root.minsize()
+            app.root.geometry("{}x{}".format(*smallest))
+            settle(app.root, lambda: app.root.winfo_width() == smallest[0])
+            shown = (app.name, app.size, app.area, app.contours, app.edit_button)
+            assert [str(w) for w in shown if cut_off(w)] == []
+            edge = app.root.winfo_rootx() + smallest[0]
+            assert all(w.winfo_rootx() + w.winfo_width() <= edge for w in shown)

@@ -1,0 +1,93 @@
+"""A user at the application's window: what is shown, what is asked, what the editor gives back."""
+
+from tandrel.application.dialogs import Dialog, Question
+
+from .events import settle
+
+
+def in_editor(app, act):
+    """Press the button that opens the editor, act(editor) in it, and leave it if still open."""
+    opened = []
+
+    def look():
+        editors = [w for w in app.root.winfo_children() if hasattr(w, "sk")]
+        if not editors or app.root.grab_current() is not editors[0]:
+            app.root.after(5, look)
+            return
+        opened.append(editors[0])
+        try:
+            act(editors[0])
+        finally:
+            if editors[0].winfo_exists():
+                editors[0].destroy()
+
+    app.root.after(5, look)
+    app.edit_button.invoke()
+    assert opened
+
+
+def accept_bore(editor, diameter="66"):
+    """Give the flange another bore and press OK."""
+    editor.select(1)
+    editor.vars["r"].set(str(float(diameter) / 2))
+    editor.apply_props()
+    editor.ok()
+
+
+def dialogs(root, kind=Dialog):
+    """The application's own modal windows that are shown."""
+    return [w for w in root.winfo_children() if isinstance(w, kind) and w.winfo_viewable()]
+
+
+def answering(root, *answers):
+    """Answer the questions to come, one after the other; None closes one, and any that is more.
+
+    Gives the texts that were asked, as they come.
+    """
+    asked = []
+    left = list(answers)
+
+    def look():
+        for question in dialogs(root, Question):
+            if root.grab_current() is question:
+                asked.append(question.body.winfo_children()[0].cget("text"))
+                answer = left.pop(0) if left else None
+                if answer is None:
+                    question.close()
+                else:
+                    question.buttons[answer].invoke()
+        root.after(5, look)
+
+    root.after(5, look)
+    return asked
+
+
+def fills(app):
+    """The colours of the outlines on the canvas, bottom up."""
+    view = app.view
+    return [view.itemcget(i, "fill") for i in view.find_all() if view.type(i) == "polygon"]
+
+
+def texts(app):
+    """The texts on the canvas."""
+    view = app.view
+    return [view.itemcget(i, "text") for i in view.find_all() if view.type(i) == "text"]
+
+
+def labels(menu):
+    """What the entries of a menu are called; "" for separators."""
+    kinds = [menu.type(i) for i in range(menu.index("end") + 1)]
+    return ["" if k == "separator" else menu.entrycget(i, "label") for i, k in enumerate(kinds)]
+
+
+def state(menu, label):
+    return menu.entrycget(labels(menu).index(label), "state")
+
+
+def choose(menu, label):
+    """Let the entry of this name act, as a click on it does."""
+    menu.invoke(labels(menu).index(label))
+
+
+def shown(app):
+    settle(app.root, lambda: app.view.winfo_width() > 100)

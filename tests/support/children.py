@@ -1,0 +1,55 @@
+"""Work done in a copy of this process, which may be killed or fail where a test says."""
+
+import itertools
+import os
+import signal
+
+# What replacing a file asks of the system, one after the other.
+CALLS = ("open", "fchmod", "fsync", "link", "replace", "unlink", "close")
+
+
+def in_child(task):
+    """Run a task in a copy of this process: what it returns as text, or None if it was killed."""
+    reading, writing = os.pipe()
+    child = os.fork()
+    if not child:
+        try:
+            os.close(reading)
+            text = str(task())
+        except BaseException as error:
+            text = f"{type(error).__name__}: {error}"
+        os.write(writing, text.encode())
+        os._exit(0)
+    os.close(writing)
+    with open(reading, encoding="utf-8") as answer:
+        text = answer.read()
+    status = os.waitpid(child, 0)[1]
+    assert os.WIFEXITED(status) or os.WTERMSIG(status) == signal.SIGKILL
+    return text if os.WIFEXITED(status) else None
+
+
+def kill_oneself(_number=0):
+    os.kill(os.getpid(), signal.SIGKILL)
+
+
+def plain_user():
+    """Go on without the rights that a superuser has over everybody's files."""
+    if os.getuid() == 0:
+        os.setgroups([])
+        os.setgid(65534)
+        os.setuid(65534)
+
+
+def before_calls(act):
+    """From now on ``act(number)`` comes before each of the calls, which it may prevent."""
+    numbers = itertools.count()
+
+    def preceded(real):
+        def call(*arguments, **options):
+            act(next(numbers))
+            return real(*arguments, **options)
+
+        return call
+
+    for name in CALLS:
+        setattr(os, name, preceded(getattr(os, name)))
