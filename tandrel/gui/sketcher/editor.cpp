@@ -8,10 +8,9 @@ namespace tandrel::sketcher {
 
 namespace {
 
-Ref& editor_class() {
-  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
-  static Ref& held = *new Ref;
-  return held;
+Ref& editor_class() noexcept {
+  static py::LastingRef editor_class;
+  return editor_class.held;
 }
 
 // -- layout ------------------------------------------------------------------------------------
@@ -349,7 +348,7 @@ void plane_changed(const Editor& editor) {
 
 }  // namespace
 
-void set_editor_class(const py::Ref& held) {
+void set_editor_class(const py::Ref& held) noexcept {
   editor_class() = held;
 }
 

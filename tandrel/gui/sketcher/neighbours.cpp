@@ -6,10 +6,9 @@ namespace tandrel::sketcher {
 
 namespace {
 
-Ref& namespace_dictionary() {
-  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
-  static Ref& dictionary = *new Ref;
-  return dictionary;
+Ref& namespace_dictionary() noexcept {
+  static py::LastingRef dictionary;
+  return dictionary.held;
 }
 
 }  // namespace

@@ -115,6 +115,14 @@ class Ref {
   PyObject* object_ = nullptr;
 };
 
+/// A handle that outlives the process's C++ objects: at its exit the interpreter may be gone before
+/// they are. It takes no memory, so that it can be emptied where none is left.
+union LastingRef {
+  constexpr LastingRef() noexcept : held() {}
+  ~LastingRef() {}
+  Ref held;
+};
+
 inline const Ref& to_python(const Ref& value) {
   return value;
 }
