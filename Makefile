@@ -4,7 +4,7 @@ PYTHON := /usr/bin/python3
 MODULE := build/tandrel/gui/sketcher.abi3.so
 
 .DEFAULT_GOAL := build
-.PHONY: run test build check bench wheel clean
+.PHONY: run test build check bench soak wheel pictures clean
 
 ## run: the stand-in application on a mounting flange; without a display, a replayed session
 run: build
@@ -33,10 +33,20 @@ bench: build
 	$(PYTHON) benchmarks/run.py
 	$(PYTHON) benchmarks/instructions.py
 
+## soak: everything that tries to break the editor, at full size; hours
+soak: build
+	@scripts/ensure-packages run bench wheel test
+	$(PYTHON) soak/run.py
+
 ## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/
 wheel: build
 	@scripts/ensure-packages wheel
 	$(PYTHON) -m pip wheel --quiet --no-build-isolation --no-deps --wheel-dir build/wheels .
+
+## pictures: those of the manual, made by the running editor
+pictures: build
+	@scripts/ensure-packages run
+	$(PYTHON) docs/pictures.py
 
 clean:
 	rm -rf build

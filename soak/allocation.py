@@ -1,0 +1,226 @@
+"""Memory that runs out at the n-th allocation, for every n: no crash, no hang, an error that Python
+code can handle, and the next dialog works in the same process.
+
+Steps are the import, every operation on an editor without window, and, in real windows, the
+construction, repaints, each handler, OK and Cancel. Each point is a process of its own, forked
+before the module is loaded, and counts the allocations that the module asks for itself, of the
+interpreter or of C++ (see failing_allocator.cpp): not those of the Python code, numpy and Tk that
+it calls. At every point memory is tried to fail once, and to stay away until the step has ended.
+
+    soak/allocation.py [--points 500] [--only "repaint:17:lasting"]
+"""
+
+from __future__ import annotations
+
+import argparse
+import ctypes
+import faulthandler
+import gc
+import json
+import os
+import signal
+import sys
+import sysconfig
+import tempfile
+import traceback
+from collections import Counter
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+from typing import Any, NamedTuple, NoReturn
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
+
+from demo.display import x_server  # noqa: E402
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
+
+from soak.suite import quietly  # noqa: E402
+from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+
+SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
+COMMAND = [sys.executable, str(Path(__file__).resolve())]
+SECONDS = 30  # for one point
+SILENCE = 120.0
+MODES = ("once", "lasting")
+
+
+class Point(NamedTuple):
+    step: str
+    n: int
+    mode: str
+
+    def __str__(self) -> str:
+        return f"{self.step}:{self.n}:{self.mode}"
+
+
+def main(arguments: list[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("--points", type=int, help="about so many, evenly chosen; else all")
+    parser.add_argument("--only", metavar="STEP[:N[:MODE]]", help="one step, or one point of it")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
+    parser.add_argument("--part", type=int, help=argparse.SUPPRESS)
+    options = parser.parse_args(arguments)
+    if options.part is not None:
+        serve(options)
+        return 0
+    build_shim()
+    os.environ["LD_PRELOAD"] = str(SHIM)
+    try:
+        return report(options)
+    finally:
+        del os.environ["LD_PRELOAD"]
+
+
+def build_shim() -> None:
+    SHIM.parent.mkdir(parents=True, exist_ok=True)
+    command = ["c++", "-std=c++20", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra"]
+    command += ["-Wl,-z,lazy", f"-I{sysconfig.get_path('include')}"]
+    quietly(*command, str(ROOT / "soak" / "failing_allocator.cpp"), "-o", str(SHIM))
+
+
+def report(options: argparse.Namespace) -> int:
+    """Run the children, print what they found and the figure; 0 where they found nothing."""
+    words = ["--points", str(options.points)] if options.points else []
+    words += ["--only", options.only] if options.only else []
+    words += ["--jobs", str(options.jobs)]
+    with x_server(1280, 1024) as display, ThreadPoolExecutor(options.jobs) as pool:
+        os.environ["DISPLAY"] = display
+        commands = [[*COMMAND, *words, "--part", str(part)] for part in range(options.jobs)]
+        parts = list(pool.map(run_part, commands))
+    findings = [finding for _, found in parts for finding in found]
+    outcomes = sum((outcomes for outcomes, _ in parts), Counter[str]())
+    for finding in findings:
+        print(f"{finding.step}: {finding.what}\n  replay: {replay(finding.step)}")
+    print("ended with:", ", ".join(f"{name} {n:,}" for name, n in outcomes.most_common()))
+    points = sum(outcomes.values())
+    print(f"allocation failure: {points:,} points: {len(findings)} faults")
+    return 0 if points and not findings else 1
+
+
+def run_part(command: list[str]) -> tuple[Counter[str], list[Finding]]:
+    progress = Progress()
+    outcomes: Counter[str] = Counter()
+    findings: list[Finding] = []
+    for kind, value in watch(command, SILENCE):
+        if kind == "begin":
+            progress.tell(value)
+        elif kind == "result":
+            outcomes[value] += 1
+        else:
+            findings.append(value)
+    return outcomes, findings
+
+
+def replay(point: Any) -> str:
+    return f"soak/allocation.py --only {str(point)!r}"
+
+
+# -- the child ---------------------------------------------------------------------------------
+
+
+def serve(options: argparse.Namespace) -> None:
+    """Try this part's points and tell how each ended."""
+    from soak import allocation_steps
+
+    telling = Telling()
+    allocation_steps.prepare()
+    steps = {**allocation_steps.PLAIN, **allocation_steps.REAL}
+    shim = ctypes.PyDLL(str(SHIM))
+    if not shim.install():
+        raise RuntimeError("this interpreter hides where it evaluates")
+    gc.collect()
+    gc.freeze()
+    points = chosen(options, steps, shim)
+    for point in points[options.part :: options.jobs]:
+        telling.begin(str(point))
+        outcome, wrong = tried(steps[point.step], point, shim)
+        telling.result(outcome)
+        if wrong:
+            telling.found(str(point), wrong)
+
+
+def chosen(options: argparse.Namespace, steps: dict[str, Any], shim: Any) -> list[Point]:
+    """All points, or evenly chosen ones; the same in every part."""
+    name, _, rest = (options.only or "").partition(":")
+    n, _, mode = rest.partition(":")
+    if n:
+        return [Point(name, int(n), each) for each in MODES if mode in ("", each)]
+    points = [
+        Point(step, k, mode)
+        for step in ([name] if name else steps)
+        for k in range(1, allocations(steps[step], step, shim) + 1)
+        for mode in MODES
+    ]
+    if options.points and options.points < len(points):
+        return [points[k * len(points) // options.points] for k in range(options.points)]
+    return points
+
+
+def allocations(step: Any, name: str, shim: Any) -> int:
+    """How many allocations the module asks for in a step in which none fails."""
+    outcome, wrong = tried(step, Point(name, 0, "once"), shim)
+    kind, _, count = outcome.partition(" ")
+    if wrong or kind != "completed":
+        raise RuntimeError(f"{name}, with all memory that it asks for: {outcome} {wrong}")
+    return int(count)
+
+
+def tried(step: Any, point: Point, shim: Any) -> tuple[str, str]:
+    """How a step ended in a process of its own, and what was wrong, if anything."""
+    reading, writing = os.pipe()
+    with tempfile.TemporaryFile() as errors:
+        child = os.fork()
+        if child == 0:
+            os.close(reading)
+            os.dup2(errors.fileno(), 2)
+            in_child(step, point, shim, writing)
+        os.close(writing)
+        with os.fdopen(reading) as answers:
+            answer = answers.read()
+        _, status = os.waitpid(child, 0)
+        errors.seek(0)
+        said = errors.read().decode(errors="replace").strip()
+    if os.WIFSIGNALED(status):
+        number = signal.Signals(os.WTERMSIG(status))
+        how = f"hang: {SECONDS} s" if number == signal.SIGALRM else f"crash: {number.name}"
+        return how, f"{how}\n{said}"
+    if not answer:
+        return "lost", f"the process ended with {os.WEXITSTATUS(status)}\n{said}"
+    outcome, wrong = json.loads(answer)
+    return outcome, wrong
+
+
+def in_child(step: Any, point: Point, shim: Any, writing: int) -> NoReturn:
+    signal.alarm(SECONDS)
+    faulthandler.enable()
+    try:
+        answer = outcome_of(step, point, shim)
+    except BaseException:
+        answer = "the next", traceback.format_exc()
+    with os.fdopen(writing, "w") as answers:
+        json.dump(answer, answers)
+    os._exit(0)
+
+
+def outcome_of(step: Any, point: Point, shim: Any) -> tuple[str, str]:
+    subject = step.make()
+    raised: BaseException | None = None
+    shim.arm(ctypes.c_long(point.n), point.mode == "lasting")
+    try:
+        step.act(subject)
+    except BaseException as error:
+        raised = error
+    finally:
+        count = shim.disarm()
+    outcome = type(raised).__name__ if raised else "completed"
+    if isinstance(raised, SystemError):
+        return outcome, "".join(traceback.format_exception(raised))
+    del raised
+    step.next_works(subject)
+    return outcome if point.n else f"{outcome} {count}", ""
+
+
+if __name__ == "__main__":
+    sys.exit(main())

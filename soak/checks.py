@@ -1,0 +1,229 @@
+"""What must hold after each event, and saying what doesn't."""
+
+from __future__ import annotations
+
+import math
+import traceback
+from typing import Any
+
+import numpy as np
+
+from soak import shapes
+from soak.screen import Screen
+from soak.shadow import Shadow
+from tandrel.gui.i18n import tr
+
+
+class Fault(Exception):
+    """Something that must not be; the text tells what."""
+
+
+def demand(holds: bool, what: str, expected: Any = None, found: Any = None) -> None:
+    if not holds:
+        raise Fault(f"{what}: {difference(expected, found)}")
+
+
+def difference(expected: Any, found: Any) -> str:
+    """Two values in short; of two long lists the first place where they differ."""
+    if isinstance(expected, (list, tuple)) and isinstance(found, (list, tuple)):
+        if len(expected) != len(found):
+            lengths = f"{len(expected)} and {len(found)} entries; "
+        else:
+            lengths = ""
+        for k, (a, b) in enumerate(zip(expected, found)):
+            if not same(a, b):
+                return f"{lengths}entry {k}: {difference(a, b)}"
+        if lengths:
+            return lengths + short(max(expected, found, key=len)[min(len(expected), len(found))])
+    return f"expected {short(expected)}, found {short(found)}"
+
+
+def short(value: Any) -> str:
+    text = repr(value)
+    return text if len(text) <= 300 else text[:297] + "..."
+
+
+def same(a: Any, b: Any) -> bool:
+    """Whether two values are equal in type and to the last bit; NaN equals itself."""
+    if type(a) is not type(b):
+        return False
+    if isinstance(a, dict):
+        return list(a) == list(b) and all(same(a[key], b[key]) for key in a)
+    if isinstance(a, (list, tuple)):
+        return len(a) == len(b) and all(map(same, a, b))
+    if isinstance(a, np.ndarray):
+        return a.dtype == b.dtype and same(a.tolist(), b.tolist())
+    if isinstance(a, float):
+        return a == b and math.copysign(1, a) == math.copysign(1, b) or a != a and b != b
+    return bool(a == b)
+
+
+def same_items(expected: list[Any], shown: list[Any]) -> bool:
+    """Whether a canvas shows a picture; Tk has no coordinate to tell where there is no number."""
+    if expected == shown:
+        return True
+    return len(expected) == len(shown) and all(map(_same_item, expected, shown))
+
+
+def _same_item(expected: Any, shown: Any) -> bool:
+    if expected[:1] + expected[2:] != shown[:1] + shown[2:] or len(expected[1]) != len(shown[1]):
+        return False
+    return all(a == b or a != a for a, b in zip(expected[1], shown[1]))
+
+
+def point(value: Any) -> Any:
+    """An editor's plane point as a pair, left as it is where it is no array of two doubles."""
+    if type(value) is np.ndarray and value.dtype == np.float64 and value.shape == (2,):
+        return tuple(value.tolist())
+    return value
+
+
+def check_state(editor: Any, shadow: Shadow) -> None:
+    """The editor's attributes."""
+    demand(same(editor.sk, shadow.sk), "sketch", shadow.sk, editor.sk)
+    demand(same(editor.sel, shadow.sel), "sel", shadow.sel, editor.sel)
+    clicks = [point(p) for p in editor.clicks]
+    demand(same(clicks, shadow.clicks), "clicks", shadow.clicks, clicks)
+    for name in ("cursor", "centre"):
+        found, expected = point(getattr(editor, name)), getattr(shadow, name)
+        demand(same(found, expected), name, expected, found)
+    demand(same(editor.scale, shadow.scale), "scale", shadow.scale, editor.scale)
+    drag = editor.drag
+    if drag is not None:
+        drag = {**drag, "start": point(drag["start"])}
+    demand(same(drag, shadow.drag), "drag", shadow.drag, drag)
+    demand(editor.result is shadow.result is None, "result", None, editor.result)
+
+
+def check_screen(screen: Screen, shadow: Shadow) -> None:
+    """What the window shows."""
+    demand(screen.rows == shadow.rows, "rows", shadow.rows, screen.rows)
+    selected = shadow.selected_rows
+    demand(screen.selected_rows == selected, "selected rows", selected, screen.selected_rows)
+    demand(same_items(shadow.shown, screen.items), "canvas", shadow.shown, screen.items)
+    demand(screen.form == shadow.form, "form", shadow.form, screen.form)
+    demand(screen.status == shadow.status, "status", shadow.status, screen.status)
+    typed = [shadow.tool, str(int(shadow.snap)), shadow.grid]
+    typed += [shadow.sides, shadow.plane, shadow.offset]
+    demand(screen.typed == typed, "typed", typed, screen.typed)
+
+
+# -- errors ------------------------------------------------------------------------------------
+
+# The operations that may let an error through, and why; all other errors are faults.
+DAMAGED = {
+    ("refresh_list", KeyError): "an entity without a type, or of an unknown one",
+    ("refresh_list", TypeError): "an entity that is no dictionary, a type that is no text",
+    ("summary", OverflowError): "an infinite number of sides, a number too large for a float",
+    ("length", OverflowError): "a size too large for a float",
+    ("show_props", TypeError): "a number that is none, corners that are no list of pairs",
+    ("show_props", ValueError): "a text in a number's place",
+    ("show_props", OverflowError): "a number too large for a float",
+    ("show_props", KeyError): "an outline without corners",
+    ("show_props", IndexError): "a corner of fewer than two numbers",
+    ("shown_length", TypeError): "a corner that is no number",
+    ("shown_length", ValueError): "a text in a corner's place",
+    ("shown_length", OverflowError): "a corner too far away for a float",
+    ("key_points", TypeError): "a centre that is no number",
+    ("key_points", OverflowError): "a centre too far away for a float",
+    ("read_form", KeyError): "a form that stopped at a number it can't show",
+    ("extent", TypeError): "entities that are no list",
+    ("__init__", TypeError): "an offset that is no number",
+    ("__init__", ValueError): "an offset that is a text",
+}
+SOUND = {
+    ("read_form", OverflowError): "an infinite number of sides is typed",
+    ("read_form", KeyError): "a drag has put another kind of shape in the place of the form's",
+}
+
+
+def operation_of(error: BaseException) -> str:
+    """The operation of the shadow, or of a shape, that an error came out of."""
+    frames = [frame for frame, _ in traceback.walk_tb(error.__traceback__)]
+    names = [f.f_code.co_name for f in frames if f.f_globals["__name__"].startswith("soak.")]
+    named = [name for name in names if not name.startswith("<")]
+    return named[-1]
+
+
+def check_errors(expected: list[BaseException], raised: list[BaseException], sound: bool) -> None:
+    """What came out of the module's operations, against what the shadow's let through."""
+    for error in expected:
+        case = operation_of(error), type(error)
+        allowed = case in SOUND or not sound and case in DAMAGED
+        if not allowed:
+            told = "".join(traceback.format_exception(error))
+            raise Fault(f"nothing should raise {case} here:\n{told}")
+    kinds = [type(error).__name__ for error in expected], [type(e).__name__ for e in raised]
+    if kinds[0] != kinds[1]:
+        told = "".join(line for e in raised for line in traceback.format_exception(e))
+        raise Fault(f"errors: expected {kinds[0]}, raised {kinds[1]}\n{told}")
+
+
+# -- laws --------------------------------------------------------------------------------------
+
+ADDING = {"press", "release", "key"}
+REMOVING = {"key", "delete"}
+CHANGING = {"motion", "key", "apply"}
+
+
+class Ledger:
+    """What one event may do to the shapes, whatever the operations are said to do."""
+
+    def __init__(self, editor: Any, shadow: Shadow) -> None:
+        self._editor = editor
+        self._shadow = shadow
+        self.take()
+
+    def take(self) -> None:
+        """Remember how things are before an event."""
+        self._entities: list[Any] | None = None
+        if isinstance(self._editor.sk["entities"], list):
+            self._entities = list(self._editor.sk["entities"])
+        self._sel = self._editor.sel
+        self._painted = self._shadow.shown, self._shadow.rows
+
+    def check(self, action: tuple[Any, ...], errors: list[BaseException]) -> None:
+        """Shapes come, go and change one at a time, and only by what does that to shapes."""
+        if self._entities is None:
+            return
+        before, after = self._entities, list(self._editor.sk["entities"])
+        sel, kind = self._editor.sel, action[1] if action[0] == "push" else action[0]
+        if len(after) < len(before):
+            demand(kind in REMOVING and not self._is_typing(action), f"{action} removed a shape")
+            kept = [e for i, e in enumerate(before) if i != self._sel]
+            demand(alike(kept, after), "a shape that wasn't selected is gone", kept, after)
+            demand(sel is None, "a selection outlived its shape", None, sel)
+            return
+        if len(after) > len(before):
+            demand(kind in ADDING, f"{action} added a shape")
+            demand(len(after) == len(before) + 1, "more than one shape came", before, after)
+            demand(sel == len(before), "the new shape isn't selected", len(before), sel)
+            is_slot = after[-1]["type"] == "slot"  # its third click asks nobody
+            valid = is_slot or shapes.outline(after[-1]) is not None
+            demand(valid, "an invalid shape came", None, after[-1])
+        changed = [i for i, (a, b) in enumerate(zip(before, after)) if a is not b]
+        if changed:
+            demand(kind in CHANGING, f"{action} changed a shape")
+            demand(
+                changed == [self._sel], "a shape that isn't selected changed", self._sel, changed
+            )
+        self._check_refusal(action, errors, before, after)
+
+    def _check_refusal(self, action: Any, errors: Any, before: Any, after: Any) -> None:
+        """An edit that is refused says why and leaves sketch, canvas and list alone."""
+        applied = action == ("push", "apply") and not errors
+        refusal = tr("Not applied: {why}").partition("{")[0]
+        if applied and self._shadow.status.startswith(refusal):
+            demand(alike(before, after), "a refused edit changed a shape", before, after)
+            painted = self._shadow.shown, self._shadow.rows
+            demand(painted == self._painted, "a refused edit changed the picture")
+            demand(self._sel == self._editor.sel, "a refused edit changed the selection")
+
+    @staticmethod
+    def _is_typing(action: tuple[Any, ...]) -> bool:
+        return action[0] == "key" and action[1] not in ("canvas", "list", "editor")
+
+
+def alike(some: list[Any], others: list[Any]) -> bool:
+    """Whether two lists hold the same objects."""
+    return len(some) == len(others) and all(a is b for a, b in zip(some, others))

@@ -1,0 +1,136 @@
+"""Valgrind's memcheck over a use of everything: the import, every operation on an editor without
+window, and a dialog with every tool, the form, OK, and a slice of the random user.
+
+An error counts where a frame of the module is in its stack: reads and writes outside of what was
+allocated or after it was freed, and decisions on values that nobody set. Errors without one, the
+interpreter's, numpy's and Tk's, are told as a number. Leaks are the business of sanitizers.py.
+"""
+
+from __future__ import annotations
+
+import argparse
+import os
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+from typing import NamedTuple
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT)]
+
+from demo.display import x_server  # noqa: E402
+from demo.places import BUILD, HOST  # noqa: E402
+from soak.planted_build import PLANTS, plant  # noqa: E402
+
+MODULE = "sketcher.abi3.so"
+VALGRIND = ["valgrind", "--tool=memcheck", "--xml=yes", "--num-callers=40", "--trace-children=yes"]
+# Nor is what a skipped program starts looked at.
+VALGRIND += ["--trace-children-skip=*/Xvfb", "--error-limit=no"]
+
+# What runs, by name: programs that see the module and tests/ on their search path.
+PROGRAMS = {
+    "operations": """
+from support import neighbours
+sketch, units = neighbours.install_modules()
+import tandrel.gui.sketcher as sketcher
+from support.operations import run_all, sound
+assert not run_all(sound)
+print([sketcher.describe(e) for e in sound().sk["entities"]])
+""",
+    "dialog": "from support import walkthrough\nwalkthrough.main()\n",
+}
+
+
+class Errors(NamedTuple):
+    ours: list[str]
+    others: int
+
+
+def main(arguments: list[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("--only", choices=PROGRAMS, help="only this program")
+    parser.add_argument("--events", type=int, default=400, help="of the random user")
+    parser.add_argument("--plant", choices=sorted(PLANTS), help="build this fault in, to see it")
+    options = parser.parse_args(arguments)
+    with tempfile.TemporaryDirectory(prefix="memcheck-") as name, x_server(1280, 1024) as display:
+        folder = Path(name)
+        build = plant(options.plant, BUILD, folder / "planted") if options.plant else BUILD
+        environment = {
+            **os.environ,
+            "DISPLAY": display,
+            "TANDREL_BUILD": str(build),
+            # Every object an allocation of its own, or valgrind sees only the interpreter's pools.
+            "PYTHONMALLOC": "malloc",
+            "PYTHONPATH": os.pathsep.join(map(str, (build, HOST, ROOT / "tests", ROOT))),
+        }
+        commands = {name: ["-c", PROGRAMS[name]] for name in PROGRAMS}
+        if options.only:
+            commands = {options.only: commands[options.only]}
+        elif options.events:
+            # In one process that nobody watches: here nothing is quick enough to be watched.
+            tool = str(ROOT / "soak" / "random_user.py")
+            words = ["--events", str(options.events), "--seed", "1", "--stride", "1"]
+            commands["random user"] = [tool, *words]
+        return report(commands, environment, folder)
+
+
+def report(commands: dict[str, list[str]], environment: dict[str, str], folder: Path) -> int:
+    ours: list[str] = []
+    others, failed = 0, 0
+    for name, command in commands.items():
+        logs = folder / name.replace(" ", "-")
+        logs.mkdir()
+        valgrind = [*VALGRIND, f"--xml-file={logs}/%p.xml", sys.executable]
+        done = subprocess.run(
+            [*valgrind, *command], env=environment, capture_output=True, text=True, cwd=ROOT
+        )
+        found = read(logs)
+        print(f"{name}: {len(found.ours)} errors, {found.others} of others", flush=True)
+        if done.returncode or not list(logs.iterdir()):
+            failed += 1
+            print(f"{name} ended with {done.returncode}\n{done.stdout}{done.stderr}")
+        ours += found.ours
+        others += found.others
+    print(*ours, sep="\n\n")
+    broken = f", {failed} programs ended with an error" if failed else ""
+    print(f"memcheck: {', '.join(commands)}: {len(ours)} errors ({others} of others){broken}")
+    return 1 if ours or failed else 0
+
+
+def read(logs: Path) -> Errors:
+    """The errors that valgrind wrote down, and how many there are without a frame of the module."""
+    ours, others = [], 0
+    for log in logs.glob("*.xml"):
+        for error in errors_in(log):
+            if error.findtext("kind", "").startswith("Leak_"):
+                continue
+            if any(MODULE in frame.findtext("obj", "") for frame in error.iter("frame")):
+                ours.append(told(error))
+            else:
+                others += 1
+    return Errors(ours, others)
+
+
+def errors_in(log: Path) -> list[ElementTree.Element]:
+    """The errors in a log, also in one that broke off because its process was killed."""
+    parser = ElementTree.XMLPullParser(["end"])
+    try:
+        parser.feed(log.read_text(errors="replace"))
+    except ElementTree.ParseError:
+        pass
+    return [element for _, element in parser.read_events() if element.tag == "error"]
+
+
+def told(error: ElementTree.Element) -> str:
+    lines = [error.findtext("what") or error.findtext("xwhat/text") or "?"]
+    for frame in error.iter("frame"):
+        place = frame.findtext("fn") or frame.findtext("obj") or frame.findtext("ip")
+        file, line = frame.findtext("file"), frame.findtext("line")
+        lines.append(f"    {place}" + (f" ({file}:{line})" if file else ""))
+    return "\n".join(lines)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

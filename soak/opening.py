@@ -1,0 +1,205 @@
+"""Open and close the dialog again and again, in every way: nothing may be left of any of them.
+
+For each way a few cycles warm up; then, over the way's share of the cycles, the growth is taken of
+Tcl commands, Tcl variables, windows (with timers, images and fonts), Python objects, references to
+what the application keeps, allocated blocks and file descriptors. Ways of a plain tkinter dialog
+run beside: what they leave behind too is Tk's or the interpreter's.
+
+    soak/opening.py --cycles 10000 [--ways "every tip" "parent destroyed"]
+"""
+
+from __future__ import annotations
+
+import argparse
+import faulthandler
+import os
+import sys
+from collections.abc import Callable, Iterator, Mapping
+from pathlib import Path
+from typing import Any
+
+ROOT = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
+
+from demo.display import x_server  # noqa: E402
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
+
+from soak import growth  # noqa: E402
+from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+
+WARM_UP = 4
+RUNS = 3  # of a way's cycles, for as long as something grows
+SILENCE = 60.0  # seconds; a cycle takes a hundredth of one
+COMMAND = [sys.executable, str(Path(__file__).resolve())]
+
+
+def main(arguments: list[str] | None = None, command: list[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("--cycles", type=int, default=10_000, help="of all ways together")
+    parser.add_argument("--ways", nargs="+", metavar="WAY", help="only these")
+    parser.add_argument("--child", action="store_true", help=argparse.SUPPRESS)
+    chosen = parser.parse_args(arguments)
+    if chosen.child:
+        serve(chosen.cycles, chosen.ways)
+        return 0
+    words = ["--child", "--cycles", str(chosen.cycles)]
+    if chosen.ways:
+        words += ["--ways", *chosen.ways]
+    with x_server(1280, 1024) as display:
+        return report((command or COMMAND) + words, {**os.environ, "DISPLAY": display})
+
+
+# -- the child ---------------------------------------------------------------------------------
+
+
+def serve(
+    cycles: int,
+    only: list[str] | None = None,
+    ways: Mapping[str, Callable[[Any], None]] | None = None,
+) -> None:
+    """Do the cycles of all ways and tell what grew."""
+    faulthandler.enable()
+    telling = Telling()
+    # Not before the child: the parent needs no Tk.
+    from soak.dialog_ways import WAYS, Stage
+    from soak.plain_dialog import PLAIN_WAYS
+    from tandrel.gui.widgets import main_window
+
+    root = main_window("Opening and closing")
+    stage = Stage(root)
+    root.report_callback_exception = lambda kind, *_: stage.raised.append(kind.__name__)
+    root.update()
+    every: dict[str, Callable[[Any], None]] = {}
+    every |= {**(WAYS if ways is None else ways), **PLAIN_WAYS}
+    ours = only or [name for name in every if name not in PLAIN_WAYS]
+    beside = [] if only else [(name, max(cycles // len(ours), 1)) for name in PLAIN_WAYS]
+    watched = watched_objects(stage)
+    for name, count in [*shares(ours, cycles), *beside]:
+        telling.result(grown_by(stage, watched, telling, name, every[name], count))
+    root.destroy()
+
+
+def shares(names: list[str], cycles: int) -> Iterator[tuple[str, int]]:
+    """The cycles of each way: all of them together, evenly, and at least one."""
+    each, over = divmod(cycles, len(names))
+    for index, name in enumerate(names):
+        yield name, max(each + (index < over), 1)
+
+
+def watched_objects(stage: Any) -> dict[str, object]:
+    """What the application keeps while dialogs come and go, by a name that tells a reader."""
+    from tandrel.gui import sketcher
+
+    entities = stage.sketch["entities"]
+    # Not small numbers: one object serves the whole process.
+    module = {f"sketcher.{k}": v for k, v in vars(sketcher).items() if not isinstance(v, int)}
+    methods = {f"SketchEditor.{name}": v for name, v in vars(sketcher.SketchEditor).items()}
+    constants = {repr(value): value for value in (None, True, False, (), "")}
+    return {
+        "sketch": stage.sketch,
+        "entities": entities,
+        **{f"entity {index}": entity for index, entity in enumerate(entities)},
+        "references": stage.references,
+        "points of a reference": stage.references[0][1],
+        "parent": stage.root,
+        **module,
+        **methods,
+        **constants,
+    }
+
+
+def grown_by(
+    stage: Any,
+    watched: Mapping[str, object],
+    telling: Telling,
+    name: str,
+    way: Callable[[Any], None],
+    count: int,
+) -> dict[str, Any]:
+    """What a number of cycles of one way left behind.
+
+    Caches and free lists breathe; only what grows with the cycles counts. What grew must grow again
+    in further runs of as many cycles.
+    """
+
+    def run(first: int, last: int) -> None:
+        for cycle in range(first, last):
+            telling.begin([name, cycle])
+            way(stage)
+            stage.root.update()
+            stage.take_raised()
+            windows = stage.root.winfo_children()
+            assert windows == [], f"left {windows}"
+
+    memory = growth.resident_kilobytes()
+    before = growth.measured(stage.root, watched)
+    grew = growth.growth(before, before, watched)
+    # One measurement and one growth are kept while the next measurement is taken, from the first.
+    run(-WARM_UP, 0)
+    before = growth.measured(stage.root, watched)
+    for repetition in range(RUNS):
+        run(repetition * count, (repetition + 1) * count)
+        after = growth.measured(stage.root, watched)
+        grew_now = growth.growth(before, after, watched)
+        grew = grew_now.at_most(grew) if repetition else grew_now
+        before = after
+        del after, grew_now
+        if not any(grew.by.values()):
+            break
+    return {
+        "way": name,
+        "cycles": count,
+        "grew": grew.by,
+        "details": grew.details,
+        "memory": growth.resident_kilobytes() - memory,
+    }
+
+
+# -- the parent --------------------------------------------------------------------------------
+
+
+def report(command: list[str], environment: Mapping[str, str]) -> int:
+    """Run the child, print a row for each way and the figure; 0 where nothing grew."""
+    print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}   memory, kB")
+    progress = Progress()
+    rows: list[dict[str, Any]] = []
+    findings: list[Finding] = []
+    for kind, value in watch(command, SILENCE, environment):
+        if kind == "begin":
+            progress.tell(f"{value[0]}, cycle {value[1]}")
+        elif kind == "result":
+            rows.append(value)
+            print(row_text(value), flush=True)
+        else:
+            findings.append(value)
+    for finding in findings:
+        way, cycle = finding.step or ("start", 0)
+        print(f"{way}, cycle {cycle}: {finding.what}\n  replay: {replay(way, cycle)}")
+    return figure(rows, findings)
+
+
+def row_text(row: dict[str, Any]) -> str:
+    cells = [f"{row['grew'][name]:>+{len(name)}}" for name in growth.MEASURES]
+    text = f"{row['way']:<34} {row['cycles']:>7}  {'  '.join(cells)}   {row['memory']:>+10}"
+    return f"{text}\n{row['details']}".rstrip()
+
+
+def replay(way: str, cycle: int) -> str:
+    return f"soak/opening.py --cycles {max(cycle, 0) + 1} --ways {way!r}"
+
+
+def figure(rows: list[dict[str, Any]], findings: list[Finding]) -> int:
+    """The last line: the growth of every measure over all ways of the editor's dialog."""
+    ours = [row for row in rows if not row["way"].startswith("plain dialog")]
+    totals = {name: sum(row["grew"][name] for row in ours) for name in growth.MEASURES}
+    cycles = sum(row["cycles"] for row in ours)
+    amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
+    broken = f"; {len(findings)} faults" if findings else ""
+    print(f"open and close: {cycles:,} cycles in {len(ours)} ways: {amounts}{broken}")
+    return 1 if any(totals.values()) or findings or not ours else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

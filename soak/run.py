@@ -1,0 +1,71 @@
+"""Everything that tries to break the editor, at full size; prints the figures and keeps them.
+
+    make soak        or, for some of it,    /usr/bin/python3 soak/run.py hostile coverage
+
+Each tool is a command of its own, and its last line is the figure. What they print lies in
+build/soak/. Ends with 1 where a figure is not as demanded.
+"""
+
+from __future__ import annotations
+
+import argparse
+import shlex
+import subprocess
+import sys
+import time
+from datetime import date
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+RESULTS = ROOT / "build" / "soak"
+
+TOOLS = {
+    "interpreters": "soak/interpreters.py",
+    "coverage": "soak/coverage.py",
+    "opening": "soak/opening.py --cycles 10000",
+    "hostile": "soak/hostile.py --cases 200000 --jobs 2",
+    "random_user": "soak/random_user.py --events 1000000 --jobs 2",
+    "allocation": "soak/allocation.py",
+    "sanitizers": "soak/sanitizers.py --with-random-user 20000",
+    "memcheck": "soak/memcheck.py",
+    "planted_faults": "soak/planted_faults.py --jobs 2",
+}
+
+
+def run(name: str) -> tuple[str, bool, float]:
+    """A tool's last line, whether it is satisfied, and the seconds that it took."""
+    began = time.monotonic()
+    with open(RESULTS / f"{name}.txt", "w") as output:
+        ended = subprocess.run(
+            [sys.executable, *shlex.split(TOOLS[name])], cwd=ROOT, stdout=output, text=True
+        )
+    lines = (RESULTS / f"{name}.txt").read_text().strip().splitlines()
+    return lines[-1] if lines else "said nothing", ended.returncode == 0, time.monotonic() - began
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawTextHelpFormatter
+    )
+    parser.add_argument("tools", nargs="*", metavar="TOOL", help=f"of {', '.join(TOOLS)}; else all")
+    chosen = parser.parse_args().tools or list(TOOLS)
+    unknown = sorted(set(chosen) - set(TOOLS))
+    if unknown:
+        parser.error(f"no tool {', '.join(unknown)}")
+    RESULTS.mkdir(parents=True, exist_ok=True)
+    rows = [f"| figure of {date.today()} | command | minutes |", "|---|---|---|"]
+    failed = []
+    for name in chosen:
+        figure, satisfied, seconds = run(name)
+        print(figure if satisfied else f"FAILED: {figure}", flush=True)
+        rows.append(f"| {figure} | `{TOOLS[name]}` | {seconds / 60:.0f} |")
+        if not satisfied:
+            failed.append(name)
+    (RESULTS / "figures.md").write_text("\n".join(rows) + "\n")
+    if failed:
+        print(f"make soak: failed: {' '.join(failed)}; see {RESULTS}", file=sys.stderr)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,301 @@
+"""An editor's state as it must be after everything that its user did.
+
+Each operation is stated here plainly and independently of the module; what both of them can only
+learn from the window (the size of the canvas, where the keyboard is) is asked of it.
+"""
+
+from __future__ import annotations
+
+import copy
+import math
+from collections.abc import Sequence
+from typing import Any, Protocol
+
+import numpy as np
+
+from soak import shapes
+from soak.picture import Item, View, picture
+from soak.shapes import Entity, Point
+from soak.side_panel import SidePanel
+from tandrel import sketch as S
+from tandrel.gui.i18n import tr
+from tandrel.gui.sketcher import TOOL_TIPS
+from tandrel.gui.widgets import num_text, units
+
+SNAP_PIXELS = 9
+
+
+class Window(Protocol):
+    """What a window is asked for."""
+
+    def size(self) -> tuple[int, int]:
+        """Width and height of the canvas in pixels."""
+
+    def is_typing(self) -> bool:
+        """Whether an entry, a combobox or a spin box has the keyboard."""
+
+
+class Shadow(SidePanel):
+    """What an editor is, and what its operations must make of it.
+
+    Points are pairs of floats. Operations raise what they let through.
+    """
+
+    def __init__(
+        self, sketch: Any, dim: int, references: Sequence[tuple[str, Any]], window: Window
+    ) -> None:
+        self.window = window
+        self.sk = copy.deepcopy(sketch) if sketch else S.new()
+        self.sk.setdefault("entities", [])
+        self.dim = dim
+        self.refs = list(references)
+        self.closed = False
+        self.result: Any = None
+        self.sel: int | None = None
+        self.tool = "select" if self.entities else "rectangle"
+        self.snap = True
+        self.grid = num_text(units().from_si(self.default_grid(), "length"))
+        self.sides = "6"
+        self.drag: dict[str, Any] | None = None
+        self.clicks: list[Point] = []
+        self.cursor: Point = (0.0, 0.0)
+        self.scale = 1.0
+        self.centre: Point = (0.0, 0.0)
+        self.pan: tuple[int, int, Point] | None = None
+        self.status = ""
+        self.shown: list[Item] = []
+        plane = self.sk.get("plane", "XY")
+        self.plane = "" if plane is None else str(plane)
+        self.offset = num_text(units().from_si(self.sk.get("offset", 0) or 0, "length"))
+        self.refresh_list()
+
+    @property
+    def entities(self) -> list[Any]:
+        return self.sk["entities"]
+
+    # -- view --------------------------------------------------------------------------------
+
+    def view(self) -> View:
+        width, height = map(float, self.window.size())
+        return View(width, height, self.scale, self.centre)
+
+    def extent(self) -> tuple[list[float], list[float]]:
+        outlines = [shapes.outline(e) for e in self.entities]
+        framed = [points for points in outlines if points is not None]
+        framed += [points for _, points in self.refs if len(points)]
+        if not framed:
+            return [-0.05, -0.05], [0.05, 0.05]
+        points = np.vstack(framed)
+        return points.min(axis=0).tolist(), points.max(axis=0).tolist()
+
+    def fit(self) -> None:
+        (u1, v1), (u2, v2) = self.extent()
+        width, height = (max(pixels, 200) for pixels in self.window.size())
+        self.scale = 0.8 * min(width / max(u2 - u1, 1e-9), height / max(v2 - v1, 1e-9))
+        self.centre = (u1 + u2) / 2, (v1 + v2) / 2
+        self.redraw()
+
+    def zoom(self, factor: float, x: int, y: int) -> None:
+        u1, v1 = self.view().to_world(x, y)
+        self.scale = self.scale * factor
+        u2, v2 = self.view().to_world(x, y)
+        self.centre = self.centre[0] + (u1 - u2), self.centre[1] + (v1 - v2)
+        self.redraw()
+
+    def pan_start(self, x: int, y: int) -> None:
+        self.pan = x, y, self.centre
+
+    def pan_move(self, x: int, y: int) -> None:
+        assert self.pan is not None
+        x0, y0, (u, v) = self.pan
+        self.centre = u - (x - x0) / self.scale, v - -(y - y0) / self.scale
+        self.redraw()
+
+    def grid_step(self) -> float:
+        try:
+            step = units().to_si(float(self.grid), "length")
+        except ValueError:
+            return self.default_grid()
+        return step if step > 0 else self.default_grid()
+
+    def default_grid(self) -> float:
+        (u1, v1), (u2, v2) = self.extent()
+        side = max(u2 - u1, v2 - v1)
+        return 10 ** math.floor(math.log10(max(side, 1e-9) / 20))
+
+    def key_points(self) -> list[Point]:
+        own = [point for e in self.entities for point in shapes.key_points(e)]
+        return [(0.0, 0.0), *own, *self.clicks]
+
+    def snapped(self, x: int, y: int) -> Point:
+        view = self.view()
+        best, nearest = None, float(SNAP_PIXELS)
+        for point in self.key_points():
+            sx, sy = view.to_screen(point)
+            pixels = math.hypot(sx - x, sy - y)
+            if pixels < nearest:
+                best, nearest = point, pixels
+        if best is not None:
+            return best
+        free = view.to_world(x, y)
+        if not self.snap:
+            return free
+        step = self.grid_step()
+        with np.errstate(all="ignore"):
+            u, v = (np.round(np.array(free) / step) * step).tolist()
+        return u, v
+
+    def redraw(self) -> None:
+        self.shown = []
+        for item in picture(self):
+            self.shown.append(item)
+
+    def axis_names(self) -> tuple[str, str]:
+        return S.AXES.get(self.plane, ("x", "y")) if self.dim == 3 else ("x", "y")
+
+    # -- pointer -----------------------------------------------------------------------------
+
+    def motion(self, x: int, y: int) -> None:
+        self.cursor = self.snapped(x, y)
+        (a, b), (u, v) = self.axis_names(), map(shapes.length, self.cursor)
+        self.status = f"{a} = {u}   {b} = {v}     {tr(TOOL_TIPS[self.tool])}"
+        self.redraw()
+
+    def press(self, x: int, y: int) -> None:
+        p = self.cursor = self.snapped(x, y)
+        if self.tool == "select":
+            hit = self.pick(x, y)
+            self.select(hit)
+            if hit is not None:
+                original = copy.deepcopy(self.entities[hit])
+                self.drag = {"kind": "move", "start": p, "orig": original}
+        elif self.tool == "line":
+            self.press_line(p, x, y)
+        elif self.tool == "slot":
+            self.press_slot(p)
+        else:
+            self.drag = {"kind": "new", "start": p}
+
+    def press_line(self, p: Point, x: int, y: int) -> None:
+        if len(self.clicks) >= 3:
+            sx, sy = self.view().to_screen(self.clicks[0])
+            if math.hypot(x - sx, y - sy) <= SNAP_PIXELS:
+                self.close_line()
+                return
+        if not self.clicks or shapes.distance(self.clicks[-1], p) > 0:
+            self.clicks.append(p)
+        self.redraw()
+
+    def press_slot(self, p: Point) -> None:
+        if len(self.clicks) == 2:
+            e = shapes.slot(self.clicks[0], self.clicks[1], p)
+            self.clicks = []
+            if e is not None:
+                self.add(e)
+        elif not self.clicks or shapes.distance(self.clicks[0], p) > 0:
+            self.clicks.append(p)
+        self.redraw()
+
+    def drag_to(self, x: int, y: int) -> None:
+        p = self.cursor = self.snapped(x, y)
+        if self.drag is not None and self.drag["kind"] == "move" and self.sel is not None:
+            u, v = self.drag["start"]
+            self.entities[self.sel] = shapes.moved(self.drag["orig"], (p[0] - u, p[1] - v))
+            self.refresh_list(keep=True)
+        self.redraw()
+
+    def release(self, x: int, y: int) -> None:
+        if self.drag is None:
+            return
+        p = self.snapped(x, y)
+        if self.drag["kind"] == "new":
+            e = self.from_drag(self.drag["start"], p)
+            if shapes.outline(e) is not None:
+                self.add(e)
+        else:
+            self.show_props()
+        self.drag = None
+        self.redraw()
+
+    # -- shapes ------------------------------------------------------------------------------
+
+    def from_drag(self, a: Point, b: Point) -> Entity | None:
+        return shapes.from_drag(self.tool, self.sides, a, b)
+
+    def add(self, e: Entity | None) -> None:
+        self.entities.append(e)
+        self.sel = len(self.entities) - 1
+        self.refresh_list()
+        self.redraw()
+
+    def close_line(self) -> None:
+        if self.tool != "line" or len(self.clicks) < 3:
+            return
+        e = {"type": "polygon", "points": [list(p) for p in self.clicks], "radius": 0.0}
+        self.clicks = []
+        if shapes.outline(e) is not None:
+            self.add(e)
+        else:
+            try:
+                S.outline(e)
+            except ValueError as error:
+                self.status = tr("Not added: {why}").format(why=error)
+            except (KeyError, TypeError):
+                pass
+        self.redraw()
+
+    def cancel_drawing(self) -> None:
+        self.clicks = []
+        self.drag = None
+        self.redraw()
+
+    def pick(self, x: int, y: int) -> int | None:
+        view = self.view()
+        hits = []
+        for i, e in enumerate(self.entities):
+            points = shapes.outline(e)
+            if points is None:
+                continue
+            xs, ys = np.array(view.path(points)).reshape(-1, 2).T
+            near = np.hypot(xs - x, ys - y).min() <= SNAP_PIXELS
+            if near or S.inside(points, view.to_world(x, y)):
+                hits.append((S.area(e), i))
+        return min(hits)[1] if hits else None
+
+    def select(self, i: int | None) -> None:
+        self.sel = i
+        self.refresh_list(keep=True)
+        self.show_props()
+        self.redraw()
+
+    def delete(self) -> None:
+        if self.sel is None or self.window.is_typing():
+            return
+        del self.entities[self.sel]
+        self.sel = None
+        self.refresh_list()
+        self.redraw()
+
+    # -- the dialog --------------------------------------------------------------------------
+
+    def choose_plane(self) -> None:
+        self.sk["plane"] = self.plane
+        self.redraw()
+
+    def ok(self) -> None:
+        if self.dim == 3:
+            try:
+                self.sk["offset"] = units().to_si(float(self.offset), "length")
+            except ValueError:
+                self.status = tr("The offset must be a number.")
+                return
+            self.sk["plane"] = self.plane
+        problems = S.check(self.sk)
+        if problems:
+            self.status = "; ".join(problems)
+            return
+        self.result = self.sk
+        self.closed = True
+
+    def cancel(self) -> None:
+        self.closed = True

@@ -1,0 +1,150 @@
+"""Hostile cases at a small size, and that crashes, hangs and whatever else is wrong are told."""
+
+import gc
+import sys
+from pathlib import Path
+
+import pytest
+from soak import hostile
+
+ROOT = Path(__file__).resolve().parents[2]
+CASES = 2_000
+
+
+def test_no_case_crashes_hangs_or_leaves_something_behind(capsys):
+    status = hostile.main(["--cases", str(CASES)])
+    told = capsys.readouterr().out
+    assert told == f"hostile: {CASES:,} cases, seed 0: 0 faults\n"
+    assert status == 0
+
+
+PLANTED = """
+import os, signal, sys, time
+sys.path[:0] = [{root!r}, {tests!r}]
+from soak import hostile
+
+def strike(seed):
+    if seed == {seed}:
+        {what}
+
+chosen = sys.argv[1:]
+first, count = (int(chosen[chosen.index(name) + 1]) for name in ("--seed", "--cases"))
+hostile.serve(range(first, first + count), strike)
+"""
+
+
+@pytest.fixture
+def planted(tmp_path, capsys):
+    """What the tool tells of 20 cases of which seed 7 does this: its status and lines."""
+
+    def run(what, *arguments):
+        script = tmp_path / "planted.py"
+        text = PLANTED.format(root=str(ROOT), tests=str(ROOT / "tests"), seed=7, what=what)
+        script.write_text(text)
+        words = ["--seed", "1", "--cases", "20", *arguments]
+        status = hostile.main(words, [sys.executable, str(script)])
+        return status, capsys.readouterr().out.splitlines()
+
+    return run
+
+
+def test_a_crash_is_told_with_its_seed_and_the_others_are_run(planted):
+    status, lines = planted("os.kill(os.getpid(), signal.SIGSEGV)")
+    assert lines[0] == "seed 7: crash: SIGSEGV"
+    assert any("planted.py" in line for line in lines), "no stack"
+    assert "  replay: soak/hostile.py --seed 7 --cases 1" in lines
+    assert lines[-1] == "hostile: 20 cases, seed 1: 1 faults"
+    assert status == 1
+
+
+def test_a_hang_is_told_with_its_seed(planted):
+    status, lines = planted("time.sleep(10**6)", "--silence", "10")
+    assert lines[0] == "seed 7: hang: silent for 10 s"
+    assert any("planted.py" in line and "strike" in line for line in lines), "no stack"
+    assert (status, lines[-1]) == (1, "hostile: 20 cases, seed 1: 1 faults")
+
+
+def test_what_escapes_from_a_case_is_told_with_its_seed(planted):
+    status, lines = planted("1 / 0")
+    assert lines[0] == "seed 7: the process ended with 1"
+    assert "ZeroDivisionError: division by zero" in lines
+    assert (status, lines[-1]) == (1, "hostile: 20 cases, seed 1: 1 faults")
+
+
+def test_a_child_that_does_not_even_start_is_told(tmp_path, capsys):
+    status = hostile.main(["--cases", "5"], [sys.executable, "-c", "raise SystemExit(9)"])
+    assert capsys.readouterr().out.splitlines()[0] == "seed None: the process ended with 9"
+    assert status == 1
+
+
+@pytest.mark.filterwarnings("ignore")
+class TestWhatIsWrongAfterACase:
+    """With an editor that has the fault: what a case of its comes back with."""
+
+    @pytest.fixture
+    def found(self, sketcher):
+        """What is found in a run of cases on stand-in editors."""
+        from soak import hostile_cases
+
+        afterwards = hostile_cases.Afterwards()
+        gc.collect()
+        gc.freeze()
+
+        def run(count=300):
+            found = []
+            for seed in range(count):
+                case = hostile_cases.Case(seed)
+                case.run()
+                found += afterwards.check(case)
+            return found
+
+        yield run
+        gc.unfreeze()
+
+    @staticmethod
+    def in_place_of(monkeypatch, name, replacement):
+        from tandrel.gui import sketcher
+
+        monkeypatch.setattr(sketcher.SketchEditor, name, replacement)
+
+    def test_nothing_of_a_sound_editor(self, found):
+        assert found() == []
+
+    def test_something_of_the_sketch_that_is_kept(self, found, monkeypatch):
+        kept = []
+        self.in_place_of(monkeypatch, "redraw", lambda self: kept.append(dict(self.sk)))
+        assert any("tokens of the sketch are still held" in what for what in found())
+
+    def test_a_shared_object_that_is_kept(self, found, sketcher, monkeypatch):
+        kept = []
+        self.in_place_of(monkeypatch, "add", lambda self, ent: kept.append(sketcher.S))
+        told = [what for what in found() if "held more often than before" in what]
+        assert any("tandrel.sketch" in what for what in told)
+
+    def test_an_editor_that_does_not_work_any_more(self, found, sketcher, monkeypatch):
+        real, lost = sketcher.SketchEditor.redraw, []
+        change = "a fresh editor paints another picture"
+
+        def redraw(self):
+            if not isinstance(self.scale, float):
+                lost.append(1)
+            if not lost:
+                real(self)
+
+        self.in_place_of(monkeypatch, "redraw", redraw)
+        assert change in found()
+
+    def test_an_error_that_only_native_code_makes(self, found, monkeypatch):
+        def redraw(self):
+            raise SystemError("returned a result with an exception set")
+
+        self.in_place_of(monkeypatch, "_default_grid", redraw)
+        assert "SystemError: returned a result with an exception set" in found()
+
+    def test_a_picture_without_an_end(self, found, monkeypatch):
+        def preview(self):
+            for x in range(7_000):
+                self.canvas.create_line(x, 0, x, 1)
+
+        self.in_place_of(monkeypatch, "_preview", preview)
+        assert any("EndlessPicture" in what for what in found(20))

@@ -1,0 +1,39 @@
+"""The runs under the sanitizers: nothing is said of the module, everything of a planted fault."""
+
+import re
+
+import pytest
+from soak import sanitizers
+
+ONE_FILE = ["tests/test_describe.py", "--jobs", "1"]
+
+
+def report(capsys, *options):
+    """The exit status, what was printed, and the number of reports in its last line."""
+    status = sanitizers.main([*ONE_FILE, *options])
+    printed = capsys.readouterr().out
+    figure = re.fullmatch(r"sanitizers: ([\d,]+) tests: (\d+) reports", printed.splitlines()[-1])
+    return status, printed, int(figure[1]), int(figure[2])
+
+
+def test_nothing_is_reported_of_the_module(capsys):
+    status, printed, tests, reports = report(capsys)
+    assert (status, reports) == (0, 0), printed
+    assert tests > 100
+    assert "1 processes looked for leaks" in printed
+
+
+@pytest.mark.parametrize(
+    "fault, said",
+    {
+        "number never released": r"leak of 24 byte.*\n(.*\n)*?.*tandrel::py::to_python\(double\)",
+        "list never released": r"leak of 56 byte.*\n(.*\n)*?.*tandrel::py::list\(\)",
+        "write past the end": "heap-buffer-overflow",
+        "signed overflow": "runtime error: signed integer overflow",
+    }.items(),
+)
+def test_a_planted_fault_is_reported(capsys, fault, said):
+    status, printed, _, reports = report(capsys, "--plant", fault)
+    assert status == 1
+    assert reports > 0
+    assert re.search(said, printed)
