@@ -21,7 +21,7 @@ NEUTRAL = set("TEST mm cm m in XY XZ YZ x y z u v Ø tandrel json dxf".split())
 
 @pytest.fixture(scope="session")
 def large_display():
-    """A screen of twice the usual resolution, until the end: Tk never leaves a server it has seen."""
+    """A screen of twice the usual resolution, till the end: Tk never leaves a server it knows."""
     with x_server(2560, 2048, dpi=192) as name:
         yield name
 

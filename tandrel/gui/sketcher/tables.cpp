@@ -46,29 +46,29 @@ struct Field {
   const char* type;
   const char* key;
   const char* label;
-  bool is_length;  // else a plain number: a count or an angle
+  bool is_length = true;  // else a plain number: a count or an angle
 };
 
 constexpr Field kFields[] = {
-    {"rectangle", "x", N_("Corner u"), true},
-    {"rectangle", "y", N_("Corner v"), true},
-    {"rectangle", "w", N_("Width"), true},
-    {"rectangle", "h", N_("Height"), true},
-    {"rectangle", "radius", N_("Corner radius (0 = sharp)"), true},
-    {"circle", "xc", N_("Centre u"), true},
-    {"circle", "yc", N_("Centre v"), true},
-    {"circle", "r", N_("Radius"), true},
-    {"regular", "xc", N_("Centre u"), true},
-    {"regular", "yc", N_("Centre v"), true},
-    {"regular", "r", N_("Corner radius from centre"), true},
+    {"rectangle", "x", N_("Corner u")},
+    {"rectangle", "y", N_("Corner v")},
+    {"rectangle", "w", N_("Width")},
+    {"rectangle", "h", N_("Height")},
+    {"rectangle", "radius", N_("Corner radius (0 = sharp)")},
+    {"circle", "xc", N_("Centre u")},
+    {"circle", "yc", N_("Centre v")},
+    {"circle", "r", N_("Radius")},
+    {"regular", "xc", N_("Centre u")},
+    {"regular", "yc", N_("Centre v")},
+    {"regular", "r", N_("Corner radius from centre")},
     {"regular", "n", N_("Sides"), false},
     {"regular", "angle", N_("Angle of first corner (degrees)"), false},
-    {"slot", "x1", N_("End 1 centre u"), true},
-    {"slot", "y1", N_("End 1 centre v"), true},
-    {"slot", "x2", N_("End 2 centre u"), true},
-    {"slot", "y2", N_("End 2 centre v"), true},
-    {"slot", "r", N_("Half width"), true},
-    {"polygon", "radius", N_("Corner radius (0 = sharp)"), true},
+    {"slot", "x1", N_("End 1 centre u")},
+    {"slot", "y1", N_("End 1 centre v")},
+    {"slot", "x2", N_("End 2 centre u")},
+    {"slot", "y2", N_("End 2 centre v")},
+    {"slot", "r", N_("Half width")},
+    {"polygon", "radius", N_("Corner radius (0 = sharp)")},
 };
 
 /// Marks a text for translation; the tables keep the English source.

@@ -119,7 +119,7 @@ class Ref {
 /// they are. It takes no memory, so that it can be emptied where none is left.
 union LastingRef {
   constexpr LastingRef() noexcept : held() {}
-  ~LastingRef() {}
+  ~LastingRef() {}  // NOLINT(modernize-use-equals-default): that would be deleted
   Ref held;
 };
 
