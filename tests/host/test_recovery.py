@@ -24,7 +24,7 @@ def folder(tmp_path):
 
 
 def part(number):
-    return Document(f"part {number}", {"plane": "XY", "offset": number, "entities": []})
+    return Document(f"bore {number}", {"plane": "XY", "offset": number, "entities": []})
 
 
 def left_by_a_crash(folder, *numbers, path=None):
@@ -78,7 +78,7 @@ def test_an_accepted_edit_outlives_a_killed_program(folder):
 
 def test_a_program_s_latest_document_takes_the_place_of_the_one_before(folder):
     left_by_a_crash(folder, 1, 2, 3)
-    assert found(folder) == "part 3"
+    assert found(folder) == "bore 3"
     assert len(list(folder.iterdir())) == 2
 
 
@@ -95,7 +95,7 @@ def test_killed_before_any_call_a_program_leaves_its_last_or_present_document(tm
 
         ended = in_child(work)
         seen.append(found(folder))
-    assert set(seen) == {"part 1", "part 2"} and len(seen) > 5
+    assert set(seen) == {"bore 1", "bore 2"} and len(seen) > 5
     assert seen == sorted(seen) and ended == "None"
 
 
@@ -110,7 +110,7 @@ def test_killed_at_its_first_record_a_program_leaves_it_or_nothing(tmp_path):
 
         ended = in_child(work)
         seen.append(found(folder))
-    assert set(seen) == {"", "part 1"} and len(seen) > 5
+    assert set(seen) == {"", "bore 1"} and len(seen) > 5
     assert not [file for file in tmp_path.glob("*/*") if file.suffix == ".damaged"]
 
 
@@ -124,7 +124,7 @@ def test_dropped_work_is_gone_and_new_work_is_kept_again(folder):
     assert list(folder.iterdir()) == []
     left_by_a_crash(folder, 1)
     recovery.keep(part(2), None)
-    assert found(folder) == "part 1"
+    assert found(folder) == "bore 1"
 
 
 def test_running_programs_don_t_take_each_other_s_work(folder):
@@ -143,19 +143,19 @@ def test_what_one_start_offers_no_other_does_until_it_ends(folder):
     assert found(folder) == ""
     record.discard()
     left_by_a_crash(folder, 2)
-    assert found(folder) == "part 2"
-    assert found(folder) == "part 2"
+    assert found(folder) == "bore 2"
+    assert found(folder) == "bore 2"
 
 
 def test_the_latest_comes_first(folder):
     known = set()
     for number in (2, 3, 1):
-        left_by_a_crash(folder, number, path=f"/work/part {number}.json")
+        left_by_a_crash(folder, number, path=f"/files/part {number}.json")
         (file,) = set(folder.glob("*.sketch")) - known
         os.utime(file, (1e9 + number, 1e9 + number))
         known.add(file)
     records = Recovery(folder).found()
-    assert [r.path for r in records] == [f"/work/part {number}.json" for number in (3, 2, 1)]
+    assert [r.path for r in records] == [f"/files/part {number}.json" for number in (3, 2, 1)]
     assert records[0].saved_at == datetime.fromtimestamp(1e9 + 3, timezone.utc)
     assert records[0].saved_at.tzinfo is not None
 
@@ -180,9 +180,9 @@ def test_damaged_records_are_set_aside(folder, data):
     left_by_a_crash(folder, 1)
     broken = folder / "broken.sketch"
     os.mkfifo(broken) if data is None else broken.write_bytes(data)
-    assert found(folder) == "part 1"
+    assert found(folder) == "bore 1"
     assert [file.name for file in folder.glob("broken*")] == ["broken.damaged"]
-    assert found(folder) == "part 1"
+    assert found(folder) == "bore 1"
     if data is not None:
         assert (folder / "broken.damaged").read_bytes() == data
 

@@ -14,7 +14,7 @@ from tandrel.application.settings import Settings
 
 DEFAULTS = {"recent": [], "geometry": "", "units": "mm", "language": "", "palette": "light"}
 SOUND = {
-    "recent": ["/work/b.json", "/work/a.json"],
+    "recent": ["/files/b.json", "/files/a.json"],
     "geometry": "900x700+10-20",
     "units": "in",
     "language": "de",
