@@ -4,8 +4,9 @@ code can handle, and the next dialog works in the same process.
 Steps are the import, every operation on an editor without window, and, in real windows, the
 construction, repaints, each handler, OK and Cancel. Each point is a process of its own, forked
 before the module is loaded, and counts the allocations that the module asks for itself, of the
-interpreter or of C++ (see failing_allocator.cpp): not those of the Python code, numpy and Tk that
-it calls. At every point memory is tried to fail once, and to stay away until the step has ended.
+interpreter or of C++ (see harness/failing_allocator.cpp): not those of the Python code, numpy and
+Tk that it calls. At every point memory is tried to fail once, and to stay away until the step has
+ended.
 
     soak/allocation.py [--points 500] [--only "repaint:17:lasting"]
 """
@@ -36,8 +37,8 @@ from demo.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.suite import quietly  # noqa: E402
-from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.harness.suite import quietly  # noqa: E402
+from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
@@ -77,7 +78,7 @@ def build_shim() -> None:
     SHIM.parent.mkdir(parents=True, exist_ok=True)
     command = ["c++", "-std=c++20", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra"]
     command += ["-Wl,-z,lazy", f"-I{sysconfig.get_path('include')}"]
-    quietly(*command, str(ROOT / "soak" / "failing_allocator.cpp"), "-o", str(SHIM))
+    quietly(*command, str(ROOT / "soak" / "harness" / "failing_allocator.cpp"), "-o", str(SHIM))
 
 
 def report(options: argparse.Namespace) -> int:
@@ -122,11 +123,11 @@ def replay(point: Any) -> str:
 
 def serve(options: argparse.Namespace) -> None:
     """Try this part's points and tell how each ended."""
-    from soak import allocation_steps
+    from soak.dialogs.steps import PLAIN, REAL, prepare
 
     telling = Telling()
-    allocation_steps.prepare()
-    steps = {**allocation_steps.PLAIN, **allocation_steps.REAL}
+    prepare()
+    steps = {**PLAIN, **REAL}
     shim = ctypes.PyDLL(str(SHIM))
     if not shim.install():
         raise RuntimeError("this interpreter hides where it evaluates")

@@ -19,11 +19,12 @@ from typing import Any, Collection, Iterable, NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from soak.suite import quietly, run_tests  # noqa: E402
+from soak.harness.suite import quietly, run_tests  # noqa: E402
 
 FOLDER = ROOT / "build" / "coverage"
 SOURCES = "tandrel/gui/sketcher/"
 UNREACHABLE = ROOT / "soak" / "unreachable.toml"
+GCOV = ROOT / "soak" / "harness" / "gcov.py"
 # As many branches in the machine code as in the source: without optimisation the compiler checks
 # whether temporaries exist that always do, and with it, it merges conditions. Thread-safe statics
 # are checked twice.
@@ -87,9 +88,8 @@ def build() -> None:
 
 def counted(root: Path, folder: Path, sources: str) -> list[Line]:
     """What the programs in `folder` executed of the sources below `root`."""
-    gcov = f"{sys.executable} {Path(__file__).with_name('gcov.py')}"
     command = ["gcovr", "--root", str(root), "--object-directory", str(folder), "--json"]
-    command += ["--filter", str(root / sources), "--gcov-executable", gcov]
+    command += ["--filter", str(root / sources), "--gcov-executable", f"{sys.executable} {GCOV}"]
     command += ["--exclude-throw-branches", "--exclude-unreachable-branches", str(folder)]
     done = subprocess.run(command, cwd=root, check=True, capture_output=True, text=True)
     return list(lines_of(json.loads(done.stdout)["files"], root))

@@ -33,7 +33,7 @@ from demo.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 BATCH = 500  # cases of one child
 WINDOWS_EVERY = 8
@@ -86,8 +86,8 @@ def serve(seeds: range, strike: Callable[[int], None] | None = None) -> None:
 
 def runner(aloud: bool = False) -> Callable[[int], list[str]]:
     """A function that runs the case of a seed and gives what must not be."""
-    from soak.hostile_cases import Afterwards, Case
-    from soak.hostile_windows import AfterwardsOnScreen, Screen, WindowCase
+    from soak.hostility.cases import Afterwards, Case
+    from soak.hostility.windows import AfterwardsOnScreen, Screen, WindowCase
 
     screen = Screen()
     off_screen = Afterwards()

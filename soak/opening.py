@@ -26,8 +26,8 @@ from demo.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak import growth  # noqa: E402
-from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.harness import growth  # noqa: E402
+from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
@@ -63,8 +63,8 @@ def serve(
     faulthandler.enable()
     telling = Telling()
     # Not before the child: the parent needs no Tk.
-    from soak.dialog_ways import WAYS, Stage
-    from soak.plain_dialog import PLAIN_WAYS
+    from soak.dialogs.ways import WAYS, Stage
+    from soak.dialogs.plain import PLAIN_WAYS
     from tandrel.gui.widgets import main_window
 
     root = main_window("Opening and closing")

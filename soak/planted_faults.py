@@ -22,7 +22,7 @@ from typing import Iterator, NamedTuple, Optional, Sequence
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from soak.suite import TooSlow, quietly, run_tests  # noqa: E402
+from soak.harness.suite import TooSlow, quietly, run_tests  # noqa: E402
 
 FAULTS = ROOT / "soak" / "faults"
 SOURCES = Path("tandrel/gui/sketcher")

@@ -24,7 +24,7 @@ from demo.places import ROOT, SEARCH_PATH  # noqa: E402
 sys.path[:0] = [path for path in (*SEARCH_PATH, str(ROOT)) if path not in sys.path]
 
 from demo.display import x_server  # noqa: E402
-from soak.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 SILENCE_SECONDS = 60.0  # from one event to the next, on a busy machine
 SCREEN = (1024, 800)
@@ -109,7 +109,7 @@ def use(
     found: Callable[[list[int], str], None],
 ) -> int:
     """Do a plan on the display at hand; how many events that were. A step is (dialog, event)."""
-    from soak import session
+    from soak.user import session
 
     root = session.open_root()
     dialog, done, faults = plan.dialog, 0, 0

@@ -4,8 +4,8 @@ UndefinedBehaviorSanitizer and LeakSanitizer, without any suppression.
 Every report of a Python process counts. Of the leaks those count whose allocation has a frame of
 the module in its stack: what the interpreter, Tk and the fonts leave behind is told as a number,
 beside what they leave behind in a process that never loads the module. Leaks are looked for at the
-end of each Python process, while its interpreter is whole (see leak_check.c); in the few that
-ignore the environment they can't be, as Python's own allocator hides them there.
+end of each Python process, while its interpreter is whole (see harness/leak_check.c); in the few
+that ignore the environment they can't be, as Python's own allocator hides them there.
 
     soak/sanitizers.py [tests/test_pointer.py ...] [--with-random-user 1000000]
 """
@@ -28,8 +28,8 @@ from typing import NamedTuple
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
 from demo.places import ROOT  # noqa: E402
-from soak.planted_build import PLANTS, plant  # noqa: E402
-from soak.suite import quietly, run_tests  # noqa: E402
+from soak.harness.planted_build import PLANTS, plant  # noqa: E402
+from soak.harness.suite import quietly, run_tests  # noqa: E402
 
 BUILD = ROOT / "build" / "sanitize"
 SHIM = ROOT / "build" / "soak" / "leak_check.so"
@@ -123,7 +123,7 @@ def make_build() -> None:
 
 def make_shim() -> None:
     SHIM.parent.mkdir(parents=True, exist_ok=True)
-    source = ROOT / "soak" / "leak_check.c"
+    source = ROOT / "soak" / "harness" / "leak_check.c"
     command = ["cc", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra", "-Wl,-z,lazy"]
     command += [f"-I{sysconfig.get_path('include')}", str(source), "-o", str(SHIM)]
     quietly(*command)

@@ -5,7 +5,7 @@ import re
 import pytest
 from demo.places import BUILD
 from soak import allocation
-from soak.planted_build import plant
+from soak.harness.planted_build import plant
 
 
 def run(capsys, *options):

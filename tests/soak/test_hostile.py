@@ -84,16 +84,16 @@ class TestWhatIsWrongAfterACase:
     @pytest.fixture
     def found(self, sketcher):
         """What is found in a run of cases on stand-in editors."""
-        from soak import hostile_cases
+        from soak.hostility import cases
 
-        afterwards = hostile_cases.Afterwards()
+        afterwards = cases.Afterwards()
         gc.collect()
         gc.freeze()
 
         def run(count=300):
             found = []
             for seed in range(count):
-                case = hostile_cases.Case(seed)
+                case = cases.Case(seed)
                 case.run()
                 found += afterwards.check(case)
             return found

@@ -5,7 +5,7 @@ from pathlib import Path
 
 import pytest
 from soak import opening
-from soak.growth import MEASURES
+from soak.harness.growth import MEASURES
 
 ROOT = Path(__file__).resolve().parents[2]
 NOTHING = ", ".join(f"{measure} +0" for measure in MEASURES)

@@ -6,7 +6,8 @@ import time
 from pathlib import Path
 
 import pytest
-from soak import random_user, session
+from soak import random_user
+from soak.user import session
 from soak.random_user import Plan
 
 SHORT = 3_000  # events

@@ -10,7 +10,7 @@ import os
 from collections.abc import Iterator
 from typing import Any
 
-from soak.attack import Attack
+from soak.hostility.attack import Attack
 
 # More than any memory holds is an error of Python's; a sanitizer ends the process instead.
 _NO_MEMORY = [] if "asan" in os.environ.get("LD_PRELOAD", "") else [2**40, 2**62]

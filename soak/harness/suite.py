@@ -9,7 +9,8 @@ import sys
 from pathlib import Path
 from typing import IO, Sequence, Union
 
-ROOT = Path(__file__).resolve().parent.parent
+from demo.places import ROOT
+
 # Of the file that is released: standard templates that weren't optimised away show among its
 # symbols.
 NOT_OF_OTHER_BUILDS = (

@@ -10,12 +10,12 @@ from random import Random
 from tkinter import ttk
 from typing import Any
 
-from soak import random_sketches
-from soak.checks import Fault, Ledger, check_errors, check_screen, check_state, demand, same
-from soak.habits import Habits
-from soak.hands import Action, Hands
-from soak.screen import Eye, has_windows
-from soak.shadow import Shadow
+from soak.user import random_sketches
+from soak.user.checks import Fault, Ledger, check_errors, check_screen, check_state, demand, same
+from soak.user.habits import Habits
+from soak.user.hands import Action, Hands
+from soak.user.screen import Eye, has_windows
+from soak.user.shadow import Shadow
 from tandrel.gui.i18n import languages, set_language
 from tandrel.gui.widgets import SYSTEMS, main_window, set_units
 

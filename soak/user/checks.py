@@ -8,9 +8,9 @@ from typing import Any
 
 import numpy as np
 
-from soak import shapes
-from soak.screen import Screen
-from soak.shadow import Shadow
+from soak.user import shapes
+from soak.user.screen import Screen
+from soak.user.shadow import Shadow
 from tandrel.gui.i18n import tr
 
 

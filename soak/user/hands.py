@@ -12,7 +12,7 @@ from collections.abc import Callable, Iterator
 from tkinter import ttk
 from typing import Any
 
-from soak.shadow import Shadow
+from soak.user.shadow import Shadow
 from tandrel.gui.i18n import set_language
 from tandrel.gui.widgets import set_units
 

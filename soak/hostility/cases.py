@@ -19,8 +19,8 @@ from support.operations import OPERATIONS, TOOLS, sound
 from support.plain import Event, Var
 from tandrel.gui import sketcher
 
-from soak.attack import Attack
-from soak.hostile_neighbours import (
+from soak.hostility.attack import Attack
+from soak.hostility.neighbours import (
     EndlessPicture,
     HostileCanvas,
     StandInWidget,
@@ -28,7 +28,7 @@ from soak.hostile_neighbours import (
     neighbours,
     restored,
 )
-from soak.hostile_values import NUMBERS, TEXTS, HostileList, damage, hostile
+from soak.hostility.values import NUMBERS, TEXTS, HostileList, damage, hostile
 
 METHODS = sorted(name for name in vars(sketcher.SketchEditor) if name[:2] != "__")
 NAMES = sorted(name for name in vars(sketcher) if name[:2] != "__")

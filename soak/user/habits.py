@@ -7,9 +7,9 @@ from collections.abc import Iterator
 from random import Random
 from typing import Any
 
-from soak import shapes
-from soak.hands import Action
-from soak.shadow import Shadow
+from soak.user import shapes
+from soak.user.hands import Action
+from soak.user.shadow import Shadow
 from tandrel import sketch as S
 from tandrel.gui.i18n import languages
 from tandrel.gui.sketcher import TOOLS

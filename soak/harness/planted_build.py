@@ -9,7 +9,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 from demo.places import ROOT
-from soak.suite import quietly
+from soak.harness.suite import quietly
 
 _FILE = "tandrel/gui/sketcher.abi3.so"
 _SOURCES = ROOT / "tandrel" / "gui" / "sketcher"

@@ -5,8 +5,8 @@ from __future__ import annotations
 import copy
 from typing import Any
 
-from soak import shapes
-from soak.shapes import Entity
+from soak.user import shapes
+from soak.user.shapes import Entity
 from tandrel import sketch as S
 from tandrel.gui.i18n import tr
 from tandrel.gui.sketcher import FIELDS, TYPE_LABEL

@@ -12,13 +12,13 @@ from typing import TYPE_CHECKING, Any, NamedTuple
 
 import numpy as np
 
-from soak import shapes
-from soak.shapes import Entity, Point
+from soak.user import shapes
+from soak.user.shapes import Entity, Point
 from tandrel import sketch as S
 from tandrel.gui.widgets import PAL
 
 if TYPE_CHECKING:
-    from soak.shadow import Shadow
+    from soak.user.shadow import Shadow
 
 AXIS_U, AXIS_V, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 LEAST_GRID_PIXELS = 10

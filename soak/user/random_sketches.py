@@ -9,7 +9,7 @@ from typing import Any
 
 import numpy as np
 
-from soak.shapes import Entity
+from soak.user.shapes import Entity
 from tandrel import sketch as S
 
 # What may stand where a number should.

@@ -21,9 +21,9 @@ from support.operations import TOOLS
 from support.widgets import walk
 from tandrel.gui import sketcher
 
-from soak.attack import cyclic_list
-from soak.hostile_cases import Afterwards, Case
-from soak.hostile_neighbours import asked, neighbours, restored
+from soak.hostility.attack import cyclic_list
+from soak.hostility.cases import Afterwards, Case
+from soak.hostility.neighbours import asked, neighbours, restored
 
 WIDGETS = ("canvas", "list", "props", "status", "points_text")
 MODAL_MS = 20  # that a dialog is run at most

@@ -12,8 +12,8 @@ from support.plain import Recorder, RecordingCanvas, Var
 from tandrel import sketch as real_sketch
 from tandrel.gui import sketcher, widgets
 
-from soak.attack import Attack
-from soak.hostile_values import HostileDict
+from soak.hostility.attack import Attack
+from soak.hostility.values import HostileDict
 
 # Nonsense from these could only make the interpreter itself work for ever (10 ** 10 ** 400).
 TRUSTED = {"math", "tk", "ttk"}

@@ -13,10 +13,10 @@ from typing import Any, Protocol
 
 import numpy as np
 
-from soak import shapes
-from soak.picture import Item, View, picture
-from soak.shapes import Entity, Point
-from soak.side_panel import SidePanel
+from soak.user import shapes
+from soak.user.picture import Item, View, picture
+from soak.user.shapes import Entity, Point
+from soak.user.side_panel import SidePanel
 from tandrel import sketch as S
 from tandrel.gui.i18n import tr
 from tandrel.gui.sketcher import TOOL_TIPS

@@ -1,0 +1,1 @@
+"""What the tools share: the suite on other builds, watched children, growth, planted faults."""

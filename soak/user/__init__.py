@@ -1,0 +1,1 @@
+"""The random user: what it does, and what the editor must be and show after each event."""
