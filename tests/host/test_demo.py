@@ -24,6 +24,12 @@ def answers(display_name):
     return subprocess.run(command, env=environment, stderr=subprocess.DEVNULL).returncode == 0
 
 
+def servers_here():
+    """The X servers that this process runs."""
+    command = ["pgrep", "-P", str(os.getpid()), "-x", "Xvfb"]
+    return set(subprocess.run(command, stdout=subprocess.PIPE).stdout.split())
+
+
 def until(condition):
     deadline = time.monotonic() + 20
     while not condition():
@@ -32,19 +38,22 @@ def until(condition):
 
 
 def test_servers_are_apart_and_end_with_their_block():
-    before = os.environ.get("DISPLAY")
+    display, servers = os.environ.get("DISPLAY"), servers_here()
     with x_server(320, 200) as one, x_server(320, 200) as other:
         assert one != other
         assert answers(one) and answers(other)
-        assert os.environ.get("DISPLAY") == before
-    assert not answers(one) and not answers(other)
+        assert len(servers_here() - servers) == 2
+        assert os.environ.get("DISPLAY") == display
+    assert servers_here() == servers
 
 
 def test_a_server_ends_with_an_error_too():
+    servers = servers_here()
     with pytest.raises(ZeroDivisionError):
-        with x_server(320, 200, window_manager=True) as name:
+        with x_server(320, 200, window_manager=True):
+            assert len(servers_here() - servers) == 1
             raise ZeroDivisionError
-    assert not answers(name)
+    assert servers_here() == servers
 
 
 def told_by(code, display_name):
@@ -76,12 +85,10 @@ def test_windows_are_managed_from_the_start_where_wanted(managed):
 
 
 KILLED = """
-import os, signal, sys
-from demo import run
+import os, signal, subprocess
 from demo.display import x_server
-from PIL import Image
-with x_server(320, 200, window_manager=True) as name:
-    print(name, flush=True)
+with x_server(320, 200, window_manager=True):
+    subprocess.run(["pgrep", "-P", str(os.getpid()), "-x", "Xvfb"])
     os.kill(os.getpid(), signal.SIGKILL)
 """
 
@@ -90,7 +97,9 @@ def test_a_server_ends_when_its_program_is_killed():
     environment = {**os.environ, "PYTHONPATH": str(ROOT)}
     ended = subprocess.run([sys.executable, "-c", KILLED], env=environment, stdout=subprocess.PIPE)
     assert ended.returncode == -9
-    until(lambda: not answers(ended.stdout.decode().strip()))
+    server = Path("/proc", ended.stdout.decode().strip())
+    assert server.name.isdigit()
+    until(lambda: not server.exists())
 
 
 def test_a_missing_server_program_is_an_error(monkeypatch):
