@@ -63,27 +63,36 @@ def main() -> int:
         description=__doc__, formatter_class=argparse.RawTextHelpFormatter
     )
     parser.add_argument("--counted", action="store_true", help="report what the last run counted")
+    parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("tests", nargs="*", default=["tests"], help="the whole suite by default")
     options = parser.parse_args()
     if not options.counted:
-        build()
-        status = run_tests(ROOT, str(FOLDER.relative_to(ROOT)), options.tests, sys.stderr)
+        print("building", file=sys.stderr)
+        build(FOLDER)
+        module = str(FOLDER.relative_to(ROOT))
+        status = run_tests(ROOT, module, options.tests, sys.stderr, jobs=options.jobs)
         if status:
             sys.exit(f"coverage: the suite ended with status {status} and has to pass first")
-    entries = tomllib.loads(UNREACHABLE.read_text()).get("unreachable", [])
-    result = judged(counted(ROOT, FOLDER, SOURCES), entries)
+    result = of_module(FOLDER)
     for fault in result.faults:
         print(fault)
     print(result.figure)
     return 1 if result.faults else 0
 
 
-def build() -> None:
-    print("building", file=sys.stderr)
-    quietly("cmake", "--preset", "coverage", "-DCMAKE_BUILD_TYPE=", f"-DCMAKE_CXX_FLAGS={FLAGS}")
-    quietly("cmake", "--build", "--preset", "coverage")
-    for counts in FOLDER.rglob("*.gcda"):
+def build(folder: Path) -> None:
+    """Build the preset whose folder this is, nothing of it executed yet."""
+    preset = folder.name
+    quietly("cmake", "--preset", preset, "-DCMAKE_BUILD_TYPE=", f"-DCMAKE_CXX_FLAGS={FLAGS}")
+    quietly("cmake", "--build", "--preset", preset)
+    for counts in folder.rglob("*.gcda"):
         counts.unlink()
+
+
+def of_module(folder: Path) -> Result:
+    """What was executed of the module that is built in this folder."""
+    entries = tomllib.loads(UNREACHABLE.read_text()).get("unreachable", [])
+    return judged(counted(ROOT, folder, SOURCES), entries)
 
 
 def counted(root: Path, folder: Path, sources: str) -> list[Line]:

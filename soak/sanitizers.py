@@ -13,7 +13,6 @@ that ignore the environment they can't be, as Python's own allocator hides them 
 from __future__ import annotations
 
 import argparse
-import importlib.util
 import os
 import re
 import subprocess
@@ -28,10 +27,12 @@ from typing import NamedTuple
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
 from demo.places import ROOT  # noqa: E402
+from soak import coverage  # noqa: E402
 from soak.harness.planted_build import PLANTS, plant  # noqa: E402
 from soak.harness.suite import quietly, run_tests  # noqa: E402
 
 BUILD = ROOT / "build" / "sanitize"
+COUNTING_BUILD = ROOT / "build" / "sanitize-coverage"
 SHIM = ROOT / "build" / "soak" / "leak_check.so"
 MODULE = "sketcher.abi3.so"
 # Other tools that can run: the command and its option for a size.
@@ -80,14 +81,17 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("tests", nargs="*", default=["tests"], help="all unless told otherwise")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, help="of the test suite")
     parser.add_argument("--plant", choices=sorted(PLANTS), help="build this fault in, to see it")
+    parser.add_argument("--coverage", action="store_true", help="show what of the C++ runs, too")
     for name in TOOLS:
         parser.add_argument(f"--with-{name.replace(' ', '-')}", type=int, metavar="N", default=0)
     options = parser.parse_args(arguments)
-    make_build()
+    build = COUNTING_BUILD if options.coverage else BUILD
+    make(build)
     make_shim()
     with tempfile.TemporaryDirectory(prefix="sanitizers-") as name:
         folder = Path(name)
-        build = plant(options.plant, BUILD, folder / "planted") if options.plant else BUILD
+        if options.plant:
+            build = plant(options.plant, build, folder / "planted")
         return run_all(options, build, folder)
 
 
@@ -108,6 +112,9 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
         print(text, end="\n\n")
     print(f"{reports.processes} processes looked for leaks. Allocations that others leaked:")
     print(f"  {reports.others} in all of them, {without_module(folder)} without the module")
+    if options.coverage:
+        # Not judged: the sanitizers' own branches are counted with the others.
+        print(coverage.of_module(build).figure)
     if not passed:
         print("Something failed, see above.")
     found = len(reports.faults) + len(reports.leaks)
@@ -115,10 +122,13 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
     return 0 if passed and tests and not found else 1
 
 
-def make_build() -> None:
-    if not (BUILD / "build.ninja").exists():
-        quietly("cmake", "--preset", "sanitize")
-    quietly("cmake", "--build", "--preset", "sanitize")
+def make(build: Path) -> None:
+    if build == COUNTING_BUILD:
+        coverage.build(build)
+        return
+    if not (build / "build.ninja").exists():
+        quietly("cmake", "--preset", build.name)
+    quietly("cmake", "--build", "--preset", build.name)
 
 
 def make_shim() -> None:
@@ -162,11 +172,8 @@ def sanitized(build: Path, logs: Path) -> Iterator[None]:
 
 def run_suite(tests: list[str], jobs: int, build: Path) -> tuple[bool, int]:
     """Whether all passed, and how many ran."""
-    options = list(NOT_HERE)
-    if jobs > 1 and importlib.util.find_spec("xdist"):
-        options += ["-n", str(jobs), "--dist", "loadfile"]
     with tempfile.TemporaryFile("w+") as output:
-        status = run_tests(ROOT, str(build), tests, output, options)
+        status = run_tests(ROOT, str(build), tests, output, NOT_HERE, jobs=jobs)
         output.seek(0)
         said = output.read()
     counted = re.search(r"(\d+) passed", said)

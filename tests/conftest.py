@@ -68,6 +68,19 @@ def neighbours(monkeypatch, sketcher):
 
 
 @pytest.fixture
+def millimetres_in_english():
+    """The stand-in application shows millimetres and English, and after the test what it did."""
+    from tandrel.gui import i18n, widgets
+
+    before = widgets.units().name, i18n.language()
+    widgets.set_units("mm")
+    i18n.set_language("en")
+    yield
+    widgets.set_units(before[0])
+    i18n.set_language(before[1])
+
+
+@pytest.fixture
 def root(display):
     """A main window for one test, which takes the errors that it expects out of `errors`."""
     window = open_root()

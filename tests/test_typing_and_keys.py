@@ -21,15 +21,7 @@ from support.neighbours import (
 from support.widgets import walk
 from tandrel.gui import i18n, widgets
 
-
-@pytest.fixture(autouse=True)
-def millimetres_in_english():
-    before = widgets.units().name, i18n.language()
-    widgets.set_units("mm")
-    i18n.set_language("en")
-    yield
-    widgets.set_units(before[0])
-    i18n.set_language(before[1])
+pytestmark = pytest.mark.usefixtures("millimetres_in_english")
 
 
 FIELDS_AND_VALUES = [

@@ -15,7 +15,9 @@ from support.neighbours import (
     rectangle,
     regular,
 )
-from tandrel.gui import i18n, widgets
+from tandrel.gui import widgets
+
+pytestmark = pytest.mark.usefixtures("millimetres_in_english")
 
 STEP = 0.001
 
@@ -23,16 +25,6 @@ STEP = 0.001
 def on(*grid_lines):
     """Plane coordinates of grid lines a millimetre apart, as snapping gives them."""
     return tuple(k * STEP for k in grid_lines)
-
-
-@pytest.fixture(autouse=True)
-def millimetres_in_english():
-    before = widgets.units().name, i18n.language()
-    widgets.set_units("mm")
-    i18n.set_language("en")
-    yield
-    widgets.set_units(before[0])
-    i18n.set_language(before[1])
 
 
 def close_as_the_window_manager_does(window):

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import importlib.util
 import os
 import signal
 import subprocess
@@ -36,12 +37,16 @@ def run_tests(
     output: Union[IO[bytes], IO[str]],
     options: Sequence[str] = (),
     seconds: float = 3600.0,
+    jobs: int = 1,
 ) -> int:
     """pytest's exit status for these tests of the tree at `root` with the module from its folder
-    `build`; TooSlow where they take longer, and nothing of them is left running then."""
+    `build`; TooSlow where they take longer, and nothing of them is left running then. With several
+    jobs, where pytest can, each file's tests are one job."""
     command = ["setpriv", "--pdeathsig", "KILL", "--"]  # no run outlives the one who wants it
     command += [sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider"]
     command += ["--deselect", NOT_OF_OTHER_BUILDS, *options, *tests]
+    if jobs > 1 and importlib.util.find_spec("xdist"):
+        command += ["-n", str(jobs), "--dist", "loadfile"]
     process = subprocess.Popen(
         command,
         cwd=root,
