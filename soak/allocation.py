@@ -208,6 +208,7 @@ def in_child(step: Any, point: Point, shim: Any, writing: int) -> NoReturn:
 def outcome_of(step: Any, point: Point, shim: Any) -> tuple[str, str]:
     subject = step.make()
     raised: BaseException | None = None
+    gc.collect()  # empties the interpreter's lists of freed objects, which need no allocation
     shim.arm(ctypes.c_long(point.n), point.mode == "lasting")
     try:
         step.act(subject)

@@ -160,7 +160,14 @@ def choose_plane(window: Window) -> None:
 
 
 def show(window: Window) -> Any:
-    end = window.root.after(20, window.editor.ok)
+    def accept() -> None:
+        try:
+            window.editor.ok()
+        except MemoryError:
+            window.editor.destroy()  # still open, for the user to try again; this one gives up
+            raise
+
+    end = window.root.after(20, accept)
     try:
         return window.editor.run()
     finally:

@@ -23,6 +23,12 @@ def test_memory_may_run_out_anywhere(capsys):
     assert "MemoryError" in printed
 
 
+def test_memory_may_run_out_at_any_moment_of_a_repaint(capsys):
+    status, printed, points, faults = run(capsys, "--only", "repaint")
+    assert (status, faults) == (0, 0), printed
+    assert points > 200
+
+
 @pytest.mark.parametrize("step", ["describe", "import"])
 def test_an_allocation_that_is_not_checked_crashes(capsys, monkeypatch, tmp_path, step):
     planted = plant("allocation not checked", BUILD, tmp_path)

@@ -52,9 +52,9 @@ Ref command_word(const Ref& value) {
 
 Ref ItemOptions::command_words(const Ref& keywords) {
   const Ref words = py::list();
-  const bool all_plain = py::all_of(keywords.call("items"_n), [&](const Ref& item) {
-    const auto [name, value] = py::unpack<2>(item);
-    const Ref word = command_word(value);
+  // Not by `items()`: the interpreter crashes where memory runs out while it makes that iterator.
+  const bool all_plain = py::all_of(keywords, [&](const Ref& name) {
+    const Ref word = command_word(keywords[name]);
     if (!word) return false;
     py::append(words, "-"_n.add(name));
     py::append(words, word);
