@@ -6,6 +6,7 @@ import os
 import sys
 from pathlib import Path
 
+import hypothesis
 import pytest
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -21,6 +22,10 @@ from support.desk import Desk  # noqa: E402
 from support.events import Send, settle  # noqa: E402
 from support.interpreters import VERSIONS, interpreter_of  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
+
+# A busy machine is no fault of what is tested.
+hypothesis.settings.register_profile("untimed", deadline=None)
+hypothesis.settings.load_profile("untimed")
 
 
 @pytest.fixture(scope="session", autouse=True)

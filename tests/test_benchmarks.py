@@ -14,6 +14,7 @@ from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from support.canvas import items
 from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.operations import TOOLS
 from support.plain import RecordingCanvas
 from tandrel import sketch as geometry
 
@@ -52,7 +53,7 @@ def random_state(dice, editors):
     entities = editors[0].sk["entities"]
     scale = editors[0].scale * dice.choice([0.3, 1.0, 3.0])
     centre = editors[0].centre + [dice.uniform(-0.05, 0.05), dice.uniform(-0.05, 0.05)]
-    tool = dice.choice(["select", "rectangle", "circle", "regular", "line", "slot"])
+    tool = dice.choice(TOOLS)
     points = [np.array([dice.uniform(-0.1, 0.1), dice.uniform(-0.1, 0.1)]) for _ in range(5)]
     clicks = points[: dice.randint(0, 2) if tool == "slot" else dice.randint(0, 4)]
     drag = dice.choice([None, {"kind": "new", "start": points[-1]}])

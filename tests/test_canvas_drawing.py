@@ -435,16 +435,17 @@ class TestOnTheScreen:
             if item.options["fill"] != pal["bg"]
         ]
         labels = [ORANGE, ORANGE]
+        others = len(editor.sk["entities"]) - 1
         assert colours == (
             [AXIS_1, AXIS_2, AXIS_1, AXIS_2, pal["muted"], ORANGE]
             + labels
-            + [pal["accent"]] * 4
+            + [pal["accent"]] * others
             + [ORANGE]
         )
         kinds = [item.kind for item in found if item.options["fill"] != pal["bg"]]
         assert kinds == ["line"] * 2 + ["text"] * 2 + ["line", "polygon", "text", "text"] + [
             "polygon"
-        ] * 4 + ["oval"]
+        ] * others + ["oval"]
         grid = found[: len(found) - len(kinds)]
         assert grid and all(item.has(fill=pal["bg"], width="1.0", dash="") for item in grid)
 

@@ -181,7 +181,7 @@ def damaged_entities(draw):
 
 sketches = st.lists(st.one_of(damaged_entities(), anything), min_size=1, max_size=4)
 hostile = settings(
-    max_examples=60, deadline=None, suppress_health_check=[HealthCheck.function_scoped_fixture]
+    max_examples=60, suppress_health_check=[HealthCheck.function_scoped_fixture]
 )
 
 

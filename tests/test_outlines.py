@@ -3,6 +3,7 @@
 import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle
+from support.operations import DRAG_TOOLS
 from support.plain import PlainEditor
 
 
@@ -85,7 +86,7 @@ class TestCloseLine:
         assert editor.calls == []
         assert editor.sk["entities"] == [circle()]
 
-    @pytest.mark.parametrize("tool", ["select", "rectangle", "circle", "regular", "slot"])
+    @pytest.mark.parametrize("tool", ["select", *DRAG_TOOLS, "slot"])
     def test_does_nothing_with_another_tool(self, editor, tool):
         editor.tool.set(tool)
         editor.clicks = clicks = list(TRIANGLE)

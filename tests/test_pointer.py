@@ -3,6 +3,7 @@
 import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle
+from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import Event, PlainEditor
 
 
@@ -46,7 +47,7 @@ class TestMotion:
         expected = "x = 3000 mm   y = 5000 mm     " + sketcher.TOOL_TIPS["circle"]
         assert editor.status.texts == [expected]
 
-    @pytest.mark.parametrize("tool", ["select", "line", "rectangle", "circle", "regular", "slot"])
+    @pytest.mark.parametrize("tool", TOOLS)
     def test_shows_the_translated_hint_of_the_tool(self, editor, sketcher, neighbours, tool):
         neighbours.tr.texts[sketcher.TOOL_TIPS[tool]] = "Tipp"
         editor.tool.set(tool)
@@ -171,7 +172,7 @@ class TestPressWithSelect:
 
 
 class TestPressWithAShapeTool:
-    @pytest.mark.parametrize("tool", ["rectangle", "circle", "regular"])
+    @pytest.mark.parametrize("tool", DRAG_TOOLS)
     def test_begins_a_new_shape_without_painting(self, editor, tool):
         editor.tool.set(tool)
         assert editor._press(Event(231, 98)) is None

@@ -4,6 +4,7 @@ import numpy as np
 import pytest
 from support import canvas as shown
 from support.neighbours import circle, outline_points, rectangle, slot
+from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import PlainEditor, Var
 
 ORANGE = "#E8833A"
@@ -44,7 +45,7 @@ DOT = dot(240.0, 130.0)
 
 
 class TestDot:
-    @pytest.mark.parametrize("tool", ["select", "line", "rectangle", "circle", "regular", "slot"])
+    @pytest.mark.parametrize("tool", TOOLS)
     def test_is_all_there_is_while_nothing_is_drawn(self, editor, tool):
         editor.tool.set(tool)
         assert previewed(editor) == [DOT]
@@ -158,7 +159,7 @@ class TestOutlineCornerByCorner:
         editor._preview()
         assert editor.clicks is clicks and len(clicks) == 2
 
-    @pytest.mark.parametrize("tool", ["select", "rectangle", "circle", "regular"])
+    @pytest.mark.parametrize("tool", ["select", *DRAG_TOOLS])
     def test_corners_show_with_the_line_tool_only(self, editor, tool):
         editor.tool.set(tool)
         editor.clicks = [point(0, 0)]

@@ -37,7 +37,7 @@ def test_replaced_sketch_module_is_used_by_an_open_editor(open_editor, replaced)
     editor = open_editor(one_of_each())
     other = FakeSketch()
     other.answers["outline"] = [[0.0, 0.0], [1.0, 0.0], [1.0, 1.0]]
-    other.answers["depths"] = [1] * 5
+    other.answers["depths"] = lambda sk: [1] * len(sk["entities"])
     other.AXES = {"XY": ("p", "q")}
     replaced("S", other)
     editor.redraw()
@@ -128,11 +128,11 @@ def test_replaced_scaling_is_used(open_editor, replaced):
     assert str(hint.cget("wraplength")) == "130"
 
 
-def test_replaced_tooltip_is_used(open_editor, replaced):
+def test_replaced_tooltip_is_used(open_editor, replaced, sketcher):
     tips = []
     replaced("Tooltip", lambda *args, **kwargs: tips.append((len(args), kwargs)))
     open_editor()
-    assert tips == [(2, {})] * 6
+    assert tips == [(2, {})] * len(sketcher.TOOLS)
 
 
 def test_replaced_tables_are_used(open_editor, replaced, sketcher):

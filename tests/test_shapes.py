@@ -8,9 +8,8 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
+from support.operations import DRAG_TOOLS
 from support.plain import PlainEditor, Var, same_number
-
-SHAPE_TOOLS = ["rectangle", "circle", "regular"]
 
 
 @pytest.fixture
@@ -231,7 +230,7 @@ class TestFromDrag:
         assert drawn(tool, (0, 0), (3, 4)) is None
         assert drawn(tool, (0, 0), (0, 0)) is None
 
-    @pytest.mark.parametrize("tool", SHAPE_TOOLS)
+    @pytest.mark.parametrize("tool", DRAG_TOOLS)
     def test_has_no_side_effects(self, sketcher, tool):
         editor = PlainEditor(tool=Var(tool))
         a, b = point(1, 2), point(4, 6)
@@ -242,7 +241,7 @@ class TestFromDrag:
         assert editor.canvas.calls == []
         assert (a.tolist(), b.tolist()) == ([1.0, 2.0], [4.0, 6.0])
 
-    @pytest.mark.parametrize("tool", SHAPE_TOOLS)
+    @pytest.mark.parametrize("tool", DRAG_TOOLS)
     def test_makes_a_new_dictionary_each_time(self, sketcher, tool):
         editor = PlainEditor(tool=Var(tool))
         a, b = point(1, 2), point(4, 6)

@@ -399,18 +399,13 @@ def test_selection_on_the_canvas_shows_in_the_list(spied, send):
 
 
 def test_deleting_renumbers_the_rows(open_editor):
-    editor = open_editor(one_of_each())
+    editor = open_editor({"entities": [rectangle(), circle(), slot(), polygon()]})
     editor.select(1)
     focus(editor.canvas)
     editor.delete()
     editor.update()
-    assert [row["text"] for row in rows(editor)] == [
-        "1. Rectangle",
-        "2. Polygon",
-        "3. Slot",
-        "4. Outline",
-    ]
-    assert editor.list.get_children() == ("0", "1", "2", "3")
+    assert [row["text"] for row in rows(editor)] == ["1. Rectangle", "2. Slot", "3. Outline"]
+    assert editor.list.get_children() == ("0", "1", "2")
     assert editor.list.selection() == ()
 
 
@@ -429,8 +424,9 @@ def test_added_shape_is_selected_in_the_list(open_editor):
     editor = open_editor(one_of_each())
     editor.add(circle(0.1, 0.1, 0.01))
     editor.update()
-    assert editor.list.selection() == ("5",)
-    assert rows(editor)[-1]["text"] == "6. Circle"
+    index = len(one_of_each()["entities"])
+    assert editor.list.selection() == (str(index),)
+    assert rows(editor)[-1]["text"] == f"{index + 1}. Circle"
 
 
 def test_moved_shape_keeps_its_row_selected(open_editor, send):

@@ -86,10 +86,11 @@ class TestExtent:
 )
 def test_each_outline_is_asked_for_once(editor, neighbours, operation):
     del editor.redraw
-    neighbours.S.answers["depths"] = [0] * 5
     editor.sk = one_of_each()
+    count = len(editor.sk["entities"])
+    neighbours.S.answers["depths"] = [0] * count
     operation(editor)
-    assert neighbours.S.count("outline") == 5
+    assert neighbours.S.count("outline") == count
 
 
 def test_snapping_asks_for_no_outline(editor, neighbours):

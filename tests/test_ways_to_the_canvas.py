@@ -11,6 +11,7 @@ import numpy as np
 import pytest
 from support import canvas as shown
 from support.neighbours import FakeUnits, circle, polygon, rectangle, regular, slot
+from support.operations import TOOLS
 from support.plain import RecordingCanvas
 
 METHODS = ["create_line", "create_text", "create_polygon", "create_oval"]
@@ -46,7 +47,7 @@ def scene(editor, seed):
     editor.scale = 10 ** dice.uniform(2, 5)
     editor.centre = np.array([dice.uniform(-0.05, 0.05), dice.uniform(-0.05, 0.05)])
     editor.cursor = np.array([dice.uniform(-0.05, 0.05), dice.uniform(-0.05, 0.05)])
-    editor.tool.set(dice.choice(["select", "line", "rectangle", "circle", "regular", "slot"]))
+    editor.tool.set(dice.choice(TOOLS))
     editor.clicks = [np.array([0.001 * k, 0.002]) for k in range(dice.randrange(4))]
     editor.drag = dice.choice([None, {"kind": "new", "start": np.array([0.01, -0.02])}])
     editor.refs = [("edge", np.array([[-0.05, -0.05], [0.05, -0.05], [0.0, 0.05]]))]

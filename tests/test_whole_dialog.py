@@ -8,13 +8,8 @@ import pytest
 from support import canvas as shown
 from support.desk import Desk, entry_of, of_class
 from support.events import run_while, type_text
-from support.neighbours import (
-    circle,
-    one_of_each,
-    polygon,
-    rectangle,
-    regular,
-)
+from support.neighbours import PLACES, circle, one_of_each, polygon, rectangle, regular
+from support.operations import DRAG_TOOLS
 from tandrel.gui import widgets
 
 pytestmark = pytest.mark.usefixtures("millimetres_in_english")
@@ -147,7 +142,7 @@ class TestDrawing:
         assert drawing.editor.clicks == []
 
     def test_a_drag_without_way_leaves_nothing(self, drawing):
-        for tool in ("rectangle", "circle", "regular"):
+        for tool in DRAG_TOOLS:
             drawing.tool(tool)
             drawing.stroke((20, 20), (30, 30), (20, 20))
         assert drawing.entities == []
@@ -226,12 +221,11 @@ class TestEditing:
         one.click((45, 15))
         assert one.selected() is None
 
-    @pytest.mark.parametrize("number", range(5))
+    @pytest.mark.parametrize("number", range(len(PLACES)))
     def test_every_type_is_moved_by_whole_grid_steps(self, desk, number):
         sketch = one_of_each()
         one = desk(sketch)
-        places = [(-40, -25), (4, 23), (33, 18), (30, -20), (-25, 14)]
-        u, v = places[number]
+        u, v = (round(c * 1000) for c in PLACES[number])
         one.stroke((u, v), (u + 4, v - 3), (u + 5, v - 3))
         expected = copy.deepcopy(sketch["entities"])
         d = np.array(on(u + 5, v - 3)) - np.array(on(u, v))
@@ -260,7 +254,9 @@ class TestEditing:
         del expected[1]
         assert one.entities == expected
         assert one.selected() is None
-        assert [row.split(".")[0] for row in one.rows()] == ["1", "2", "3", "4"]
+        assert [row.split(".")[0] for row in one.rows()] == [
+            str(n + 1) for n in range(len(expected))
+        ]
 
     def test_nothing_is_deleted_without_a_selection(self, desk):
         one = desk(one_of_each())

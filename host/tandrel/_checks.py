@@ -8,16 +8,9 @@ from typing import Any, Iterator, Sequence
 
 from tandrel import _nesting
 from tandrel._reasons import Reason
-from tandrel._shapes import Shape, number, shape
+from tandrel._shapes import KINDS, Shape, number, shape
 from tandrel.gui.i18n import N_
 
-LABELS = {
-    "rectangle": N_("Rectangle"),
-    "circle": N_("Circle"),
-    "regular": N_("Polygon"),
-    "slot": N_("Slot"),
-    "polygon": N_("Outline"),
-}
 MOST = 8  # messages; a status line with more would push the buttons off the screen
 
 
@@ -107,7 +100,7 @@ def _name(entities: Sequence[Any], k: int) -> Reason:
     """A shape by its number in the list and its kind, such as "Shape 3 (Circle)"."""
     e = entities[k]
     kind = e.get("type") if isinstance(e, dict) else None
-    label = LABELS.get(kind) if isinstance(kind, str) else None
-    if label is None:
+    known = KINDS.get(kind) if isinstance(kind, str) else None
+    if known is None:
         return Reason(N_("Shape {n}"), {"n": k + 1})
-    return Reason(N_("Shape {n} ({kind})"), {"n": k + 1, "kind": Reason(label)})
+    return Reason(N_("Shape {n} ({kind})"), {"n": k + 1, "kind": Reason(known.label)})

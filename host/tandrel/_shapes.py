@@ -12,7 +12,7 @@ import struct
 from functools import cached_property
 from itertools import chain
 from numbers import Real
-from typing import Any, Callable, Hashable, Sequence
+from typing import Any, Callable, Hashable, NamedTuple, Sequence
 
 import numpy as np
 from shapely.geometry import Polygon
@@ -23,38 +23,52 @@ from tandrel._outlines import LARGEST, MOST_CORNERS, Drawing, Edge, Point, Point
 from tandrel._reasons import Reason
 from tandrel.gui.i18n import N_
 
-BUILDERS: dict[str, Callable[..., Drawing]] = {
-    "rectangle": _outlines.rectangle,
-    "circle": _outlines.circle,
-    "regular": _outlines.regular,
-    "slot": _outlines.slot,
-    "polygon": _outlines.polygon,
-}
+
+class Kind(NamedTuple):
+    """What the geometry needs to know of a kind of shape."""
+
+    label: str  # for the user
+    build: Callable[..., Drawing]  # takes the numbers in their order; a polygon's corners first
+    numbers: dict[str, Reason]  # keys, and their names for the user
+
+
 _CENTRE = {"xc": Reason(N_("Centre u")), "yc": Reason(N_("Centre v"))}
 _RADIUS, _ROUNDING = Reason(N_("Radius")), Reason(N_("Corner radius"))
-NUMBERS = {
-    "rectangle": {
-        "x": Reason(N_("Corner u")),
-        "y": Reason(N_("Corner v")),
-        "w": Reason(N_("Width")),
-        "h": Reason(N_("Height")),
-        "radius": _ROUNDING,
-    },
-    "circle": {**_CENTRE, "r": _RADIUS},
-    "regular": {
-        **_CENTRE,
-        "r": _RADIUS,
-        "n": Reason(N_("Sides")),
-        "angle": Reason(N_("Angle of first corner (degrees)")),
-    },
-    "slot": {
-        "x1": Reason(N_("End 1 centre u")),
-        "y1": Reason(N_("End 1 centre v")),
-        "x2": Reason(N_("End 2 centre u")),
-        "y2": Reason(N_("End 2 centre v")),
-        "r": Reason(N_("Half width")),
-    },
-    "polygon": {"radius": _ROUNDING},  # and the corners
+KINDS = {
+    "rectangle": Kind(
+        N_("Rectangle"),
+        _outlines.rectangle,
+        {
+            "x": Reason(N_("Corner u")),
+            "y": Reason(N_("Corner v")),
+            "w": Reason(N_("Width")),
+            "h": Reason(N_("Height")),
+            "radius": _ROUNDING,
+        },
+    ),
+    "circle": Kind(N_("Circle"), _outlines.circle, {**_CENTRE, "r": _RADIUS}),
+    "regular": Kind(
+        N_("Polygon"),
+        _outlines.regular,
+        {
+            **_CENTRE,
+            "r": _RADIUS,
+            "n": Reason(N_("Sides")),
+            "angle": Reason(N_("Angle of first corner (degrees)")),
+        },
+    ),
+    "slot": Kind(
+        N_("Slot"),
+        _outlines.slot,
+        {
+            "x1": Reason(N_("End 1 centre u")),
+            "y1": Reason(N_("End 1 centre v")),
+            "x2": Reason(N_("End 2 centre u")),
+            "y2": Reason(N_("End 2 centre v")),
+            "r": Reason(N_("Half width")),
+        },
+    ),
+    "polygon": Kind(N_("Outline"), _outlines.polygon, {"radius": _ROUNDING}),  # and the corners
 }
 ROOM = 1 << 20  # points remembered at most; a point takes about 100 bytes with all that hangs on it
 
@@ -136,12 +150,21 @@ def shape(e: Any) -> Shape:
     raise ValueError(found)
 
 
-def _built(key: tuple[Any, ...]) -> Shape | Reason:
+def drawing(e: Any) -> Drawing:
+    """Corners and loop of an entity, built afresh; raises what :func:`shape` does."""
+    return _drawing(_values(e))
+
+
+def _drawing(key: tuple[Any, ...]) -> Drawing:
     kind, *values = key
+    if kind == "polygon":
+        values = [_unpacked(values[1]), values[0]]
+    return KINDS[kind].build(*values)
+
+
+def _built(key: tuple[Any, ...]) -> Shape | Reason:
     try:
-        if kind == "polygon":
-            values = [_unpacked(values[1]), values[0]]
-        corners, loop = BUILDERS[kind](*values)
+        corners, loop = _drawing(key)
     except ValueError as error:
         reason: Reason = error.args[0]
         return reason
@@ -159,10 +182,10 @@ def _values(e: Any) -> tuple[Any, ...]:
     if not isinstance(e, dict):
         raise TypeError(Reason(N_("a shape must be a dictionary")))
     kind = e["type"]
-    names = NUMBERS.get(kind) if isinstance(kind, str) else None
-    if names is None:
+    known = KINDS.get(kind) if isinstance(kind, str) else None
+    if known is None:
         raise ValueError(Reason(N_("{kind} is no kind of shape"), {"kind": reprlib.repr(kind)}))
-    values = [kind, *[number(e[key], name) for key, name in names.items()]]
+    values = [kind, *[number(e[key], name) for key, name in known.numbers.items()]]
     if kind == "polygon":
         values.append(_packed(e["points"]))
     return tuple(values)

@@ -11,7 +11,7 @@ from collections.abc import Callable
 from typing import Any, NamedTuple
 
 from support import neighbours
-from support.operations import OPERATIONS, run_all, sound
+from support.operations import DRAG_TOOLS, OPERATIONS, run_all, sound
 from support.plain import Event
 
 MODULE = "tandrel.gui.sketcher"
@@ -185,7 +185,7 @@ REAL = {
         f"drawing with {tool}": dialog_step(
             on_canvas(tool, lambda hand: hand.stroke((100, 100), (140, 120)))
         )
-        for tool in ("rectangle", "circle", "regular", "select")
+        for tool in (*DRAG_TOOLS, "select")
     },
     **{f"clicks with {tool}": dialog_step(on_canvas(tool, clicks)) for tool in ("line", "slot")},
     "wheel": dialog_step(on_canvas("select", lambda hand: hand.wheel(50, 60, 120))),

@@ -11,6 +11,7 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 from support.children import in_child
+from support.shapes import EVERY_KIND
 from tandrel import sketch, storage
 from tandrel.progress import Stopped
 from tandrel.storage import Document, SketchFileError
@@ -22,21 +23,14 @@ number = st.floats(allow_nan=False, allow_infinity=False)
 point = st.tuples(number, number).map(list)
 
 
-def entity(kind, **values):
-    return st.fixed_dictionaries({"type": st.just(kind), **values})
+def like(sample):
+    """Entities of the same type, with any values of the kinds that the sample has."""
+    values = {key: VALUES[type(value)] for key, value in sample.items() if key != "type"}
+    return st.fixed_dictionaries({"type": st.just(sample["type"]), **values})
 
 
-def numbers(*keys):
-    return dict.fromkeys(keys, number)
-
-
-entities = st.one_of(
-    entity("rectangle", **numbers("x", "y", "w", "h", "radius")),
-    entity("circle", **numbers("xc", "yc", "r")),
-    entity("regular", **numbers("xc", "yc", "r", "angle"), n=st.integers()),
-    entity("slot", **numbers("x1", "y1", "x2", "y2", "r")),
-    entity("polygon", points=st.lists(point, max_size=5), radius=number),
-)
+VALUES = {float: number, int: st.integers(), list: st.lists(point, max_size=5)}
+entities = st.one_of(like(sample) for sample in EVERY_KIND.values())
 documents = st.builds(
     Document,
     name=st.text(st.characters(blacklist_categories=["Cs"])),
@@ -130,7 +124,7 @@ def set_at(place, value):
 
 
 ENTITY = ["sketch", "entities", 1]
-KINDS = "rectangle / circle / regular / slot / polygon"
+KINDS = " / ".join(dict.fromkeys(e["type"] for e in EVERY_KIND.values()))
 
 
 @pytest.mark.parametrize(
@@ -171,8 +165,8 @@ KINDS = "rectangle / circle / regular / slot / polygon"
         (ENTITY, 3, "line 11, sketch.entities[1]: expected an object, found 3"),
         (
             [*ENTITY, "type"],
-            "ellipse",
-            f'line 11, sketch.entities[1].type: expected {KINDS}, found "ellipse"',
+            "spline",
+            f'line 11, sketch.entities[1].type: expected {KINDS}, found "spline"',
         ),
         (
             [*ENTITY, "type"],

@@ -5,7 +5,7 @@ from tkinter import ttk
 
 from .neighbours import circle, polygon, rectangle, regular, slot
 
-# An entity of each type whose values are all different.
+# An entity of each type whose values are all different; a new type comes last.
 EVERY_TYPE = {
     "rectangle": rectangle(0.001, 0.002, 0.03, 0.04, 0.005),
     "circle": circle(0.001, 0.002, 0.03),

@@ -230,7 +230,7 @@ def polygon(*points, radius=0.0):
 
 
 def one_of_each():
-    """A sketch with one entity of every type, apart from each other."""
+    """A sketch with one entity of every type, apart from each other; a new type comes last."""
     return {
         "plane": "XY",
         "offset": 0.0,
@@ -242,6 +242,10 @@ def one_of_each():
             polygon((-0.03, 0.01), (-0.01, 0.01), (-0.03, 0.03)),
         ],
     }
+
+
+# A point inside each of them, away from its key points.
+PLACES = [(-0.04, -0.025), (0.004, 0.023), (0.033, 0.018), (0.03, -0.02), (-0.025, 0.014)]
 
 
 def replace(monkeypatch, sketcher):

@@ -5,7 +5,8 @@ import numpy as np
 from .neighbours import circle, one_of_each
 from .plain import Event, PlainEditor, Var
 
-TOOLS = ["select", "line", "rectangle", "circle", "regular", "slot"]
+DRAG_TOOLS = ["rectangle", "circle", "regular"]
+TOOLS = ["select", "line", *DRAG_TOOLS, "slot"]
 
 
 def sound(tool="select"):

@@ -12,7 +12,7 @@ from typing import Any, Dict, Iterator, NamedTuple, Sequence, Tuple
 from tandrel import _outlines as outlines
 from tandrel import sketch as S
 from tandrel._outlines import MOST_CORNERS, MOST_SIDES, Line, Point, polar, smallest_detail
-from tandrel._shapes import BUILDERS, NUMBERS
+from tandrel._shapes import drawing
 
 Entity = Dict[str, Any]
 Box = Tuple[float, float, float, float]  # least u, least v, greatest u, greatest v
@@ -69,16 +69,11 @@ class Edge(NamedTuple):
 
 def contour(entity: Entity) -> list[Edge]:
     """The contour of an entity; raises what ``S.outline`` does. Each edge starts where one ends."""
-    S.outline(entity)
-    kind = entity["type"]
-    values: list[Any] = [float(entity[key]) for key in NUMBERS[kind]]
-    if kind == "circle":
-        xc, yc, r = values
-        return full_circle((xc, yc), r)
-    if kind == "polygon":
-        values.insert(0, [(float(u), float(v)) for u, v in entity["points"]])
-    _corners, loop = BUILDERS[kind](*values)
-    return _joined(loop)
+    _corners, loop = drawing(entity)
+    first, *others = loop
+    if isinstance(first, Line) or others:
+        return _joined(loop)
+    return full_circle(first.centre, first.radius)
 
 
 def full_circle(centre: Point, radius: float) -> list[Edge]:
