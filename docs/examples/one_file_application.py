@@ -1,9 +1,10 @@
 """The smallest application around the sketch editor, in one file.
 
-    python3 one_file_application.py
+    PYTHONPATH=build python3 docs/examples/one_file_application.py
 
-It makes the three modules that the editor asks for what it doesn't do itself, as plainly as they
-can be, and opens the editor on a plate with a hole.
+or, with the wheel installed, without PYTHONPATH. It makes the three modules that the editor asks
+for what it doesn't do itself, as plainly as they can be, and opens the editor on a plate with a
+hole.
 """
 
 import math
@@ -165,6 +166,8 @@ def main():
     from tandrel.gui.sketcher import SketchEditor
 
     window = tk.Tk()
+    window.geometry("1100x640")  # room for the editor, which lies over the window's middle
+    window.update()
     print(SketchEditor(window, PLATE, title="Plate").run())
     window.destroy()
 

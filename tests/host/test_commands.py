@@ -1,8 +1,10 @@
 """The command line: the window on a file, and exports that need neither a display nor Tk."""
 
 import os
+import signal
 import subprocess
 import sys
+import time
 import tkinter as tk
 
 import ezdxf
@@ -17,14 +19,18 @@ from tandrel.gui import i18n, theme, widgets
 PARTS = HOST / "parts"
 
 
-def run(*arguments, display_name=None, program=("-m", "tandrel")):
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(SEARCH_PATH), "LANGUAGE": "en"}
-    environment.pop("DISPLAY", None)
+def environment(display_name=None):
+    found = {**os.environ, "PYTHONPATH": os.pathsep.join(SEARCH_PATH), "LANGUAGE": "en"}
+    found.pop("DISPLAY", None)
     if display_name is not None:
-        environment["DISPLAY"] = display_name
+        found["DISPLAY"] = display_name
+    return found
+
+
+def run(*arguments, display_name=None, program=("-m", "tandrel")):
     return subprocess.run(
         [sys.executable, *program, *map(str, arguments)],
-        env=environment,
+        env=environment(display_name),
         capture_output=True,
         text=True,
         timeout=60,
@@ -73,18 +79,20 @@ def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
     damaged.write_text('{\n"format": "other"}')
     empty = tmp_path / "empty.json"
     storage.write(empty, storage.Document("", {"plane": "XY", "offset": 0.0, "entities": []}))
-    for source, target in (
-        (tmp_path / "missing.json", "a.dxf"),
-        (damaged, "a.dxf"),
-        (empty, "a.dxf"),
-        (part, "a.step"),
-        (part, "no/folder/a.dxf"),
+    for source, name, at_fault in (
+        (tmp_path / "missing.json", "a.dxf", "missing.json can't be opened"),
+        (damaged, "a.dxf", "damaged.json can't be opened"),
+        (empty, "a.dxf", "a.dxf can't be written"),
+        (part, "a.step", "a.step can't be written"),
+        (part, "no/folder/a.dxf", "no/folder/a.dxf can't be written"),
     ):
-        assert commands.main(["export", str(source), str(tmp_path / target)]) == 1
+        target = tmp_path / name
+        assert commands.main(["export", str(source), str(target)]) == 1
         said = capsys.readouterr()
         assert said.out == ""
-        assert said.err.startswith("tandrel: ") and said.err.count("\n") == 1
-        assert not (tmp_path / target).exists()
+        assert said.err.startswith(f"tandrel: {tmp_path / at_fault}: ")
+        assert said.err.count("\n") == 1
+        assert not target.exists()
 
 
 @pytest.mark.parametrize(
@@ -157,13 +165,60 @@ def test_lost_work_is_offered_at_the_start(opened, part):
     # The lock goes with its program; here the program goes on.
     os.close(recovery._claim._handle)
     window = opened()
-    asked = []
+    asked, above = [], []
 
     def look():
         asked.extend(w for w in window.winfo_children() if isinstance(w, tk.Toplevel))
+        if asked:
+            above.append(window.winfo_viewable())
         (asked[0] if asked else window).after(5, asked[0].close if asked else look)
 
     window.after(5, look)
     while not asked or asked[0].winfo_exists():
         window.update()
+    assert above == [1], "the question stood alone on the screen"
     assert len(list(recovery.folder.glob("*.sketch"))) == 1
+
+
+@pytest.fixture
+def importing(display, part, tmp_path):
+    """importing(before): the program with unsaved work, as an import is; before() at its start."""
+    started = []
+    target = tmp_path / "flange.dxf"
+    assert commands.main(["export", str(part), str(target)]) == 0
+
+    def start(before):
+        program = subprocess.Popen(
+            [sys.executable, "-m", "tandrel", target],
+            env=environment(display),
+            stderr=subprocess.PIPE,
+            text=True,
+            preexec_fn=before,
+        )
+        started.append(program)
+        deadline = time.monotonic() + 60
+        while not list(Recovery().folder.glob("*.sketch")):
+            assert program.poll() is None and time.monotonic() < deadline
+            time.sleep(0.02)
+        return program
+
+    yield start
+    for program in started:
+        program.kill()
+        program.wait()
+
+
+def test_ctrl_c_in_the_terminal_ends_the_program_and_keeps_the_work(importing):
+    program = importing(lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+    program.send_signal(signal.SIGINT)
+    assert program.communicate(timeout=20)[1] == ""
+    assert program.returncode == -signal.SIGINT
+    (lost,) = Recovery().found()
+    assert lost.document.name == "flange"
+
+
+def test_a_program_that_ignores_ctrl_c_goes_on(importing):
+    program = importing(lambda: signal.signal(signal.SIGINT, signal.SIG_IGN))
+    program.send_signal(signal.SIGINT)
+    with pytest.raises(subprocess.TimeoutExpired):
+        program.wait(1)

@@ -1,6 +1,7 @@
 """Whole paths by keyboard and pointer, in a window that a window manager placed."""
 
 import os
+import re
 
 import pytest
 from demo.user import User, handle, play, until
@@ -155,3 +156,27 @@ def test_a_drawing_s_units_are_asked_and_the_part_gets_a_file(acted, part, tmp_p
 
     acted(script)
     assert len(storage.read(saved).sketch["entities"]) == 9
+
+
+def test_the_editor_lies_on_the_screen_when_its_window_stands_in_a_corner(acted, part):
+    def script(app, person):
+        yield from person.focused(app.root)
+        before = app.root.winfo_x()
+        app.root.geometry("-0-0")
+        yield until(lambda: app.root.winfo_x() > before, "the window in the corner")
+        person.key("space")
+        yield until(person._editors, "the editor")
+        (editor,) = person._editors()
+        yield until(lambda: editor.grab_current() is editor, "the editor to be modal")
+
+        def on_screen():
+            # As asked for: the window manager may show it elsewhere before it shows it there.
+            width, height, x, y = map(int, re.findall(r"-?\d+", editor.geometry()))
+            right, lower = editor.winfo_screenwidth(), editor.winfo_screenheight()
+            return 0 <= x <= right - width and 0 <= y <= lower - height
+
+        yield until(on_screen, "the whole editor")
+        editor.destroy()
+        yield until(lambda: not person._editors(), "the editor to go")
+
+    acted(script, part)

@@ -5,7 +5,7 @@ from itertools import product
 from tkinter import ttk
 
 import pytest
-from support.events import settle
+from support.events import focus, settle
 from tandrel.gui import theme, widgets
 from tandrel.gui.theme import PAL, PALETTES
 
@@ -163,3 +163,36 @@ def test_what_is_on_the_screen_changes(root):
         theme.use_palette(name)
         theme.install(root)
         settle(root, lambda name=name: seen() == PALETTES[name]["window"])
+
+
+@pytest.mark.parametrize("key", ["<Control-a>", "<Control-slash>"])
+@pytest.mark.parametrize("kind", [ttk.Entry, ttk.Spinbox])
+def test_a_key_selects_all_that_a_field_holds(root, kind, key):
+    theme.install(root)
+    field = kind(root)
+    field.insert(0, "by hand")
+    field.icursor(2)
+    field.pack()
+    focus(field)
+    field.event_generate(key)
+    assert (field.index("sel.first"), field.index("sel.last")) == (0, len("by hand"))
+    # Home is still a way to the beginning.
+    field.event_generate("<Home>")
+    assert field.index("insert") == 0 and not field.selection_present()
+
+
+def test_a_key_selects_all_lines_of_a_text(root):
+    theme.install(root)
+    text = tk.Text(root)
+    text.insert("end", "0 0\n80 0")
+    text.pack()
+    focus(text)
+    text.event_generate("<Control-a>")
+    assert text.get("sel.first", "sel.last").split("\n")[:2] == ["0 0", "80 0"]
+
+
+def test_caps_lock_makes_no_other_key_of_it(root):
+    theme.install(root)
+    # As a sequence: an event made here has Shift with a capital letter.
+    assert "<Control-Lock-Key-A>" in root.event_info("<<SelectAll>>")
+    assert "<Control-Lock-Key-A>" not in root.event_info("<<LineStart>>")

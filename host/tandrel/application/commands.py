@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import argparse
+import signal
 import sys
-from typing import List, Optional
+from contextlib import contextmanager
+from typing import Iterator, List, Optional
 
 from tandrel import exchange, storage
 from tandrel.gui import i18n
@@ -37,9 +39,14 @@ def _export(arguments: List[str]) -> int:
     parser.add_argument("--unit", choices=list(SYSTEMS), default="mm", help=tr("the file's unit"))
     options = parser.parse_args(arguments)
     try:
-        notes = exchange.export(storage.read(options.part), options.target, options.unit)
-    except (storage.SketchFileError, exchange.ExchangeError) as error:
-        return _failed(error)
+        document = storage.read(options.part)
+        notes = exchange.export(document, options.target, options.unit)
+    except storage.SketchFileError as error:
+        text = tr("{file} can't be opened: {why}")
+        return _failed(text.format(file=options.part, why=error))
+    except exchange.ExchangeError as error:
+        text = tr("{file} can't be written: {why}")
+        return _failed(text.format(file=options.target, why=error))
     for note in notes:
         _say(note)
     return 0
@@ -65,13 +72,32 @@ def _open_window(path: Optional[str]) -> int:
     except tk.TclError as error:
         return _failed(error)
     recovery = Recovery()
-    App(root, Session(recovery), settings, path, recovery.found())
-    root.mainloop()
+    with _ended_by_interrupt():
+        App(root, Session(recovery), settings, path, recovery.found())
+        root.mainloop()
     return 0
 
 
-def _failed(error: Exception) -> int:
-    _say(error)
+@contextmanager
+def _ended_by_interrupt() -> Iterator[None]:
+    """Ctrl+C in the terminal ends the program at once; the next start offers unsaved work.
+
+    Left to Python, it would act when Tk next runs something of it, and then fail in that.
+    """
+    before = signal.getsignal(signal.SIGINT)
+    # Whoever starts the program so that it lives on may ignore the signal.
+    if before is not signal.default_int_handler:
+        yield
+        return
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, before)
+
+
+def _failed(why: object) -> int:
+    _say(why)
     return 1
 
 

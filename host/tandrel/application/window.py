@@ -16,7 +16,7 @@ from tandrel import exchange, profile
 from tandrel import sketch as S
 from tandrel import storage
 from tandrel.application import menus, progress
-from tandrel.application.dialogs import ask
+from tandrel.application.dialogs import ask, into_view
 from tandrel.application.recovery import Found
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
@@ -85,7 +85,8 @@ class App:
             self.open(path)
         found = list(found)
         if found:
-            root.after_idle(self._one_at_a_time, lambda: self.offer(found))
+            # Not when idle: a window appears after what waits for that.
+            root.after(1, self._one_at_a_time, lambda: self.offer(found))
 
     # How the window is made and what it shows.
 
@@ -348,6 +349,8 @@ class App:
         # Files are read strictly: what they hold is what the editor's types ask for.
         sketch = cast(Any, document.sketch)
         editor = SketchEditor(self.root, sketch, dim=3, title=title, references=references)
+        # It begins at this window's left edge where it is the wider one; `run` puts it there.
+        self.root.after(1, into_view, editor)
         edited = cast(Any, editor.run())
         if edited is None or not self.session.accept(edited):
             return

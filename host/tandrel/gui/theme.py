@@ -99,6 +99,10 @@ def install(root: tk.Misc) -> None:
         style.theme_create("tandrel", parent="clam", settings={**_styles(root), **marks})
         # Keys go where the user works: in a drawing too, after a click on it.
         root.tk.call("bind", "Canvas", "<ButtonPress-1>", "+focus %W")
+        # What Ctrl+A does on today's desktops; Tk's own is that of Home.
+        for sequence in ("<Control-a>", "<Control-Lock-A>"):
+            root.event_delete("<<LineStart>>", sequence)
+            root.event_add("<<SelectAll>>", sequence)
         # Its variables exist once the file dialog is loaded, which a call that fails does.
         root.tk.eval("catch {tk_getOpenFile -none}; set ::tk::dialog::file::showHiddenVar 0")
     style.theme_use("tandrel")
