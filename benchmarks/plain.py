@@ -12,7 +12,7 @@ from tandrel.gui import sketcher
 AXIS_1, AXIS_2, HIGHLIGHT = "#D2504B", "#3E9B5B", "#E8833A"
 
 
-class PlainEditor(sketcher.SketchEditor):
+class PythonEditor(sketcher.SketchEditor):
     """An editor that behaves like its base class, operation by operation."""
 
     def to_screen(self, p):

@@ -3,7 +3,7 @@
 from contextlib import ExitStack, contextmanager
 from functools import cached_property
 
-from benchmarks.plain import PlainEditor
+from benchmarks.plain import PythonEditor
 from benchmarks.sketches import answers, asked_of, sketch
 from tandrel import sketch as geometry
 from tandrel.gui.sketcher import SketchEditor
@@ -31,7 +31,7 @@ class Stage:
         There is one canvas only: while items of another one are left, Tk need not ask the X server
         for their colours again, as it has to in use.
         """
-        plain = opened(PlainEditor, self._root, None)
+        plain = opened(PythonEditor, self._root, None)
         plain.canvas.destroy()
         for name in ("sk", "sel", "scale", "centre", "canvas"):
             setattr(plain, name, getattr(self.editor, name))

@@ -18,12 +18,14 @@ from collections.abc import Callable
 from pathlib import Path
 from typing import Any, NamedTuple
 
-sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
-from demo.places import ROOT, SEARCH_PATH  # noqa: E402
-
-sys.path[:0] = [path for path in (*SEARCH_PATH, str(ROOT)) if path not in sys.path]
+ROOT = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
 from demo.display import x_server  # noqa: E402
+from demo.places import SEARCH_PATH  # noqa: E402
+
+sys.path[:0] = SEARCH_PATH
+
 from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 SILENCE_SECONDS = 60.0  # from one event to the next, on a busy machine

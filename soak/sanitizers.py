@@ -27,7 +27,7 @@ from typing import NamedTuple
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
 from demo.places import ROOT  # noqa: E402
-from soak import coverage  # noqa: E402
+from soak.harness import executed  # noqa: E402
 from soak.harness.planted_build import PLANTS, plant  # noqa: E402
 from soak.harness.suite import quietly, run_tests  # noqa: E402
 
@@ -114,7 +114,7 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
     print(f"  {reports.others} in all of them, {without_module(folder)} without the module")
     if options.coverage:
         # Not judged: the sanitizers' own branches are counted with the others.
-        print(coverage.of_module(build).figure)
+        print(executed.of_module(build).figure)
     if not passed:
         print("Something failed, see above.")
     found = len(reports.faults) + len(reports.leaks)
@@ -124,7 +124,7 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
 
 def make(build: Path) -> None:
     if build == COUNTING_BUILD:
-        coverage.build(build)
+        executed.build(build)
         return
     if not (build / "build.ninja").exists():
         quietly("cmake", "--preset", build.name)

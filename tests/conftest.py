@@ -6,8 +6,8 @@ import os
 import sys
 from pathlib import Path
 
-import hypothesis
 import pytest
+from hypothesis import HealthCheck, settings
 
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
@@ -23,9 +23,13 @@ from support.events import Send, settle  # noqa: E402
 from support.interpreters import VERSIONS, interpreter_of  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
 
-# A busy machine is no fault of what is tested.
-hypothesis.settings.register_profile("untimed", deadline=None)
-hypothesis.settings.load_profile("untimed")
+# What is true doesn't depend on how busy the machine is, nor on how large examples become.
+settings.register_profile(
+    "sketches",
+    deadline=None,
+    suppress_health_check=[HealthCheck.too_slow, HealthCheck.data_too_large],
+)
+settings.load_profile("sketches")
 
 
 @pytest.fixture(scope="session", autouse=True)

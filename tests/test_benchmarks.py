@@ -9,7 +9,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 from benchmarks import instructions, run
-from benchmarks.plain import PlainEditor
+from benchmarks.plain import PythonEditor
 from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from support.canvas import items
@@ -75,14 +75,14 @@ def references():
 
 
 @pytest.mark.parametrize("seed", range(12))
-class TestPlainEditor:
+class TestPythonEditor:
     """On random sketches, in random states, on real canvases."""
 
     @pytest.fixture
     def editors(self, seed, open_editor, sketcher, references):
         dice = random.Random(seed)
         sk = random_sketch(dice)
-        both = [open_editor(sk, cls, references=references) for cls in (None, PlainEditor)]
+        both = [open_editor(sk, cls, references=references) for cls in (None, PythonEditor)]
         random_state(dice, both)
         return both
 
@@ -132,12 +132,12 @@ class TestOverriding:
         called = []
 
         def noted(name):
-            real = getattr(PlainEditor, name)
+            real = getattr(PythonEditor, name)
             return lambda *args: called.append(name) or real(*args)
 
         for name in OVERRIDDEN:
-            monkeypatch.setattr(PlainEditor, name, noted(name))
-        editor = open_editor({"entities": [circle(0.0, 0.0, 0.02)]}, PlainEditor)
+            monkeypatch.setattr(PythonEditor, name, noted(name))
+        editor = open_editor({"entities": [circle(0.0, 0.0, 0.02)]}, PythonEditor)
         del called[:]
         send(editor).click(311, 231)
         assert editor.sel == 0
@@ -150,10 +150,10 @@ class TestOverriding:
 
         def override(self, *args):
             called.append(args)
-            return getattr(PlainEditor, name)(self, *args)
+            return getattr(PythonEditor, name)(self, *args)
 
-        helpers = {key: value for key, value in vars(PlainEditor).items() if key[:5] == "_draw"}
-        helpers |= {key: vars(PlainEditor)[key] for key in ("_depths", "_flat")}
+        helpers = {key: value for key, value in vars(PythonEditor).items() if key[:5] == "_draw"}
+        helpers |= {key: vars(PythonEditor)[key] for key in ("_depths", "_flat")}
         partly = type("Partly", (sketcher.SketchEditor,), {**helpers, name: override})
         dice = random.Random(7)
         sk = random_sketch(dice)

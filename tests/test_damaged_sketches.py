@@ -180,9 +180,8 @@ def damaged_entities(draw):
 
 
 sketches = st.lists(st.one_of(damaged_entities(), anything), min_size=1, max_size=4)
-hostile = settings(
-    max_examples=60, suppress_health_check=[HealthCheck.function_scoped_fixture]
-)
+unchecked = [*settings.default.suppress_health_check, HealthCheck.function_scoped_fixture]
+hostile = settings(max_examples=60, suppress_health_check=unchecked)
 
 
 class TestDamagedEntities:

@@ -181,7 +181,7 @@ def test_lengths_alone_are_not_translated(sketcher, units, tr):
     assert tr.asked == []
 
 
-# --- records
+# --- validity
 
 
 def test_validity_is_the_outline_succeeding(sketcher, neighbours):

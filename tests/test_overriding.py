@@ -17,11 +17,6 @@ A, B, P = np.array([0.01, 0.02]), np.array([0.03, 0.05]), np.array([0.0, 0.01])
 # --- operations
 
 
-#
-# Each row: the operation, one that it calls, and how to make it do so. `e` is an editor on a sketch
-# with one entity of every type.
-
-
 def with_tool(tool, **state):
     def prepare(e):
         e.tool.set(tool)
@@ -65,6 +60,8 @@ ANYWHERE = Event(300, 200)
 LINE_OF_3 = with_tool("line", clicks=[A, B, P])
 SLOT_OF_2 = with_tool("slot", clicks=[A, B])
 
+# Each row: an operation, one that it calls, how an editor with one entity of every type is made
+# ready for it, and its arguments.
 CALLS = [
     ("fit", "_extent", as_it_is, ()),
     ("fit", "redraw", as_it_is, ()),

@@ -14,9 +14,9 @@ from shapely.geometry import Polygon
 from shapely.geometry.base import BaseGeometry
 from shapely.ops import unary_union
 
+from tandrel import contours as exact
 from tandrel import sketch as S
 from tandrel._shapes import Shape, shape
-from tandrel.exchange import contours as exact
 from tandrel.progress import Tick, no_tick
 
 _FINE = 1e-6  # how far divided arcs are from their chords, as a part of the shape's size

@@ -83,7 +83,7 @@ def loads(data: bytes, tick: Tick = no_tick) -> Document:
         text = data.decode()
     except UnicodeDecodeError as error:
         text = data[: error.start].decode()
-        why = tr(N_("this is not UTF-8 text"))
+        why = tr("this is not UTF-8 text")
         raise _placed_at(text, len(text), why, _Beat(tick, text)) from error
     beat = _Beat(tick, text)
     try:
@@ -95,9 +95,9 @@ def loads(data: bytes, tick: Tick = no_tick) -> Document:
         raise _placed_at(text, error.pos, why, beat) from error
     except RecursionError as error:
         deep = next((at for at, path in _steps(text, beat) if len(path) > DEEPEST), 0)
-        raise _placed_at(text, deep, tr(N_("this is nested too deeply")), beat) from error
+        raise _placed_at(text, deep, tr("this is nested too deeply"), beat) from error
     except MemoryError as error:
-        raise SketchFileError(tr(N_("there is not enough memory"))) from error
+        raise SketchFileError(tr("there is not enough memory")) from error
 
 
 def dumps(document: Document) -> bytes:
@@ -118,7 +118,7 @@ def dumps(document: Document) -> bytes:
     except _Fault as fault:
         raise _error(fault.why, fault.path) from fault
     if len(data) > files.LARGEST:
-        raise SketchFileError(tr(N_("the sketch is too large for a file")))
+        raise SketchFileError(tr("the sketch is too large for a file"))
     return data
 
 
@@ -152,7 +152,7 @@ class _Mark:
 
 def _json(text: str, beat: _Beat) -> Any:
     def refused(literal: str) -> _Mark:
-        why = tr(N_("{value} is not a number that a sketch can hold"))
+        why = tr("{value} is not a number that a sketch can hold")
         return _Mark(why.format(value=_cut(literal)))
 
     def whole(literal: str) -> int | _Mark:
@@ -174,7 +174,7 @@ def _json(text: str, beat: _Beat) -> Any:
             if twice in seen:
                 break
             seen.add(twice)
-        return _Mark(tr(N_("this key stands twice in one place")), twice)
+        return _Mark(tr("this key stands twice in one place"), twice)
 
     return json.loads(
         text,
@@ -231,7 +231,7 @@ def _count(value: Any, beat: _Beat) -> int:
 
 def _version(value: Any, beat: _Beat) -> int:
     if type(value) is int and value > VERSION:
-        raise _Fault(tr(N_("the file was written by a newer version of this program")))
+        raise _Fault(tr("the file was written by a newer version of this program"))
     return _only(VERSION)(value, beat)
 
 
@@ -276,10 +276,10 @@ def _record(fields: Mapping[str, _Reader[Any]], optional: str = "") -> _Reader[d
                 except _Fault as fault:
                     raise fault.within(key)
             elif key != optional:
-                raise _Fault(tr(N_("{key} is missing")).format(key=_quoted(key)))
+                raise _Fault(tr("{key} is missing").format(key=_quoted(key)))
         for key in value:
             if key not in fields:
-                raise _Fault(tr(N_("this key is not known")), key)
+                raise _Fault(tr("this key is not known"), key)
         return {key: read[key] for key in value}
 
     return read_record
@@ -336,7 +336,7 @@ def _unfit(expected: str, found: object) -> _Fault:
         if found.twice is None:
             return _Fault(found.why)
         return _Fault(found.why, found.twice, earlier=1)
-    why = tr(N_("expected {expected}, found {found}"))
+    why = tr("expected {expected}, found {found}")
     return _Fault(why.format(expected=tr(expected), found=_quoted(found)))
 
 
@@ -401,7 +401,7 @@ def _error(why: str, path: _Path, text: str = "", position: int | None = None) -
     else:
         whole = N_("line {line}, {key}") if key else N_("line {line}")
         place = tr(whole).format(line=text.count("\n", 0, position) + 1, key=key)
-    return SketchFileError(tr(N_("{place}: {why}")).format(place=place, why=why))
+    return SketchFileError(tr("{place}: {why}").format(place=place, why=why))
 
 
 def _shown(path: _Path) -> str:

@@ -8,11 +8,12 @@ from __future__ import annotations
 
 import _tkinter
 import tkinter as tk
-from collections.abc import Callable, Iterator
+from collections.abc import Callable
 from tkinter import ttk
 from typing import Any
 
 from soak.user.shadow import Shadow
+from support.widgets import walk
 from tandrel.gui.i18n import set_language
 from tandrel.gui.widgets import set_units
 
@@ -258,13 +259,6 @@ def in_form(target: str) -> tuple[str | None, int]:
     """The class of a widget in the property form and its number among those; None elsewhere."""
     name, _, number = target.partition(" ")
     return {"field": "TEntry", "corners": "Text"}.get(name), int(number or 0)
-
-
-def walk(widget: Any) -> Iterator[Any]:
-    """The widget and everything in it, children as they were made."""
-    yield widget
-    for child in widget.winfo_children():
-        yield from walk(child)
 
 
 def of_class(widget: Any, cls: type) -> list[Any]:

@@ -7,17 +7,12 @@ from pathlib import Path
 
 import pytest
 import tandrel.gui
-from hypothesis import HealthCheck, settings
 from support.application import shown
 from tandrel.application.recovery import Recovery
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
 from tandrel.application.window import App
 from tandrel.gui import i18n, theme, widgets
-
-# What is true doesn't depend on how busy the machine is.
-settings.register_profile("host", deadline=None, suppress_health_check=[HealthCheck.too_slow])
-settings.load_profile("host")
 
 LOCALE = Path(i18n.__file__).parent / "locale"
 FLANGE = LOCALE.parents[2] / "parts" / "flange.json"

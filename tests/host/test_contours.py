@@ -9,8 +9,8 @@ from shapely.geometry import Point, Polygon
 from support.shapes import ELL, EVERY_KIND, entities
 from tandrel import sketch as S
 from tandrel._outlines import smallest_detail
+from tandrel.contours import Edge, box, contour, divided, enclosed, recognised
 from tandrel.exchange.chains import Chains
-from tandrel.exchange.contours import Edge, box, contour, divided, enclosed, recognised
 
 HALF = math.tan(math.radians(45.0))
 every_kind = pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)

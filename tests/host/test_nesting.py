@@ -8,20 +8,10 @@ from hypothesis import given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Polygon
 from shapely.prepared import prep
+from support.neighbours import circle, polygon, rectangle
 from tandrel import _nesting
 from tandrel import sketch as S
-
-
-def rectangle(x, y, w, h, radius=0.0):
-    return {"type": "rectangle", "x": x, "y": y, "w": w, "h": h, "radius": radius}
-
-
-def circle(xc, yc, r):
-    return {"type": "circle", "xc": xc, "yc": yc, "r": r}
-
-
-def polygon(*points):
-    return {"type": "polygon", "points": [list(map(float, p)) for p in points], "radius": 0.0}
+from tandrel._shapes import shape
 
 
 def depths(*entities):
@@ -127,17 +117,11 @@ class TestDepths:
                 compared.append(polygon)
                 return self.inner.contains_properly(polygon)
 
-        shapes = [_nesting_shape(circle(0.0, 0.0, 1.0 + k)) for k in range(300)]
+        shapes = [shape(circle(0.0, 0.0, 1.0 + k)) for k in range(300)]
         random.Random(5).shuffle(shapes)
-        found = _nesting.depths(tuple(Counted(shape) for shape in shapes))
+        found = _nesting.depths(tuple(Counted(one) for one in shapes))
         assert sorted(found) == list(range(300))
         assert len(compared) == 299
-
-
-def _nesting_shape(e):
-    from tandrel._shapes import shape
-
-    return shape(e)
 
 
 GRID = st.integers(0, 12)

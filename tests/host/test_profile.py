@@ -6,18 +6,11 @@ import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Point
+from support.neighbours import circle, rectangle
 from support.shapes import EVERY_KIND, PLATE, sketch
 from tandrel import profile
 from tandrel import sketch as S
 from tandrel.progress import Stopped
-
-
-def circle(xc, yc, r):
-    return {"type": "circle", "xc": xc, "yc": yc, "r": r}
-
-
-def rectangle(x, y, w, h):
-    return {"type": "rectangle", "x": x, "y": y, "w": w, "h": h, "radius": 0.0}
 
 
 @pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)

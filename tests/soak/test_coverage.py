@@ -5,8 +5,9 @@ import subprocess
 import tomllib
 
 import pytest
-from soak import coverage
-from soak.coverage import Line, counted, judged
+from demo.places import ROOT
+from soak.harness import executed
+from soak.harness.executed import Line, counted, judged
 
 REACHED = Line("a.cpp", 1, "if (a) b();", 7, [3, 4])
 ONE_WAY = Line("a.cpp", 2, "if (c) d();", 7, [0, 7])
@@ -81,7 +82,7 @@ def test_branches_that_only_an_exception_takes_do_not_count(tmp_path):
     """Those of clean-up code have no mark of their own in what gcov writes."""
     source = tmp_path / "program.cpp"
     source.write_text(PROGRAM)
-    compiler = ["g++", "--coverage", *coverage.FLAGS.split(), "-o", "program", source.name]
+    compiler = ["g++", "--coverage", *executed.FLAGS.split(), "-o", "program", source.name]
     subprocess.run(compiler, cwd=tmp_path, check=True)
     subprocess.run(["./program"], cwd=tmp_path, check=True)
     missed = {
@@ -95,8 +96,8 @@ def test_branches_that_only_an_exception_takes_do_not_count(tmp_path):
 
 
 def test_every_entry_has_its_line_and_a_reason():
-    entries = tomllib.loads(coverage.UNREACHABLE.read_text())["unreachable"]
+    entries = tomllib.loads(executed.UNREACHABLE.read_text())["unreachable"]
     for entry in entries:
-        lines = (coverage.ROOT / entry["file"]).read_text().splitlines()
+        lines = (ROOT / entry["file"]).read_text().splitlines()
         assert entry["line"] in map(str.strip, lines)
         assert len(entry["reason"]) > 40

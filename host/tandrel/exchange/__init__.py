@@ -49,7 +49,7 @@ def export(
     """
     suffix = Path(path).suffix.lower()
     if suffix not in SUFFIXES:
-        text = tr(N_("{suffix} is no kind of file to export to; there are {kinds}"))
+        text = tr("{suffix} is no kind of file to export to; there are {kinds}")
         raise ExchangeError(text.format(suffix=suffix or "?", kinds=", ".join(SUFFIXES)))
     _known(unit)
     problems = S.check(document.sketch)
@@ -67,7 +67,7 @@ def export(
 def _notes(document: Document, suffix: str, tick: Tick) -> list[str]:
     if suffix != ".dxf" or profile.has_own_contours(document.sketch, tick):
         return []
-    return [tr(N_("Shapes that overlap are separate contours in it: join them to cut it."))]
+    return [tr("Shapes that overlap are separate contours in it: join them to cut it.")]
 
 
 def import_(
@@ -86,5 +86,5 @@ def import_(
 
 def _known(unit: str) -> None:
     if unit not in SYSTEMS:
-        text = tr(N_("{unit} is no unit of length; there are {units}"))
+        text = tr("{unit} is no unit of length; there are {units}")
         raise ExchangeError(text.format(unit=unit, units=", ".join(SYSTEMS)))

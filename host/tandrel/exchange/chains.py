@@ -8,7 +8,7 @@ from itertools import product
 from typing import Iterator
 
 from tandrel._outlines import Point
-from tandrel.exchange.contours import Edge
+from tandrel.contours import Edge
 
 # How far apart ends may lie that meet: metres, and a part of the extent of all open lines.
 _FARTHEST, _FARTHEST_PART = 1e-6, 1e-5

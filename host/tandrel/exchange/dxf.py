@@ -22,9 +22,9 @@ from ezdxf.lldxf.tagger import binary_tags_loader
 
 from tandrel import sketch as S
 from tandrel._outlines import LARGEST, MOST_CORNERS, Point, polar
+from tandrel.contours import MOST_EDGES, Edge, Entity, box, contour, recognised
 from tandrel.exchange import ExchangeError, UnitsMissing
 from tandrel.exchange.chains import Chains
-from tandrel.exchange.contours import MOST_EDGES, Edge, Entity, box, contour, recognised
 from tandrel.gui.i18n import N_, tr
 from tandrel.progress import Tick
 from tandrel.storage import Document
@@ -130,7 +130,7 @@ def read(data: bytes, unit: str | None, tick: Tick) -> tuple[dict[str, Any], lis
         harvest.take(part)
     harvest.close(lambda done: tick(0.9 + 0.1 * done))
     if not harvest.entities:
-        text = tr(N_("there is no closed contour of lines and arcs in this drawing"))
+        text = tr("there is no closed contour of lines and arcs in this drawing")
         raise ExchangeError("; ".join([text, *harvest.notes()]))
     return {**_placing(drawing.properties), "entities": harvest.entities}, harvest.notes()
 
@@ -158,7 +158,7 @@ class _Drawing:
             # Of a damaged drawing the library may raise anything. Half of one is of no use.
             if stream.stopped is not None:
                 raise stream.stopped from None
-            text = tr(N_("this is not a sound DXF drawing ({why})"))
+            text = tr("this is not a sound DXF drawing ({why})")
             why = str(error)[:200] or type(error).__name__
             raise ExchangeError(text.format(why=why)) from error
 
@@ -189,11 +189,11 @@ def _metres(code: int, unit: str | None) -> Decimal:
     """The length of a drawing's unit, given by its code, or where there is none, by its name."""
     if code == 0:
         if unit is None:
-            raise UnitsMissing(tr(N_("the drawing does not say what unit its lengths are in")))
+            raise UnitsMissing(tr("the drawing does not say what unit its lengths are in"))
         return SYSTEMS[unit].metres
     if code not in _METRES:
         name = InsertUnits(code).name if code in list(InsertUnits) else str(code)
-        text = tr(N_("the drawing's unit of length, {unit}, is not supported"))
+        text = tr("the drawing's unit of length, {unit}, is not supported")
         raise ExchangeError(text.format(unit=name))
     return _METRES[code]
 
@@ -231,7 +231,7 @@ class _Harvest:
             try:
                 part = next(nested[-1], None)
             except Exception:  # of a damaged drawing the library may raise anything
-                self.leave(tr(N_("blocks that are missing, damaged or endless")))
+                self.leave(tr("blocks that are missing, damaged or endless"))
                 part = None
             if part is None:
                 nested.pop()
@@ -239,15 +239,15 @@ class _Harvest:
             tick(min(1.0, self._parts / len(parts)))
             self._parts += 1
             if self._parts > _MOST_PARTS:
-                raise ExchangeError(tr(N_("the drawing has too many parts")))
+                raise ExchangeError(tr("the drawing has too many parts"))
             if self._is_hidden(part):
-                self.leave(tr(N_("parts that are not shown")))
+                self.leave(tr("parts that are not shown"))
             elif part.dxftype() != "INSERT":
                 yield part
             elif len(nested) <= _DEEPEST:
                 nested.append(_inside(part))
             else:
-                self.leave(tr(N_("blocks too deep within each other")))
+                self.leave(tr("blocks too deep within each other"))
 
     def _is_hidden(self, part: Any) -> bool:
         # Of what the library doesn't know it doesn't know the layer.
@@ -272,7 +272,7 @@ class _Harvest:
         except _Unfit as error:
             self.leave(str(error))
         except Exception:  # of a damaged drawing the library may raise anything
-            self.leave(tr(N_("{kind}, damaged")).format(kind=kind))
+            self.leave(tr("{kind}, damaged").format(kind=kind))
 
     def add_circle(self, centre: Point, radius: float) -> None:
         entity = {"type": "circle", "xc": centre[0], "yc": centre[1], "r": radius}
@@ -302,7 +302,7 @@ class _Harvest:
         for k, edges in enumerate(closed):
             tick(k / len(closed))
             self.add(edges, True)
-        self._left[tr(N_("lines and arcs that do not close"))] += open_lines
+        self._left[tr("lines and arcs that do not close")] += open_lines
 
     def leave(self, what: str) -> None:
         self._left[what] += 1
@@ -311,14 +311,14 @@ class _Harvest:
         """What the user should know of, the most important first."""
         found = []
         if self._errors:
-            text = tr(N_("Approximated ({n}): contours with arcs, now polygons within {error}"))
+            text = tr("Approximated ({n}): contours with arcs, now polygons within {error}")
             error = units().fmt(max(self._errors), "length")
             found.append(text.format(n=len(self._errors), error=error))
-        text = tr(N_("Left out ({n}): {what}"))
+        text = tr("Left out ({n}): {what}")
         found += [text.format(n=n, what=what) for what, n in self._left.most_common() if n]
         further = len(found) - _MOST_NOTES
         if further > 0:
-            found[_MOST_NOTES:] = [tr(N_("Further notes: {n}")).format(n=further)]
+            found[_MOST_NOTES:] = [tr("Further notes: {n}").format(n=further)]
         return found
 
     def point(self, u: float, v: float, mirrored: bool = False) -> Point:
@@ -395,7 +395,7 @@ def _light_polyline(part: Any, harvest: _Harvest) -> None:
 
 def _heavy_polyline(part: Any, harvest: _Harvest) -> None:
     if not part.is_2d_polyline:
-        raise _Unfit(tr(N_("{kind} in space")).format(kind=part.dxftype()))
+        raise _Unfit(tr("{kind} in space").format(kind=part.dxftype()))
     # The handles that a smooth curve was drawn by are no points of it.
     corners = [corner.dxf for corner in part.vertices if not corner.dxf.flags & 16]
     points = [(c.location.x, c.location.y, c.get("bulge", 0.0)) for c in corners]
@@ -404,7 +404,7 @@ def _heavy_polyline(part: Any, harvest: _Harvest) -> None:
 
 def _polyline(part: Any, vertices: Sequence[tuple[float, float, float]], harvest: _Harvest) -> None:
     if len(vertices) > MOST_EDGES:
-        text = tr(N_("an outline can have {most} corners at most"))
+        text = tr("an outline can have {most} corners at most")
         raise _Unfit(text.format(most=MOST_CORNERS))
     mirrored = _is_mirrored(part)
     points = [harvest.point(u, v, mirrored) for u, v, _ in vertices]
@@ -423,7 +423,7 @@ def _is_mirrored(part: Any) -> bool:
     """Whether a flat part is drawn from below; _Unfit if it is drawn from anywhere but above."""
     u, v, w = part.dxf.get("extrusion", (0.0, 0.0, 1.0))
     if not (w and math.hypot(u, v) <= _FLAT * abs(w)):
-        raise _Unfit(tr(N_("{kind} that stands askew in space")).format(kind=part.dxftype()))
+        raise _Unfit(tr("{kind} that stands askew in space").format(kind=part.dxftype()))
     return bool(w < 0)
 
 

@@ -9,7 +9,7 @@ from PIL import Image, ImageDraw
 
 from tandrel import profile
 from tandrel import sketch as S
-from tandrel.exchange.contours import contour, divided
+from tandrel.contours import contour, divided
 from tandrel.progress import Tick
 from tandrel.storage import Document
 

@@ -7,7 +7,7 @@ import xml.etree.ElementTree as ET
 from typing import Any, Dict, Iterator, List, Sequence
 
 from tandrel import profile
-from tandrel.exchange.contours import Edge, contour
+from tandrel.contours import Edge, contour
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS

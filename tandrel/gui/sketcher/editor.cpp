@@ -197,12 +197,12 @@ void build_bottom(const Editor& editor, const Ref& outer) {
 void build(const Editor& editor, const Ref& allow_plane) {
   const Ref sketch = editor.sketch();
   editor.set("plane"_n,
-             variable("StringVar"_n, editor.object(), sketch.call("get"_n, "plane"_n, "XY")));
+             make_variable("StringVar"_n, editor.object(), sketch.call("get"_n, "plane"_n, "XY")));
   Ref offset = sketch.call("get"_n, "offset"_n, 0);
   if (!offset.truth()) offset = py::to_python(0);
   const Ref shown_offset = units().call("from_si"_n, offset, "length"_n);
   editor.set("offset"_n,
-             variable("StringVar"_n, editor.object(), global("num_text"_n)(shown_offset)));
+             make_variable("StringVar"_n, editor.object(), global("num_text"_n)(shown_offset)));
 
   const Ref outer = themed("Frame"_n, editor.object(), "style"_n, "Panel.TFrame", "padding"_n, 10);
   pack(outer, "fill"_n, "both", "expand"_n, true);
@@ -238,13 +238,13 @@ void set_state(const Editor& editor, const Request& request) {
   editor.set("result"_n, Ref::none());
   editor.set("sel"_n, Ref::none());
   const Ref tool = editor.entities().truth() ? "select"_n : "rectangle"_n;
-  editor.set("tool"_n, variable("StringVar"_n, editor.object(), tool));
-  editor.set("snap"_n, variable("BooleanVar"_n, editor.object(), py::to_python(true)));
+  editor.set("tool"_n, make_variable("StringVar"_n, editor.object(), tool));
+  editor.set("snap"_n, make_variable("BooleanVar"_n, editor.object(), py::to_python(true)));
   const Ref num_text = global("num_text"_n);
   const Ref unit_system = units();
   const Ref step = unit_system.call("from_si"_n, editor.call("_default_grid"_n), "length"_n);
-  editor.set("grid"_n, variable("StringVar"_n, editor.object(), num_text(step)));
-  editor.set("sides"_n, variable("StringVar"_n, editor.object(), "6"_n));
+  editor.set("grid"_n, make_variable("StringVar"_n, editor.object(), num_text(step)));
+  editor.set("sides"_n, make_variable("StringVar"_n, editor.object(), "6"_n));
   editor.set("drag"_n, Ref::none());
   editor.set("clicks"_n, py::list());
   editor.set("cursor"_n, np.call("zeros"_n, 2));

@@ -32,7 +32,9 @@ class Editor {
   Ref canvas() const { return get("canvas"_n); }
   /// The view as it is now; asks the canvas for its size.
   View view() const;
+  /// Pixels per SI length.
   double scale() const { return get("scale"_n).number(); }
+  /// The plane point in the middle of the canvas.
   Point centre() const;
   void set_centre(Point centre) const { set("centre"_n, array(centre)); }
 

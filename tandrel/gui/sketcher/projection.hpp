@@ -16,10 +16,12 @@ class Projection {
  public:
   explicit Projection(const Editor& editor) : editor_(editor) {}
 
+  /// The canvas pixel of a plane point.
   Point to_screen(const Ref& point);
   Point to_screen(Point point);
-  /// The points one after the other.
+  /// The canvas pixels of plane points, in their order.
   std::vector<Point> to_screen_all(const Ref& points);
+  /// The plane point under a canvas pixel.
   Point to_world(const Ref& x, const Ref& y);
 
   /// Whether `to_screen` is the class's own.

@@ -7,8 +7,8 @@ namespace tandrel::sketcher {
 namespace {
 
 constexpr int kLabelWidth = 14;  // characters
-constexpr int kEntryWidth = 10;
-constexpr int kHintWidth = 260;  // pixels
+constexpr int kEntryWidth = 10;  // characters
+constexpr int kHintWidth = 260;  // nominal pixels
 
 // -- shape list --------------------------------------------------------------------------------
 
@@ -86,7 +86,7 @@ Ref field_text(const Field& field, const Ref& entity) {
 
 void add_field(const Editor& editor, const Ref& form, const Field& field, const Ref& entity) {
   const Ref text = field_text(field, entity);
-  const Ref entry_variable = variable("StringVar"_n, editor.get("props"_n), text);
+  const Ref entry_variable = make_variable("StringVar"_n, editor.get("props"_n), text);
   editor.get("vars"_n).set_item(field.key, entry_variable);
   const Ref label = tr(field.label);
   const Ref unit = field.is_length ? units().call("unit"_n, "length"_n) : ""_n;

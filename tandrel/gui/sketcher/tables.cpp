@@ -7,7 +7,7 @@ namespace tandrel::sketcher {
 
 namespace {
 
-constexpr int kSnapPixels = 9;
+constexpr int kSnapPixels = 9;  // SNAP_PX: of the canvas, not scaled to the screen
 
 struct Text {
   const char* key;

@@ -9,7 +9,7 @@ namespace tandrel::sketcher {
 
 namespace {
 
-constexpr double kEmptyExtent = 0.05;  // half the side of the box shown for an empty sketch
+constexpr double kEmptyExtent = 0.05;  // SI length; half the side of an empty sketch's box
 constexpr double kLeastExtent = 1e-9;  // SI length; a point or a flat box must not divide by zero
 constexpr double kLeastCanvas = 200;   // pixels; a canvas that isn't mapped yet reports 1 x 1
 constexpr double kFilled = 0.8;        // part of the canvas that a fitted sketch fills

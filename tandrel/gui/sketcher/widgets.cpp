@@ -30,7 +30,7 @@ Ref zoom(const Ref& captured, const Ref& arguments) {
 
 }  // namespace
 
-Ref variable(const Ref& kind, const Ref& owner, const Ref& value) {
+Ref make_variable(const Ref& kind, const Ref& owner, const Ref& value) {
   const Ref make = global("tk"_n).attr(kind);
   if (!owner.find_attr("tk"_n)) return make(py::kw("value"_n, value));
   return make(py::kw("master"_n, owner, "value"_n, value));

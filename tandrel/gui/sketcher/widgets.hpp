@@ -22,7 +22,7 @@ inline void bind(const Ref& widget, const Ref& event, const Ref& handler) {
 
 /// A Tk variable (`StringVar`, `BooleanVar`) in the interpreter of `owner`, which need not be Tk's
 /// default one; where `owner` is no widget, the default one serves.
-Ref variable(const Ref& kind, const Ref& owner, const Ref& value);
+Ref make_variable(const Ref& kind, const Ref& owner, const Ref& value);
 
 /// Calls the operation without arguments, whatever Tk passes.
 Ref command(const Editor& editor, const Ref& operation);

@@ -2,7 +2,7 @@
 //
 //   const Methods& view_methods() {
 //     static const Methods& table = *new Methods{
-//         method<&fit>("fit", {}, "Frame everything that is drawn."),
+//         method<&fit>("fit", {}, "Show everything, with a margin."),
 //         method<&snapped>("snapped", {"x", "y"}, "The plane point that a pixel stands for."),
 //     };
 //     return table;

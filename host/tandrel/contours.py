@@ -1,7 +1,7 @@
 """Entities as exact contours, and back: straight lines and circular arcs, as drawings carry them.
 
 A contour is a closed loop of edges; here it always runs counter-clockwise. What the sketch module
-samples in ``S.outline`` is the very same curve.
+samples in ``S.outline`` is the very same curve. Lengths are SI.
 """
 
 from __future__ import annotations
@@ -30,7 +30,7 @@ MOST_EDGES = 4 * MOST_CORNERS
 class Edge(NamedTuple):
     """A straight line or an arc.
 
-    The bulge is the tangent of a quarter of the angle that the arc sweeps, positive when it runs
+    The bulge b is the tangent of a quarter of the angle that the arc sweeps, positive when it runs
     counter-clockwise, and 0 for a straight line. Unlike centre and angles it keeps its precision
     through any translation and however flat the arc is.
     """
@@ -41,6 +41,7 @@ class Edge(NamedTuple):
 
     @property
     def chord(self) -> float:
+        """The distance c of the ends."""
         return math.dist(self.start, self.end)
 
     @property
@@ -50,12 +51,12 @@ class Edge(NamedTuple):
 
     @property
     def radius(self) -> float:
-        """Of an arc."""
+        """Of an arc: c / (2 sin(sweep / 2)), and with the bulge b that sine is 2b / (1 + b^2)."""
         return self.chord * (1 / abs(self.bulge) + abs(self.bulge)) / 4
 
     @property
     def centre(self) -> Point:
-        """Of an arc."""
+        """Of an arc: r cos(sweep / 2) to the left of its chord, which is c (1/b - b) / 4."""
         return self.beside((self.bulge - 1 / self.bulge) / 4)
 
     def beside(self, chords: float) -> Point:
@@ -156,7 +157,11 @@ def divided(edges: Sequence[Edge], error: float) -> list[Point]:
 
 
 def _steps(edge: Edge, error: float) -> int:
-    """How many chords an edge is divided into."""
+    """How many chords an edge is divided into.
+
+    The chord of an angle a is off by r (1 - cos(a / 2)), which is 2r sin(a / 4)^2, and the chord of
+    the whole arc by half of bulge times chord.
+    """
     # Flat arcs need no centre, which would be too far away to be of use.
     if abs(edge.bulge) * edge.chord / 2 <= error:
         return 1
@@ -272,7 +277,11 @@ def _guesses(edges: Sequence[Edge]) -> Iterator[Entity]:
 
 
 def _corners(edges: Sequence[Edge]) -> list[Point]:
-    """Where the straight edges of a loop meet, or would meet if its arcs were not there."""
+    """Where the straight edges of a loop meet, or would meet if its arcs were not there.
+
+    Tangents to the ends of an arc meet c tan(sweep / 2) / 2 from its chord, and with the bulge b
+    that tangent is 2b / (1 - b^2).
+    """
     corners: list[Point] = []
     for before, edge in zip([edges[-1], *edges], edges):
         if edge.bulge:
