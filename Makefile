@@ -11,10 +11,11 @@ run: build
 	@scripts/ensure-packages run
 	$(PYTHON) demo/run.py
 
-## test: everything, on displays of its own
+## test: everything, on displays of its own; the module's own tests with sanitizers too
 test: build
 	@scripts/ensure-packages run wheel test
-	$(PYTHON) -m pytest tests
+	$(PYTHON) -m pytest tests -n auto --dist loadfile
+	$(PYTHON) soak/sanitizers.py --coverage $(sort $(wildcard tests/test_*.py))
 
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so
 build:

@@ -21,13 +21,13 @@ RESULTS = ROOT / "build" / "soak"
 
 TOOLS = {
     "interpreters": "soak/interpreters.py",
-    "coverage": "soak/coverage.py",
+    "coverage": "soak/coverage.py --jobs 2",
     "opening": "soak/opening.py --cycles 10000",
     "hostile": "soak/hostile.py --cases 200000 --jobs 2",
     "random_user": "soak/random_user.py --events 1000000 --jobs 2",
     "allocation": "soak/allocation.py",
     "sanitizers": "soak/sanitizers.py --with-random-user 20000",
-    "memcheck": "soak/memcheck.py",
+    "memcheck": "soak/memcheck.py --events 2000",
     "planted_faults": "soak/planted_faults.py --jobs 2",
 }
 

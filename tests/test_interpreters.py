@@ -42,6 +42,7 @@ def test_walkthrough_in_this_interpreter(reference_walkthrough):
         "refused",
     ]
     assert len(outcome["pictures"]) == 7
+    assert outcome["nested"] == "RecursionError"
     assert outcome["windows"] == 0
     assert outcome["errors"] == []
 

@@ -68,6 +68,18 @@ def type_sizes(editor, hand):
     return texts
 
 
+def nest_without_end(editor):
+    """Let an operation lead to itself with no Python code between; return how that ends."""
+    editor.to_world = editor.snapped
+    try:
+        editor.snapped(1, 2)
+    except RecursionError as error:
+        return type(error).__name__
+    finally:
+        del editor.to_world
+    return "came back"
+
+
 def main():
     sketch, units = neighbours.install_modules()
     sketcher = importlib.import_module("tandrel.gui.sketcher")
@@ -85,6 +97,7 @@ def main():
     outcome = {"pictures": list(draw(editor, Send(editor)))}
     outcome["rows"] = [editor.list.item(iid, "text") for iid in editor.list.get_children()]
     outcome["texts"] = type_sizes(editor, Send(editor))
+    outcome["nested"] = nest_without_end(editor)
     sketch.answers["check"] = ["refused"]
     editor.ok()
     outcome["texts"].append(editor.status.cget("text"))
