@@ -4,7 +4,7 @@ import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle
 from support.operations import DRAG_TOOLS
-from support.plain import PlainEditor
+from support.plain import PlainEditor, names
 
 
 @pytest.fixture
@@ -13,10 +13,6 @@ def editor(neighbours):
     editor.calls = editor.watch("redraw", "refresh_list")
     editor.tool.set("line")
     return editor
-
-
-def names(editor):
-    return [name for name, _, _ in editor.calls]
 
 
 def corners(*points):

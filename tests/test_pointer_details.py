@@ -5,21 +5,15 @@ import math
 import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle
-from support.plain import Event, PlainEditor, Var
+from support.plain import Event, Var, painting_nothing, point
 
 NAN = math.nan
 
 
 @pytest.fixture
 def editor(neighbours):
-    """10 pixels to the unit, the origin at (200, 150), no grid; nothing is painted."""
-    editor = PlainEditor(scale=10.0, snap=Var(False))
-    editor.calls = editor.watch("redraw", "refresh_list", "show_props")
-    return editor
-
-
-def point(u, v):
-    return np.array([u, v], float)
+    """No grid."""
+    return painting_nothing(snap=Var(False))
 
 
 class TestPressWithLine:

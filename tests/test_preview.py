@@ -5,7 +5,7 @@ import pytest
 from support import canvas as shown
 from support.neighbours import circle, outline_points, rectangle, slot
 from support.operations import DRAG_TOOLS, TOOLS
-from support.plain import PlainEditor, Var
+from support.plain import PlainEditor, Var, point
 
 ORANGE = "#E8833A"
 DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
@@ -15,10 +15,6 @@ DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
 def editor(neighbours):
     """400 x 300 pixels, 40 pixels to the unit, the pointer at (1, 0.5)."""
     return PlainEditor(scale=40.0, cursor=np.array([1.0, 0.5]))
-
-
-def point(u, v):
-    return np.array([u, v], float)
 
 
 def previewed(editor):

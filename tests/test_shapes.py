@@ -9,16 +9,12 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 from support.operations import DRAG_TOOLS
-from support.plain import PlainEditor, Var, same_number
+from support.plain import PlainEditor, Var, point, same_number
 
 
 @pytest.fixture
 def editor(sketcher):
     return PlainEditor()
-
-
-def point(u, v):
-    return np.array([u, v], float)
 
 
 def drawn(tool, a, b, sides="6"):

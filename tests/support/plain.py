@@ -180,6 +180,27 @@ class PlainEditor:
         return calls
 
 
+def painting_nothing(**attributes):
+    """An editor with 10 pixels to the unit and the origin at (200, 150), which keeps the calls of
+    repaints, of the picture, the list and the form, in `calls` instead."""
+    editor = PlainEditor(scale=10.0, **attributes)
+    editor.calls = editor.watch("redraw", "refresh_list", "show_props")
+    return editor
+
+
+def names(editor):
+    """Of its calls, in their order."""
+    return [name for name, _, _ in editor.calls]
+
+
+def point(u, v):
+    return np.array([u, v], float)
+
+
+def is_point(array, u, v):
+    return isinstance(array, np.ndarray) and array.tolist() == [u, v]
+
+
 def same_number(a, b):
     """Equal to the last bit, zeros by sign, NaN equal to itself."""
     a, b = float(a), float(b)

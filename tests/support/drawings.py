@@ -1,0 +1,53 @@
+"""DXF drawings: those that are written, and those that somebody else might bring."""
+
+import io
+
+import ezdxf
+from tandrel.exchange import dxf
+from tandrel.progress import no_tick
+
+from .shapes import document
+
+
+def text_of(*shapes, unit="mm", **placing):
+    return dxf.written(document(*shapes, **placing), unit, no_tick).decode()
+
+
+def opened(*shapes, unit="mm", **placing):
+    """A written drawing, as another program sees it."""
+    return ezdxf.read(io.StringIO(text_of(*shapes, unit=unit, **placing)))
+
+
+def read(drawing, unit=None, tick=no_tick):
+    """What is read of a drawing, given as such, as text or as bytes: the entities and the notes."""
+    if not isinstance(drawing, (str, bytes)):
+        text = io.StringIO()
+        drawing.write(text)
+        drawing = text.getvalue()
+    data = drawing if isinstance(drawing, bytes) else drawing.encode()
+    found, notes = dxf.read(data, unit, tick)
+    return found["entities"], notes
+
+
+def new_drawing(units=4):
+    drawing = ezdxf.new("R2010", units=units)
+    return drawing, drawing.modelspace()
+
+
+def binary(drawing):
+    data = io.BytesIO()
+    drawing.write(data, fmt="bin")
+    return data.getvalue()
+
+
+LWPOLYLINE = 0, "LWPOLYLINE", 100, "AcDbEntity", 100, "AcDbPolyline"
+
+
+def raw(*lines, units=4):
+    """A drawing with this unit, or without a header, from its lines."""
+    # Light polylines are younger than the oldest kind of drawings, which needs the fewest lines.
+    version = "9\n$ACADVER\n1\nAC1015\n" if "LWPOLYLINE" in lines else ""
+    named = f"{version}9\n$INSUNITS\n70\n{units}\n"
+    header = f"0\nSECTION\n2\nHEADER\n{named}0\nENDSEC\n" if units is not None else ""
+    body = "".join(f"{line}\n" for line in lines)
+    return f"{header}0\nSECTION\n2\nENTITIES\n{body}0\nENDSEC\n0\nEOF\n"
