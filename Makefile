@@ -34,7 +34,7 @@ bench: build
 	$(PYTHON) benchmarks/run.py
 	$(PYTHON) benchmarks/instructions.py
 
-## soak: everything that tries to break the editor, at full size; hours
+## soak: everything that tries to break the editor, at full size; two hours
 soak: build
 	@scripts/ensure-packages run bench wheel test
 	$(PYTHON) soak/run.py

@@ -18,7 +18,7 @@ from typing import Any, NamedTuple, Optional
 
 from PIL import Image, ImageGrab
 
-PATIENCE_SECONDS = 20.0
+PATIENCE_SECONDS = 60.0
 _TURN_MS = 15
 
 

@@ -7,7 +7,7 @@ import signal
 import pytest
 
 
-def finishes(function, seconds=10.0):
+def finishes(function, seconds=60.0):
     """What the function returns or raises; fails the test where it hangs or crashes.
 
     A forked copy of the process tries it first, so the function must not touch a window and must
