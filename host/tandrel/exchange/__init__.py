@@ -50,7 +50,8 @@ def export(
     suffix = Path(path).suffix.lower()
     if suffix not in SUFFIXES:
         text = tr("{suffix} is no kind of file to export to; there are {kinds}")
-        raise ExchangeError(text.format(suffix=suffix or Path(path).name, kinds=", ".join(SUFFIXES)))
+        given = suffix or Path(path).name
+        raise ExchangeError(text.format(suffix=given, kinds=", ".join(SUFFIXES)))
     _known(unit)
     problems = S.check(document.sketch)
     if problems:
