@@ -21,7 +21,7 @@ from typing import Callable, NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
@@ -29,7 +29,7 @@ import numpy as np  # noqa: E402
 from benchmarks.sketches import answers, asked_of, sketch  # noqa: E402
 from benchmarks.stage import PIXEL, opened  # noqa: E402
 from benchmarks.timing import steady  # noqa: E402
-from demo.display import x_server  # noqa: E402
+from harness.display import x_server  # noqa: E402
 from tandrel.gui.sketcher import SketchEditor  # noqa: E402
 
 SHAPES = 100

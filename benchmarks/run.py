@@ -13,7 +13,7 @@ from typing import NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
@@ -22,7 +22,7 @@ from benchmarks.latency import dragging, hovering  # noqa: E402
 from benchmarks.sketches import asked_of, calls_of  # noqa: E402
 from benchmarks.stage import PIXEL, stages  # noqa: E402
 from benchmarks.timing import side_by_side, undisturbed  # noqa: E402
-from demo.display import x_server  # noqa: E402
+from harness.display import x_server  # noqa: E402
 from tandrel.gui.widgets import main_window  # noqa: E402
 
 RESULTS = ROOT / "build" / "bench"

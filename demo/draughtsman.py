@@ -8,7 +8,7 @@ from typing import Any, Tuple
 
 import numpy as np
 
-from demo.user import Script, User, Wait, find, handle, until
+from harness.user import Script, User, Wait, find, handle, until
 from tandrel.application.window import App
 from tandrel.gui.sketcher import SketchEditor
 

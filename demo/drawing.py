@@ -9,7 +9,7 @@ from pathlib import Path
 from typing import List, Mapping
 
 from demo.draughtsman import Draughtsman, Point
-from demo.user import Script, until
+from harness.user import Script, until
 
 PARTS = ("gasket", "bracket")
 LEGS: List[Point] = [(0, 0), (80, 0), (80, 24), (24, 24), (24, 60), (0, 60)]

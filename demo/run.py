@@ -18,7 +18,7 @@ from typing import TYPE_CHECKING
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
@@ -63,7 +63,7 @@ def run_application(folder: Path) -> int:
 
 
 def replay_session(folder: Path) -> int:
-    from demo.display import x_server
+    from harness.display import x_server
 
     print("Replaying a drawing session on an X server of its own.")
     with TemporaryDirectory() as home, x_server(1600, 1200, window_manager=True) as display_name:
@@ -76,7 +76,7 @@ def draw(display_name: str, folder: Path, home: Path) -> int:
     """Draw parts as a user would; 0 if the saved files hold exactly what comes with these names."""
     from demo.draughtsman import Draughtsman
     from demo.drawing import PARTS, draw_and_save, look_around
-    from demo.user import Script, User, play
+    from harness.user import Script, User, play
 
     drawn = {name: folder / f"drawn-{name}.json" for name in PARTS}
     flange = folder / "replayed-flange.json"

@@ -20,11 +20,11 @@ from typing import Any, Dict, List, Tuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from demo.display import x_server  # noqa: E402
+from harness.display import x_server  # noqa: E402
 from PIL import ImageGrab  # noqa: E402
 
 IMAGES = ROOT / "docs" / "images"

@@ -18,8 +18,8 @@ from typing import Any, NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
-from demo.display import x_server  # noqa: E402
-from demo.places import BUILD  # noqa: E402
+from harness.display import x_server  # noqa: E402
+from harness.places import BUILD  # noqa: E402
 from support.interpreters import (  # noqa: E402
     DEVELOPER_MODE,
     VERSIONS,

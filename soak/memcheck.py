@@ -20,8 +20,8 @@ from typing import NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT)]
 
-from demo.display import x_server  # noqa: E402
-from demo.places import BUILD, HOST  # noqa: E402
+from harness.display import x_server  # noqa: E402
+from harness.places import BUILD, HOST  # noqa: E402
 from soak.harness.planted_build import PLANTS, plant  # noqa: E402
 
 MODULE = "sketcher.abi3.so"

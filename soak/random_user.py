@@ -21,8 +21,8 @@ from typing import Any, NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
-from demo.display import x_server  # noqa: E402
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.display import x_server  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 

@@ -26,7 +26,7 @@ from typing import NamedTuple
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
-from demo.places import ROOT  # noqa: E402
+from harness.places import ROOT  # noqa: E402
 from soak.harness import executed  # noqa: E402
 from soak.harness.planted_build import PLANTS, plant  # noqa: E402
 from soak.harness.suite import quietly, run_tests  # noqa: E402
@@ -53,7 +53,7 @@ NOT_HERE = [
 FRAMES = 8
 WITHOUT_MODULE = """
 import os, tkinter.ttk, numpy
-from demo.display import x_server
+from harness.display import x_server
 with x_server() as name:
     os.environ["DISPLAY"] = name
     root = tkinter.Tk()

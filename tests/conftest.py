@@ -12,11 +12,11 @@ from hypothesis import HealthCheck, settings
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from demo.places import SEARCH_PATH  # noqa: E402
+from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from demo.display import x_server  # noqa: E402
+from harness.display import x_server  # noqa: E402
 from support import neighbours as scripted  # noqa: E402
 from support.desk import Desk  # noqa: E402
 from support.events import Send, settle  # noqa: E402

@@ -10,7 +10,7 @@ import sys
 import textwrap
 
 import pytest
-from demo.places import SEARCH_PATH
+from harness.places import SEARCH_PATH
 
 PROGRAM = """
 import sys, tkinter as tk, types

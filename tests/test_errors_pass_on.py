@@ -7,7 +7,7 @@ from contextlib import contextmanager
 
 import numpy as np
 import pytest
-from demo.places import ROOT, SEARCH_PATH
+from harness.places import ROOT, SEARCH_PATH
 from support.neighbours import circle
 from support.plain import Event, PlainEditor, Recorder
 

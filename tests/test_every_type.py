@@ -5,7 +5,7 @@ import re
 from random import Random
 
 import pytest
-from demo.places import ROOT
+from harness.places import ROOT
 from soak.user import random_sketches
 from support import form, shapes
 from support.neighbours import PLACES, one_of_each

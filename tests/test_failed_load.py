@@ -4,7 +4,7 @@ import os
 import subprocess
 import sys
 
-from demo.places import SEARCH_PATH
+from harness.places import SEARCH_PATH
 
 PROGRAM = """
 import sys, tkinter

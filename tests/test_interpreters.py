@@ -6,7 +6,7 @@ import subprocess
 import sys
 
 import pytest
-from demo.places import BUILD, ROOT
+from harness.places import BUILD, ROOT
 from support.interpreters import DEVELOPER_MODE, nearly_equal, walk_through
 
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"

@@ -10,7 +10,7 @@ import textwrap
 from pathlib import Path
 
 import pytest
-from demo.places import BUILD
+from harness.places import BUILD
 
 TESTS = Path(__file__).resolve().parent
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"

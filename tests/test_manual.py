@@ -9,7 +9,7 @@ import textwrap
 from pathlib import Path
 
 import pytest
-from demo.places import BUILD, ROOT, SEARCH_PATH
+from harness.places import BUILD, ROOT, SEARCH_PATH
 
 DOCS = ROOT / "docs"
 EXAMPLE = DOCS / "examples" / "one_file_application.py"

@@ -9,7 +9,7 @@ import zipfile
 from pathlib import Path
 
 import pytest
-from demo.places import BUILD, ROOT
+from harness.places import BUILD, ROOT
 from support.interpreters import nearly_equal, walk_through
 
 PACKAGED = "CMakeLists.txt CMakePresets.json MANIFEST.in README.md CHANGELOG.md pyproject.toml"

@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 import pytest
-from demo.places import ROOT
+from harness.places import ROOT
 from PIL import Image, ImageChops
 
 IMAGES = ROOT / "docs" / "images"

@@ -6,7 +6,7 @@ from tkinter import ttk
 
 import numpy as np
 import pytest
-from demo.user import User
+from harness.user import User
 from support.desk import entry_of, field, of_class, tool_button
 from support.events import run_while, settle
 from support.neighbours import circle, one_of_each, polygon, rectangle, slot

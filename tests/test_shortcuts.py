@@ -8,7 +8,7 @@ import types
 
 import numpy as np
 import pytest
-from demo.places import ROOT, SEARCH_PATH
+from harness.places import ROOT, SEARCH_PATH
 from support import canvas as shown
 from support.neighbours import circle
 from support.plain import PlainEditor, RecordingCanvas, Var

@@ -13,7 +13,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-from demo.places import SEARCH_PATH
+from harness.places import SEARCH_PATH
 from support.neighbours import one_of_each
 from support.plain import Event
 

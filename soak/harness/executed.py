@@ -14,7 +14,7 @@ import tomllib
 from pathlib import Path
 from typing import Any, Collection, Iterable, NamedTuple
 
-from demo.places import ROOT
+from harness.places import ROOT
 from soak.harness.suite import quietly
 
 SOURCES = "tandrel/gui/sketcher/"

@@ -8,7 +8,7 @@ import subprocess
 from pathlib import Path
 from typing import NamedTuple
 
-from demo.places import ROOT
+from harness.places import ROOT
 from soak.harness.suite import quietly
 
 _FILE = "tandrel/gui/sketcher.abi3.so"

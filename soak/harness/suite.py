@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 from typing import IO, Sequence, Union
 
-from demo.places import ROOT
+from harness.places import ROOT
 
 # Of the file that is released: standard templates that weren't optimised away show among its
 # symbols.

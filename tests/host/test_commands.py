@@ -9,7 +9,7 @@ import tkinter as tk
 
 import ezdxf
 import pytest
-from demo.places import HOST, SEARCH_PATH
+from harness.places import HOST, SEARCH_PATH
 from tandrel import storage
 from tandrel.application import commands
 from tandrel.application.recovery import Recovery

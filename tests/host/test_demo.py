@@ -10,7 +10,7 @@ from pathlib import Path
 
 import pytest
 from demo import run
-from demo.display import x_server
+from harness.display import x_server
 from demo.drawing import PARTS
 from PIL import Image
 
@@ -86,7 +86,7 @@ def test_windows_are_managed_from_the_start_where_wanted(managed):
 
 KILLED = """
 import os, signal
-from demo.display import x_server
+from harness.display import x_server
 with x_server(320, 200, window_manager=True):
     print(open(f"/proc/self/task/{os.getpid()}/children").read(), flush=True)
     os.kill(os.getpid(), signal.SIGKILL)

@@ -4,7 +4,7 @@ import os
 import re
 
 import pytest
-from demo.user import User, handle, play, until
+from harness.user import User, handle, play, until
 from support.application import accept_bore, dialogs
 from support.roots import open_root
 from tandrel import storage

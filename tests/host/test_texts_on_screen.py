@@ -4,7 +4,7 @@ import re
 from tkinter import font, ttk
 
 import pytest
-from demo.display import x_server
+from harness.display import x_server
 from support.application import dialogs, in_editor, labels, shown
 from support.events import Send, settle
 from support.form import EVERY_TYPE

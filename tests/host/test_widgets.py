@@ -9,7 +9,7 @@ from pathlib import Path
 from tkinter import ttk
 
 import pytest
-from demo.display import x_server
+from harness.display import x_server
 from support.events import settle
 from tandrel.gui import theme, widgets
 from tandrel.gui.widgets import PAL, Form, Tooltip, px

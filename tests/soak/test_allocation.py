@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from demo.places import BUILD
+from harness.places import BUILD
 from soak import allocation
 from soak.harness.planted_build import plant
 

@@ -5,7 +5,7 @@ import subprocess
 import tomllib
 
 import pytest
-from demo.places import ROOT
+from harness.places import ROOT
 from soak.harness import executed
 from soak.harness.executed import Line, counted, judged
 

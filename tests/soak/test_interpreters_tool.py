@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 import pytest
-from demo.places import BUILD
+from harness.places import BUILD
 from soak import interpreters
 
 THIS = {"3.11": Path(sys.executable)}

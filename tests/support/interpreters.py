@@ -7,7 +7,7 @@ import subprocess
 from pathlib import Path
 
 import pytest
-from demo.places import ROOT
+from harness.places import ROOT
 
 VERSIONS = ["3.9", "3.10", "3.11", "3.12", "3.13"]
 DEVELOPER_MODE = ("-X", "dev", "-W", "error")
