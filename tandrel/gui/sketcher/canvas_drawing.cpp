@@ -13,9 +13,9 @@ namespace tandrel::sketcher {
 namespace {
 
 constexpr double kLeastGridPixels = 10;
-constexpr double kLeastGridLines = 2'000;  // that can always be drawn
-constexpr double kCornerRadius = 3;        // pixels; rings on the clicked corners
-constexpr double kPointerRadius = 2;       // pixels; the dot where a click would land
+constexpr double kLeastGridLines = 100'000;  // that can always be drawn
+constexpr double kCornerRadius = 3;          // pixels; rings on the clicked corners
+constexpr double kPointerRadius = 2;         // pixels; the dot where a click would land
 
 Ref first_axis_colour() {
   return "#D2504B"_n;
@@ -76,7 +76,7 @@ void draw_axes(const Picture& picture, Projection& projection, Painter& painter)
                ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
   painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
                ItemOptions("fill"_n, second_axis_colour(), "dash"_n, dash));
-  painter.text(py::tuple(picture.width.add(py::to_python(-6)), origin.y - 4),
+  painter.text(py::tuple(picture.width.subtract(py::to_python(6)), origin.y - 4),
                ItemOptions("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
   painter.text(py::tuple(origin.x + 4, 6),
                ItemOptions("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));
@@ -250,7 +250,7 @@ void label_diameter(Labels& labels, const Ref& entity, const Ref& prefix) {
   const Ref x = entity["xc"_n];
   const Point centre = labels.editor().to_screen(py::tuple(x, entity["yc"_n]));
   const Ref diameter = labels.length(2 * entity["r"_n].to_float());
-  labels.write(centre, ""_n.call("join"_n, py::list(prefix, diameter)));
+  labels.write(centre, py::text_of(prefix, diameter));
 }
 
 void label_slot(Labels& labels, const Ref& entity) {

@@ -1,7 +1,5 @@
 #include "editor.hpp"
 
-#include <algorithm>
-
 #include "widgets.hpp"
 
 namespace tandrel::sketcher {
@@ -26,88 +24,145 @@ Ref& editor_class() noexcept {
 //       bottom    hint, OK, Cancel
 
 Ref panel(const Ref& parent) {
-  return themed("Frame"_n, parent, "style"_n, "Panel.TFrame");
+  return themed("Frame"_n, parent, {"style"_a = "Panel.TFrame"});
 }
 
 void pack_left(const Ref& widget, const Ref& padx) {
-  const Ref options = py::dict("side"_n, "left");
-  if (padx) options.set_item("padx"_n, padx);
-  widget.call("pack"_n, py::Keywords(options));
+  if (padx) {
+    pack(widget, {"side"_a = "left", "padx"_a = padx});
+  } else {
+    pack(widget, {"side"_a = "left"});
+  }
 }
 
 void add_label(const Ref& parent, const Ref& text, const char* style, const Ref& padx = {}) {
-  const Ref label = themed("Label"_n, parent, "text"_n, text, "style"_n, style);
-  pack_left(label, padx);
+  pack_left(themed("Label"_n, parent, {"text"_a = text, "style"_a = style}), padx);
 }
 
 void add_unit_label(const Ref& parent, const Ref& padx) {
   add_label(parent, units().call("unit"_n, "length"_n), "Muted.TLabel", padx);
 }
 
-Ref add_entry(const Ref& parent, const Ref& entry_variable, int width, const Ref& padx = {}) {
-  Ref entry = themed("Entry"_n, parent, "textvariable"_n, entry_variable, "width"_n, width);
+Ref add_entry(const Ref& parent, const Ref& variable, int width, const Ref& padx = {}) {
+  Ref entry = themed("Entry"_n, parent, {"textvariable"_a = variable, "width"_a = width});
   pack_left(entry, padx);
   return entry;
 }
 
-void build_placement(const Editor& editor, const Ref& top, bool allow_plane) {
-  if (allow_plane) {
+void build_placement(const Editor& editor, const Ref& top, const Ref& allow_plane) {
+  if (allow_plane.truth()) {
     add_label(top, tr("Plane"_n), "Panel.TLabel");
     const Ref chooser =
-        themed("Combobox"_n, top, "textvariable"_n, editor.get("plane"_n), "values"_n,
-               S().attr("PLANES"_n), "state"_n, "readonly", "width"_n, 5);
-    pack(chooser, "side"_n, "left", "padx"_n, py::tuple(4, 12));
-    bind(chooser, "<<ComboboxSelected>>"_n,
-         command_sequence(editor, py::tuple("_plane_changed"_n, "redraw"_n)));
+        themed("Combobox"_n, top,
+               {"textvariable"_a = editor.get("plane"_n), "values"_a = S().attr("PLANES"_n),
+                "state"_a = "readonly", "width"_a = 5});
+    pack(chooser, {"side"_a = "left", "padx"_a = py::tuple(4, 12)});
+    bind(chooser, "<<ComboboxSelected>>"_n, handler(editor, {"_plane_changed"_n, "redraw"_n}));
   }
   add_label(top, tr("Offset along the normal"_n), "Panel.TLabel");
   add_entry(top, editor.get("offset"_n), 9, py::tuple(4, 2));
   add_unit_label(top, py::tuple(0, 12));
 }
 
-void build_top(const Editor& editor, const Ref& outer, bool allow_plane) {
+void build_top(const Editor& editor, const Ref& outer, const Ref& allow_plane) {
   const Ref top = panel(outer);
-  pack(top, "fill"_n, "x");
-  if (editor.get("dim"_n).equals(py::to_python(3))) build_placement(editor, top, allow_plane);
-  pack(themed("Checkbutton"_n, top, "text"_n, tr("Snap to grid"_n), "variable"_n,
-              editor.get("snap"_n)),
-       "side"_n, "left");
+  pack(top, {"fill"_a = "x"});
+  if (editor.is_in_space()) build_placement(editor, top, allow_plane);
+  const Ref snap = themed("Checkbutton"_n, top,
+                          {"text"_a = tr("Snap to grid"_n), "variable"_a = editor.get("snap"_n)});
+  pack(snap, {"side"_a = "left"});
   add_label(top, tr("Grid"_n), "Panel.TLabel", py::tuple(10, 4));
   const Ref grid = add_entry(top, editor.get("grid"_n), 7);
   for (const Ref& event : {"<Return>"_n, "<FocusOut>"_n}) {
-    bind(grid, event, command(editor, "redraw"_n));
+    bind(grid, event, handler(editor, {"redraw"_n}));
   }
   add_unit_label(top, py::tuple(2, 0));
-  pack(themed("Button"_n, top, "text"_n, tr("Fit"_n), "command"_n, command(editor, "fit"_n)),
-       "side"_n, "right");
+  const Ref fit =
+      themed("Button"_n, top, {"text"_a = tr("Fit"_n), "command"_a = editor.get("fit"_n)});
+  pack(fit, {"side"_a = "right"});
 }
 
 void build_tools(const Editor& editor, const Ref& body) {
   const Ref column = panel(body);
-  pack(column, "side"_n, "left", "fill"_n, "y", "padx"_n, py::tuple(0, 8));
+  pack(column, {"side"_a = "left", "fill"_a = "y", "padx"_a = py::tuple(0, 8)});
   py::for_each(global("TOOLS"_n), [&](const Ref& tool) {
     const auto [key, label] = py::unpack<2>(tool);
-    const Ref button =
-        themed("Radiobutton"_n, column, "text"_n, tr(label), "value"_n, key, "variable"_n,
-               editor.get("tool"_n), "style"_n, "SketchTool.TRadiobutton", "command"_n,
-               command(editor, "cancel_drawing"_n));
-    pack(button, "fill"_n, "x", "pady"_n, 1);
+    const Ref button = themed(
+        "Radiobutton"_n, column,
+        {"text"_a = tr(label), "value"_a = key, "variable"_a = editor.get("tool"_n),
+         "style"_a = "SketchTool.TRadiobutton", "command"_a = editor.get("cancel_drawing"_n)});
+    pack(button, {"fill"_a = "x", "pady"_a = 1});
     global("Tooltip"_n)(button, tr(global("TOOL_TIPS"_n)[key]));
   });
   const Ref row = panel(column);
-  pack(row, "fill"_n, "x", "pady"_n, py::tuple(6, 0));
+  pack(row, {"fill"_a = "x", "pady"_a = py::tuple(6, 0)});
   add_label(row, tr("Sides"_n), "Panel.TLabel");
-  pack(themed("Spinbox"_n, row, "from_"_n, 3, "to"_n, 64, "textvariable"_n, editor.get("sides"_n),
-              "width"_n, 4),
-       "side"_n, "left", "padx"_n, py::tuple(4, 0));
-  pack(themed("Button"_n, column, "text"_n, tr("Delete"_n), "command"_n,
-              command(editor, "delete"_n)),
-       "fill"_n, "x", "pady"_n, py::tuple(12, 0));
+  const Ref sides =
+      themed("Spinbox"_n, row,
+             {"from_"_a = 3, "to"_a = 64, "textvariable"_a = editor.get("sides"_n), "width"_a = 4});
+  pack_left(sides, py::tuple(4, 0));
+  const Ref remove =
+      themed("Button"_n, column, {"text"_a = tr("Delete"_n), "command"_a = editor.get("delete"_n)});
+  pack(remove, {"fill"_a = "x", "pady"_a = py::tuple(12, 0)});
 }
+
+void build_canvas(const Editor& editor, const Ref& body) {
+  const Ref canvas = global("tk"_n).call(
+      "Canvas"_n, body,
+      py::kw({"width"_a = 620, "height"_a = 460, "background"_a = palette("panel"_n),
+              "highlightthickness"_a = 1, "highlightbackground"_a = palette("line"_n),
+              "cursor"_a = "crosshair"}));
+  editor.set("canvas"_n, canvas);
+  pack(canvas, {"side"_a = "left", "fill"_a = "both", "expand"_a = true});
+}
+
+void build_side(const Editor& editor, const Ref& body) {
+  const Ref side = themed("Frame"_n, body, {"style"_a = "Panel.TFrame", "width"_a = 280});
+  pack(side, {"side"_a = "left", "fill"_a = "y", "padx"_a = py::tuple(8, 0)});
+  const Ref rows = themed("Treeview"_n, side,
+                          {"columns"_a = py::tuple("size"_n), "show"_a = "tree headings",
+                           "height"_a = 8, "selectmode"_a = "browse"});
+  editor.set("list"_n, rows);
+  rows.call("heading"_n, "#0", py::kw({"text"_a = tr("Shape"_n)}));
+  rows.call("heading"_n, "size", py::kw({"text"_a = tr("Size"_n)}));
+  rows.call("column"_n, "#0", py::kw({"width"_a = 110}));
+  rows.call("column"_n, "size", py::kw({"width"_a = 160}));
+  pack(rows, {"fill"_a = "x"});
+  bind(rows, "<<TreeviewSelect>>"_n, handler(editor, {"_list_selected"_n}));
+  const Ref props = panel(side);
+  editor.set("props"_n, props);
+  pack(props, {"fill"_a = "x", "pady"_a = py::tuple(8, 0)});
+}
+
+void build_status(const Editor& editor, const Ref& outer) {
+  const Ref status = themed(
+      "Label"_n, outer,
+      {"text"_a = "", "style"_a = "Muted.TLabel", "wraplength"_a = px(900), "justify"_a = "left"});
+  editor.set("status"_n, status);
+  pack(status, {"fill"_a = "x", "pady"_a = py::tuple(6, 0)});
+}
+
+void build_bottom(const Editor& editor, const Ref& outer) {
+  const Ref bottom = panel(outer);
+  pack(bottom, {"fill"_a = "x", "pady"_a = py::tuple(8, 0)});
+  add_label(bottom, tr("Shapes inside other shapes become holes; overlapping shapes join."_n),
+            "Muted.TLabel");
+  const Ref cancel = themed("Button"_n, bottom,
+                            {"text"_a = tr("Cancel"_n), "command"_a = editor.get("destroy"_n)});
+  pack(cancel, {"side"_a = "right"});
+  const Ref ok = themed(
+      "Button"_n, bottom,
+      {"text"_a = tr("OK"_n), "style"_a = "Primary.TButton", "command"_a = editor.get("ok"_n)});
+  pack(ok, {"side"_a = "right", "padx"_a = py::tuple(0, 6)});
+}
+
+// -- bindings ----------------------------------------------------------------------------------
 
 struct EventBinding {
   const char* event;
   const char* operation;
+  /// Whether the operation is bound as it is when the binding is made, and gets the event; others
+  /// are looked up when the event comes.
   bool takes_event;
 };
 
@@ -127,15 +182,13 @@ constexpr EventBinding kCanvasBindings[] = {
 constexpr EventBinding kKeyBindings[] = {
     {"<Escape>", "cancel_drawing", false},
     {"<Return>", "close_line", false},
-    {"<Delete>", "delete", false},
-    {"<BackSpace>", "delete", false},
 };
 
 void bind_all(const Editor& editor, const Ref& widget, std::span<const EventBinding> bindings) {
   for (const EventBinding& row : bindings) {
     const Ref operation = py::interned(row.operation);
     bind(widget, py::to_python(row.event),
-         row.takes_event ? event_handler(editor, operation) : command(editor, operation));
+         row.takes_event ? editor.get(operation) : handler(editor, {operation}));
   }
 }
 
@@ -146,52 +199,11 @@ void bind_canvas(const Editor& editor, const Ref& canvas) {
   bind(canvas, "<Button-5>"_n, zoom_handler(editor, 1 / kZoomStep));
 }
 
-void build_canvas(const Editor& editor, const Ref& body) {
-  const Ref canvas = global("tk"_n).call(
-      "Canvas"_n, body,
-      py::kw("width"_n, 620, "height"_n, 460, "background"_n, palette("panel"_n),
-             "highlightthickness"_n, 1, "highlightbackground"_n, palette("line"_n), "cursor"_n,
-             "crosshair"));
-  editor.set("canvas"_n, canvas);
-  pack(canvas, "side"_n, "left", "fill"_n, "both", "expand"_n, true);
-  bind_canvas(editor, canvas);
-}
-
-void build_side(const Editor& editor, const Ref& body) {
-  const Ref side = themed("Frame"_n, body, "style"_n, "Panel.TFrame", "width"_n, 280);
-  pack(side, "side"_n, "left", "fill"_n, "y", "padx"_n, py::tuple(8, 0));
-  const Ref rows = themed("Treeview"_n, side, "columns"_n, py::tuple("size"_n), "show"_n,
-                          "tree headings", "height"_n, 8, "selectmode"_n, "browse");
-  editor.set("list"_n, rows);
-  rows.call("heading"_n, "#0", py::kw("text"_n, tr("Shape"_n)));
-  rows.call("heading"_n, "size", py::kw("text"_n, tr("Size"_n)));
-  rows.call("column"_n, "#0", py::kw("width"_n, 110));
-  rows.call("column"_n, "size", py::kw("width"_n, 160));
-  pack(rows, "fill"_n, "x");
-  bind(rows, "<<TreeviewSelect>>"_n, command(editor, "_list_selected"_n));
-  const Ref props = panel(side);
-  editor.set("props"_n, props);
-  pack(props, "fill"_n, "x", "pady"_n, py::tuple(8, 0));
-}
-
-void build_status(const Editor& editor, const Ref& outer) {
-  const Ref status = themed("Label"_n, outer, "text"_n, "", "style"_n, "Muted.TLabel",
-                            "wraplength"_n, px(900), "justify"_n, "left");
-  editor.set("status"_n, status);
-  pack(status, "fill"_n, "x", "pady"_n, py::tuple(6, 0));
-}
-
-void build_bottom(const Editor& editor, const Ref& outer) {
-  const Ref bottom = panel(outer);
-  pack(bottom, "fill"_n, "x", "pady"_n, py::tuple(8, 0));
-  add_label(bottom, tr("Shapes inside other shapes become holes; overlapping shapes join."_n),
-            "Muted.TLabel");
-  pack(themed("Button"_n, bottom, "text"_n, tr("Cancel"_n), "command"_n,
-              command(editor, "destroy"_n)),
-       "side"_n, "right");
-  pack(themed("Button"_n, bottom, "text"_n, tr("OK"_n), "style"_n, "Primary.TButton", "command"_n,
-              command(editor, "ok"_n)),
-       "side"_n, "right", "padx"_n, py::tuple(0, 6));
+void bind_keys(const Editor& editor) {
+  bind_all(editor, editor.object(), kKeyBindings);
+  for (const Ref& key : {"<Delete>"_n, "<BackSpace>"_n}) {
+    bind(editor.object(), key, delete_handler(editor));
+  }
 }
 
 void build(const Editor& editor, const Ref& allow_plane) {
@@ -204,16 +216,18 @@ void build(const Editor& editor, const Ref& allow_plane) {
   editor.set("offset"_n,
              make_variable("StringVar"_n, editor.object(), global("num_text"_n)(shown_offset)));
 
-  const Ref outer = themed("Frame"_n, editor.object(), "style"_n, "Panel.TFrame", "padding"_n, 10);
-  pack(outer, "fill"_n, "both", "expand"_n, true);
-  build_top(editor, outer, allow_plane.truth());
+  const Ref outer =
+      themed("Frame"_n, editor.object(), {"style"_a = "Panel.TFrame", "padding"_a = 10});
+  pack(outer, {"fill"_a = "both", "expand"_a = true});
+  build_top(editor, outer, allow_plane);
   const Ref body = panel(outer);
-  pack(body, "fill"_n, "both", "expand"_n, true, "pady"_n, py::tuple(8, 0));
+  pack(body, {"fill"_a = "both", "expand"_a = true, "pady"_a = py::tuple(8, 0)});
   build_tools(editor, body);
   build_canvas(editor, body);
   build_side(editor, body);
   build_status(editor, outer);
   build_bottom(editor, outer);
+  bind_canvas(editor, editor.canvas());
   editor.call("refresh_list"_n);
 }
 
@@ -256,12 +270,12 @@ void open(const Editor& editor, const Ref& parent, const Request& request) {
   const Ref title = request.title.truth() ? request.title : tr("Sketch"_n);
   editor.call("title"_n, title);
   editor.call("transient"_n, parent);
-  editor.call("configure"_n, py::kw("background"_n, palette("panel"_n)));
+  editor.call("configure"_n, py::kw({"background"_a = palette("panel"_n)}));
   set_state(editor, request);
   editor.call("_build"_n, request.allow_plane);
   editor.call("update_idletasks"_n);
   editor.call("fit"_n);
-  bind_all(editor, editor.object(), kKeyBindings);
+  bind_keys(editor);
 }
 
 void close_half_built(const Editor& editor) noexcept {
@@ -285,27 +299,23 @@ void init(const Editor& editor, const Ref& parent, const Ref& sketch, const Ref&
   }
 }
 
-long long measure(const Ref& widget, const Ref& what) {
-  return widget.call(what).integer();
-}
-
 /// The pixel at which the dialog starts, so that `1 / part` of the free space is before it; never
 /// before the master's own start.
-long long start_within(long long start, long long available, long long needed, long long part) {
-  return start + std::max((available - needed) / part, 0LL);
+Ref start_within(const Ref& start, const Ref& free, int part) {
+  const Ref before = free.floor_divide(py::to_python(part));
+  return start.add(py::builtin("max"_n)(before, 0));
 }
 
 Ref run(const Editor& editor) {
   editor.call("update_idletasks"_n);
-  const Ref& self = editor.object();
   const Ref master = editor.get("master"_n);
-  const auto left = measure(master, "winfo_rootx"_n);
-  const auto width = measure(master, "winfo_width"_n);
-  const auto x = start_within(left, width, measure(self, "winfo_width"_n), 2);
-  const auto top = measure(master, "winfo_rooty"_n);
-  const auto height = measure(master, "winfo_height"_n);
-  const auto y = start_within(top, height, measure(self, "winfo_height"_n), 4);
-  editor.call("geometry"_n, "+{}+{}"_n.call("format"_n, x, y));
+  const Ref left = master.call("winfo_rootx"_n);
+  const Ref width = master.call("winfo_width"_n);
+  const Ref x = start_within(left, width.subtract(editor.call("winfo_width"_n)), 2);
+  const Ref top = master.call("winfo_rooty"_n);
+  const Ref height = master.call("winfo_height"_n);
+  const Ref y = start_within(top, height.subtract(editor.call("winfo_height"_n)), 4);
+  editor.call("geometry"_n, py::text_of("+", x, "+", y));
   editor.call("grab_set"_n);
   editor.call("fit"_n);
   editor.call("wait_window"_n);
@@ -321,7 +331,7 @@ void store_placement(const Editor& editor) {
 }
 
 void ok(const Editor& editor) {
-  if (editor.get("dim"_n).equals(py::to_python(3))) {
+  if (editor.is_in_space()) {
     const auto unreadable = py::attempt([&] { store_placement(editor); }, py::ValueError);
     if (unreadable) {
       editor.set_status(tr("The offset must be a number."_n));

@@ -23,7 +23,7 @@ Point Editor::centre() const {
 
 std::array<Ref, 2> Editor::axis_names() const {
   const Ref in_plane = py::tuple("x", "y");
-  if (!get("dim"_n).equals(py::to_python(3))) return py::unpack<2>(in_plane);
+  if (!is_in_space()) return py::unpack<2>(in_plane);
   const Ref axes = S().attr("AXES"_n);
   return py::unpack<2>(axes.call("get"_n, variable("plane"_n), in_plane));
 }

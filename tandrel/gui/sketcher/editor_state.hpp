@@ -38,12 +38,14 @@ class Editor {
   Point centre() const;
   void set_centre(Point centre) const { set("centre"_n, array(centre)); }
 
+  /// Whether the sketch is placed in space, on a plane with an offset.
+  bool is_in_space() const { return get("dim"_n).equals(py::to_python(3)); }
   /// The names of the plane's two axes where the sketch lies in space, else "x" and "y".
   std::array<Ref, 2> axis_names() const;
 
   bool tool_is(const Ref& name) const { return variable("tool"_n).equals(name); }
   void set_status(const Ref& text) const {
-    get("status"_n).call("configure"_n, py::kw("text"_n, text));
+    get("status"_n).call("configure"_n, py::kw({"text"_a = text}));
   }
 
   /// Calls an operation through the object.

@@ -15,7 +15,7 @@ namespace {
 
 struct Import {
   const char* module;
-  const char* name;  // null: the module itself
+  const char* name;  // of what is imported from it; null: the module itself
   const char* as;
 };
 
@@ -23,7 +23,7 @@ constexpr Import kImports[] = {
     {"copy", nullptr, "copy"},
     {"math", nullptr, "math"},
     {"tkinter", nullptr, "tk"},
-    {"tkinter.ttk", nullptr, "ttk"},
+    {"tkinter", "ttk", "ttk"},
     {"typing", "Any", "Any"},
     {"typing", "Dict", "Dict"},
     {"typing", "List", "List"},
@@ -31,7 +31,7 @@ constexpr Import kImports[] = {
     {"typing", "Sequence", "Sequence"},
     {"typing", "Tuple", "Tuple"},
     {"numpy", nullptr, "np"},
-    {"tandrel.sketch", nullptr, "S"},
+    {"tandrel", "sketch", "S"},
     {"tandrel.gui.i18n", "N_", "N_"},
     {"tandrel.gui.i18n", "tr", "tr"},
     {"tandrel.gui.widgets", "PAL", "PAL"},
@@ -44,17 +44,18 @@ constexpr Import kImports[] = {
 
 void add_imports(const Ref& module) {
   for (const Import& row : kImports) {
-    Ref value = py::import_module(py::interned(row.module));
-    if (row.name != nullptr) value = py::import_from(value, py::interned(row.name));
-    module.set_attr(py::interned(row.as), value);
+    const Ref source = py::interned(row.module);
+    module.set_attr(py::interned(row.as), row.name == nullptr
+                                              ? py::import_module(source)
+                                              : py::import_from(source, py::interned(row.name)));
   }
 }
 
 Ref make_editor_class(const Ref& module) {
   const Ref attributes = py::dict(
-      "__module__"_n, module.attr("__name__"_n), "__qualname__"_n, "SketchEditor", "__doc__"_n,
-      "Edit a sketch in place. `result` is the edited sketch after OK (None after "
-      "Cancel).");
+      {"__module__"_a = module.attr("__name__"_n), "__qualname__"_a = "SketchEditor",
+       "__doc__"_a = "Edit a sketch in place. `result` is the edited sketch after OK (None after "
+                     "Cancel)."});
   for (const py::Methods* unit : {&editor_methods(), &view_methods(), &canvas_drawing_methods(),
                                   &tools_methods(), &side_panel_methods()}) {
     py::set_own(*unit);

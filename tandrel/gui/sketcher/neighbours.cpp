@@ -27,6 +27,17 @@ Ref global(const Ref& name) {
   py::Error::raise(py::NameError, "name '" + name.text() + "' is not defined");
 }
 
+Ref tkinters(const Ref& name) {
+  const Ref tkinter = py::imported("tkinter"_n);
+  const Ref own_names = tkinter ? py::names_of_module(tkinter) : Ref();
+  return own_names ? py::find_item(own_names, name) : Ref();
+}
+
+bool is_tkinters(const Ref& object, const Ref& class_name) {
+  const Ref own_class = tkinters(class_name);
+  return own_class && object.has_type_within(own_class);
+}
+
 bool has_own_numpy() {
   return global("np"_n).is(py::imported("numpy"_n));
 }

@@ -34,11 +34,6 @@ inline Ref format_length(const Ref& unit_system, const Ref& length) {
 inline Ref tr(const Ref& text) {
   return global("tr"_n)(text);
 }
-/// The same with its {placeholders} filled in by name.
-template <class... Pairs>
-Ref tr_format(const Ref& text, const Pairs&... values) {
-  return tr(text).call("format"_n, py::kw(values...));
-}
 /// A colour of the application's palette.
 inline Ref palette(const Ref& role) {
   return global("PAL"_n)[role];
@@ -55,6 +50,13 @@ inline Ref deepcopy(const Ref& object) {
 inline double snap_radius() {
   return global("SNAP_PX"_n).number();
 }
+/// What tkinter itself has under this name; an empty handle where it has none, isn't there, or
+/// where something that is no module has its place.
+Ref tkinters(const Ref& name);
+/// Whether an object is an instance of tkinter's own class of this name. Nothing is asked of the
+/// object.
+bool is_tkinters(const Ref& object, const Ref& class_name);
+
 /// Whether `np` is numpy as it was imported, so that the same may be computed without it.
 bool has_own_numpy();
 /// `np.array([x, y])`.

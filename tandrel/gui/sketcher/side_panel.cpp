@@ -21,10 +21,8 @@ Ref summary(const Ref& entity) {
 }
 
 Ref row_text(Py_ssize_t index, const Ref& entity) {
-  const Ref position = py::to_python(index + 1).to_str();
   const Ref type = entity["type"_n];
-  const Ref kind = tr(global("TYPE_LABEL"_n)[type]);
-  return ""_n.call("join"_n, py::list(position, ". ", kind));
+  return py::text_of(index + 1, ". ", tr(global("TYPE_LABEL"_n)[type]));
 }
 
 void refresh_list(const Editor& editor, const Ref& keep) {
@@ -36,7 +34,7 @@ void refresh_list(const Editor& editor, const Ref& keep) {
     const Ref text = row_text(index, entity);
     const Ref iid = py::to_python(index).to_str();
     rows.call("insert"_n, "", "end",
-              py::kw("iid"_n, iid, "text"_n, text, "values"_n, py::tuple(size)));
+              py::kw({"iid"_a = iid, "text"_a = text, "values"_a = py::tuple(size)}));
     ++index;
   });
   if (editor.has_selection()) rows.call("selection_set"_n, editor.selection().to_str());
@@ -86,64 +84,50 @@ Ref field_text(const Field& field, const Ref& entity) {
 
 void add_field(const Editor& editor, const Ref& form, const Field& field, const Ref& entity) {
   const Ref text = field_text(field, entity);
-  const Ref entry_variable = make_variable("StringVar"_n, editor.get("props"_n), text);
-  editor.get("vars"_n).set_item(field.key, entry_variable);
+  const Ref variable = make_variable("StringVar"_n, editor.get("props"_n), text);
+  editor.get("vars"_n).set_item(field.key, variable);
   const Ref label = tr(field.label);
   const Ref unit = field.is_length ? units().call("unit"_n, "length"_n) : ""_n;
-  const Ref entry =
-      form.call("entry"_n, label, entry_variable, unit, py::kw("width"_n, kEntryWidth));
-  bind(entry, "<Return>"_n, command_sequence(editor, py::tuple("apply_props"_n)));
-}
-
-/// The corners' box edits its own text with the delete keys: a bind tag ahead of the dialog's stops
-/// them, which would remove the shape there.
-void keep_delete_keys(const Ref& box) {
-  const Ref& tag = "SketchCorners"_n;
-  for (const Ref& key : {"<Delete>"_n, "<BackSpace>"_n}) {
-    box.call("bind_class"_n, tag, key, "break"_n);
-  }
-  const Ref tags = box.call("bindtags"_n).to_list();
-  tags.call("insert"_n, 2, tag);  // a new widget's tags: itself, its class, its window, all
-  box.call("bindtags"_n, tags.to_tuple());
+  const Ref entry = form.call("entry"_n, label, variable, unit, py::kw({"width"_a = kEntryWidth}));
+  bind(entry, "<Return>"_n, handler(editor, {"apply_props"_n}));
 }
 
 void add_corners_box(const Editor& editor, const Ref& form, const Ref& entity) {
   form.call("note"_n, tr("Corners (u v, one pair per line):"_n));
-  const Ref box =
-      global("tk"_n).call("Text"_n, editor.get("props"_n), py::kw("height"_n, 6, "width"_n, 28));
+  const Ref box = global("tk"_n).call("Text"_n, editor.get("props"_n),
+                                      py::kw({"height"_a = 6, "width"_a = 28}));
   editor.set("points_text"_n, box);
-  keep_delete_keys(box);
   const Ref unit_system = units();
   const Ref lines = py::list();
   py::for_each(entity["points"_n], [&](const Ref& point) {
     const Ref u = length_text(unit_system, point[0]);
     const Ref v = length_text(unit_system, point[1]);
-    py::append(lines, " "_n.call("join"_n, py::list(u, v)));
+    py::append(lines, py::text_of(u, " ", v));
   });
   box.call("insert"_n, "1.0", "\n"_n.call("join"_n, lines));
-  pack(box, "fill"_n, "x");
+  pack(box, {"fill"_a = "x"});
 }
 
 void show_props(const Editor& editor) {
   const Ref props = editor.get("props"_n);
   py::for_each(props.call("winfo_children"_n), [](const Ref& child) { child.call("destroy"_n); });
   if (!editor.has_selection()) {
-    const Ref hint = tr("Select a shape to type its exact size."_n);
-    pack(themed("Label"_n, props, "text"_n, hint, "style"_n, "Muted.TLabel", "wraplength"_n,
-                px(kHintWidth)),
-         "anchor"_n, "w");
+    const Ref label = themed("Label"_n, props,
+                             {"text"_a = tr("Select a shape to type its exact size."_n),
+                              "style"_a = "Muted.TLabel", "wraplength"_a = px(kHintWidth)});
+    pack(label, {"anchor"_a = "w"});
     return;
   }
   const Ref entity = editor.selected_entity();
-  const Ref form = global("Form"_n)(props, py::kw("label_width"_n, kLabelWidth));
+  const Ref form = global("Form"_n)(props, py::kw({"label_width"_a = kLabelWidth}));
   form.call("pack"_n);
   editor.set("vars"_n, py::dict());
   py::for_each(fields_of(entity),
                [&](const Ref& row) { add_field(editor, form, Field(row), entity); });
   if (entity["type"_n].equals("polygon"_n)) add_corners_box(editor, form, entity);
-  const Ref apply = themed("Button"_n, props, "text"_n, tr("Apply"_n), "command"_n,
-                           command(editor, "apply_props"_n));
-  pack(apply, "anchor"_n, "e", "pady"_n, py::tuple(6, 0));
+  const Ref apply = themed("Button"_n, props,
+                           {"text"_a = tr("Apply"_n), "command"_a = editor.get("apply_props"_n)});
+  pack(apply, {"anchor"_a = "e", "pady"_a = py::tuple(6, 0)});
 }
 
 /// The nearest integer, of two equally near the even one.
@@ -198,12 +182,13 @@ void apply_props(const Editor& editor) {
       },
       py::ValueError);
   if (refused) {
-    editor.set_status(tr_format("Not applied: {why}"_n, "why"_n, refused->value()));
+    const Ref message = tr("Not applied: {why}"_n);
+    editor.set_status(message.call("format"_n, py::kw({"why"_a = refused->value()})));
     return;
   }
   editor.entities().set_item(editor.selection(), entity);
   editor.set_status(""_n);
-  editor.call("refresh_list"_n, py::kw("keep"_n, true));
+  editor.call("refresh_list"_n, py::kw({"keep"_a = true}));
   editor.redraw();
 }
 

@@ -98,13 +98,25 @@ Ref field_dictionary() {
   return result;
 }
 
-Ref by(const Ref& first, const Ref& second) {
-  return " x "_n.call("join"_n, py::list(first, second));
-}
-
 Ref describe_rectangle(const Ref& entity, const Ref& unit_system) {
   const Ref width = format_length(unit_system, entity["w"_n]);
-  return by(width, format_length(unit_system, entity["h"_n]));
+  return py::text_of(width, " x ", format_length(unit_system, entity["h"_n]));
+}
+
+/// Twice the radius.
+Ref diameter(const Ref& entity, const Ref& unit_system) {
+  return format_length(unit_system, py::to_python(2 * entity["r"_n].to_float()));
+}
+
+Ref describe_circle(const Ref& entity, const Ref& unit_system) {
+  const Ref text = tr("diameter {d}"_n);
+  return text.call("format"_n, py::kw({"d"_a = diameter(entity, unit_system)}));
+}
+
+Ref describe_regular(const Ref& entity, const Ref& unit_system) {
+  const Ref text = tr("{n} sides, {d} across corners"_n);
+  return text.call("format"_n,
+                   py::kw({"n"_a = entity["n"_n].to_int(), "d"_a = diameter(entity, unit_system)}));
 }
 
 /// Overall length end to end by overall width.
@@ -115,24 +127,23 @@ Ref describe_slot(const Ref& entity, const Ref& unit_system) {
   const Point axis = end2 - end1;
   const double length = global("math"_n).call("hypot"_n, axis.x, axis.y).number() + 2 * r;
   const Ref overall_length = format_length(unit_system, py::to_python(length));
-  return by(overall_length, format_length(unit_system, py::to_python(2 * r)));
+  return py::text_of(overall_length, " x ", format_length(unit_system, py::to_python(2 * r)));
+}
+
+Ref describe_corners(const Ref& entity) {
+  const Ref text = tr("{n} corners"_n);
+  const Ref points = entity.call("get"_n, "points"_n, py::list());
+  return text.call("format"_n, py::kw({"n"_a = points.size()}));
 }
 
 Ref describe(const Ref& entity) {
   const Ref unit_system = units();
-  const auto diameter = [&] {
-    return format_length(unit_system, py::to_python(2 * entity["r"_n].to_float()));
-  };
   const Ref type = entity["type"_n];
   if (type.equals("rectangle"_n)) return describe_rectangle(entity, unit_system);
-  if (type.equals("circle"_n)) return tr_format("diameter {d}"_n, "d"_n, diameter());
-  if (type.equals("regular"_n)) {
-    const Ref sides = entity["n"_n].to_int();
-    return tr_format("{n} sides, {d} across corners"_n, "n"_n, sides, "d"_n, diameter());
-  }
+  if (type.equals("circle"_n)) return describe_circle(entity, unit_system);
+  if (type.equals("regular"_n)) return describe_regular(entity, unit_system);
   if (type.equals("slot"_n)) return describe_slot(entity, unit_system);
-  const Ref points = entity.call("get"_n, "points"_n, py::list());
-  return tr_format("{n} corners"_n, "n"_n, points.size());
+  return describe_corners(entity);
 }
 
 }  // namespace

@@ -24,8 +24,7 @@ void motion(const Editor& editor, const Ref& event) {
   const Ref u = format_length(unit_system, cursor[0]);
   const Ref v = format_length(unit_system, cursor[1]);
   const Ref hint = tr(global("TOOL_TIPS"_n)[editor.variable("tool"_n)]);
-  editor.set_status(
-      ""_n.call("join"_n, py::list(first, " = ", u, "   ", second, " = ", v, "     ", hint)));
+  editor.set_status(py::text_of(first, " = ", u, "   ", second, " = ", v, "     ", hint));
   editor.redraw();
 }
 
@@ -37,7 +36,7 @@ void press_select(const Editor& editor, const Ref& event, const Ref& start) {
   editor.call("select"_n, hit);
   if (hit.is_none()) return;
   const Ref original = deepcopy(editor.entities()[hit]);
-  editor.set("drag"_n, py::dict("kind"_n, "move"_n, "start"_n, start, "orig"_n, original));
+  editor.set("drag"_n, py::dict({"kind"_a = "move"_n, "start"_a = start, "orig"_a = original}));
 }
 
 /// Whether a click lands on the first corner of an outline that has enough corners to be closed.
@@ -85,7 +84,7 @@ void press(const Editor& editor, const Ref& event) {
   if (tool.equals("select"_n)) {
     press_select(editor, event, point);
   } else if (tool.equals("rectangle"_n) || tool.equals("circle"_n) || tool.equals("regular"_n)) {
-    editor.set("drag"_n, py::dict("kind"_n, "new"_n, "start"_n, point));
+    editor.set("drag"_n, py::dict({"kind"_a = "new"_n, "start"_a = point}));
   } else if (tool.equals("line"_n)) {
     press_line(editor, event, point);
   } else if (tool.equals("slot"_n)) {
@@ -102,7 +101,7 @@ void drag(const Editor& editor, const Ref& event) {
     const Point shift = read_point(point) - read_point(drag["start"_n]);
     const Ref moved = editor.call("_moved"_n, drag["orig"_n], array(shift));
     editor.entities().set_item(editor.selection(), moved);
-    editor.call("refresh_list"_n, py::kw("keep"_n, true));
+    editor.call("refresh_list"_n, py::kw({"keep"_a = true}));
   }
   editor.redraw();
 }
@@ -113,7 +112,7 @@ void release(const Editor& editor, const Ref& event) {
   const Ref point = editor.snapped(event);
   if (drag["kind"_n].equals("new"_n)) {
     const Ref entity = editor.call("_from_drag"_n, drag["start"_n], point);
-    if (editor.is_valid(entity)) editor.call("add"_n, entity);
+    if (!entity.is_none() && editor.is_valid(entity)) editor.call("add"_n, entity);
   } else if (drag["kind"_n].equals("move"_n)) {
     editor.call("show_props"_n);
   }
@@ -145,8 +144,8 @@ Ref rectangle_from_drag(Point a, Point b) {
   const double width = std::abs(b.x - a.x);
   const double height = std::abs(b.y - a.y);
   if (width == 0 || height == 0) return Ref::none();
-  return py::dict("type"_n, "rectangle"_n, "x"_n, lesser(a.x, b.x), "y"_n, lesser(a.y, b.y), "w"_n,
-                  width, "h"_n, height, "radius"_n, 0.0);
+  return py::dict({"type"_a = "rectangle"_n, "x"_a = lesser(a.x, b.x), "y"_a = lesser(a.y, b.y),
+                   "w"_a = width, "h"_a = height, "radius"_a = 0.0});
 }
 
 Ref from_drag(const Editor& editor, const Ref& start, const Ref& end) {
@@ -157,12 +156,11 @@ Ref from_drag(const Editor& editor, const Ref& start, const Ref& end) {
   const double r = norm(b - a);
   if (r == 0) return Ref::none();
   if (tool.equals("circle"_n)) {
-    return py::dict("type"_n, "circle"_n, "xc"_n, a.x, "yc"_n, a.y, "r"_n, r);
+    return py::dict({"type"_a = "circle"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r});
   }
   if (tool.equals("regular"_n)) {
-    const Ref sides = number_of_sides(editor);
-    return py::dict("type"_n, "regular"_n, "xc"_n, a.x, "yc"_n, a.y, "r"_n, r, "n"_n, sides,
-                    "angle"_n, direction_in_degrees(b - a));
+    return py::dict({"type"_a = "regular"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r,
+                     "n"_a = number_of_sides(editor), "angle"_a = direction_in_degrees(b - a)});
   }
   return Ref::none();
 }
@@ -177,7 +175,8 @@ Ref slot(const Editor&, const Ref& first_end, const Ref& second_end, const Ref& 
   // parallelogram over the axis, the distance its height.
   const double r = std::abs(cross(axis, read_point(side) - a)) / length;
   if (r == 0) return Ref::none();
-  return py::dict("type"_n, "slot"_n, "x1"_n, a.x, "y1"_n, a.y, "x2"_n, b.x, "y2"_n, b.y, "r"_n, r);
+  return py::dict(
+      {"type"_a = "slot"_n, "x1"_a = a.x, "y1"_a = a.y, "x2"_a = b.x, "y2"_a = b.y, "r"_a = r});
 }
 
 // -- outlines ----------------------------------------------------------------------------------
@@ -196,7 +195,7 @@ Ref polygon_through(const Ref& clicks) {
     const double u = click[0].to_float();
     py::append(points, py::list(u, click[1].to_float()));
   });
-  return py::dict("type"_n, "polygon"_n, "points"_n, points, "radius"_n, 0.0);
+  return py::dict({"type"_a = "polygon"_n, "points"_a = points, "radius"_a = 0.0});
 }
 
 /// Tells why the sketch module doesn't accept an entity, where it says so in words.
@@ -204,7 +203,8 @@ void report_not_added(const Editor& editor, const Ref& entity) {
   const auto refused = py::attempt([&] { S().call("outline"_n, entity); }, py::ValueError,
                                    py::KeyError, py::TypeError);
   if (refused && refused->matches(py::ValueError)) {
-    editor.set_status(tr_format("Not added: {why}"_n, "why"_n, refused->value()));
+    const Ref message = tr("Not added: {why}"_n);
+    editor.set_status(message.call("format"_n, py::kw({"why"_a = refused->value()})));
   }
 }
 
@@ -279,7 +279,7 @@ Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
 
 void select(const Editor& editor, const Ref& index) {
   editor.set("sel"_n, index);
-  editor.call("refresh_list"_n, py::kw("keep"_n, true));
+  editor.call("refresh_list"_n, py::kw({"keep"_a = true}));
   editor.call("show_props"_n);
   editor.redraw();
 }

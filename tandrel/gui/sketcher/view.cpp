@@ -55,8 +55,8 @@ Box bounding_box_of(const Ref& outlines) {
   });
   if (all && !has_empty) return *all;
   const Ref stacked = global("np"_n).call("vstack"_n, outlines);
-  const Ref lo = stacked.call("min"_n, py::kw("axis"_n, 0));
-  return {read_point(lo), read_point(stacked.call("max"_n, py::kw("axis"_n, 0)))};
+  const Ref lo = stacked.call("min"_n, py::kw({"axis"_a = 0}));
+  return {read_point(lo), read_point(stacked.call("max"_n, py::kw({"axis"_a = 0})))};
 }
 
 Ref extent(const Editor& editor) {

@@ -4,48 +4,53 @@ namespace tandrel::sketcher {
 
 namespace {
 
-Ref call_plain(const Ref& captured, const Ref&) {
-  return captured[0].call(captured[1]);
+Ref call_operations(const Ref& captured, const Ref&) {
+  Ref result;
+  py::for_each(captured[1], [&](const Ref& operation) { result = captured[0].call(operation); });
+  return result;
 }
 
-Ref call_with_event(const Ref& captured, const Ref& arguments) {
-  return captured[0].call(captured[1], arguments[0]);
+Ref delete_selected(const Ref& editor, const Ref& event) {
+  const Ref widget = event.find_attr("widget"_n);
+  const Ref corners_box = editor.find_attr("points_text"_n);
+  if (widget && corners_box && widget.is(corners_box)) return Ref::none();
+  return editor.call("delete"_n);
 }
 
-Ref call_in_sequence(const Ref& captured, const Ref&) {
-  py::for_each(captured[1], [&](const Ref& operation) { captured[0].call(operation); });
-  return Ref::none();
-}
-
-Ref zoom(const Ref& captured, const Ref& arguments) {
-  const Ref event = arguments[0];
+Ref zoom(const Ref& captured, const Ref& event) {
   Ref factor = captured[1];
   if (factor.is_none()) {
-    const bool up = event.attr("delta"_n).number() > 0;
+    const bool up = event.attr("delta"_n).greater(py::to_python(0));
     factor = py::to_python(up ? kZoomStep : 1 / kZoomStep);
   }
   const Ref x = event.attr("x"_n);
   return captured[0].call("_zoom"_n, factor, x, event.attr("y"_n));
 }
 
+/// Whether a variable that is made without a master would belong to another root than `owner`.
+bool has_other_root(const Ref& owner) {
+  if (!is_tkinters(owner, "Misc"_n)) return false;
+  const Ref interpreter = owner.find_attr("tk"_n);
+  const Ref root = tkinters("_default_root"_n);
+  return interpreter && !(root && root.find_attr("tk"_n).is(interpreter));
+}
+
 }  // namespace
 
 Ref make_variable(const Ref& kind, const Ref& owner, const Ref& value) {
   const Ref make = global("tk"_n).attr(kind);
-  if (!owner.find_attr("tk"_n)) return make(py::kw("value"_n, value));
-  return make(py::kw("master"_n, owner, "value"_n, value));
+  if (has_other_root(owner)) return make(py::kw({"master"_a = owner, "value"_a = value}));
+  return make(py::kw({"value"_a = value}));
 }
 
-Ref command(const Editor& editor, const Ref& operation) {
-  return py::closure<&call_plain>(py::tuple(editor.object(), operation));
+Ref handler(const Editor& editor, std::initializer_list<Ref> operations) {
+  const Ref names = py::list();
+  for (const Ref& operation : operations) py::append(names, operation);
+  return py::closure<&call_operations>(py::tuple(editor.object(), names.to_tuple()));
 }
 
-Ref event_handler(const Editor& editor, const Ref& operation) {
-  return py::closure<&call_with_event>(py::tuple(editor.object(), operation));
-}
-
-Ref command_sequence(const Editor& editor, const Ref& operations) {
-  return py::closure<&call_in_sequence>(py::tuple(editor.object(), operations));
+Ref delete_handler(const Editor& editor) {
+  return py::closure<&delete_selected>(editor.object());
 }
 
 Ref zoom_handler(const Editor& editor, std::optional<double> factor) {

@@ -1,5 +1,9 @@
 #include "python/error.hpp"
 
+#include <exception>
+#include <new>
+#include <stdexcept>
+
 namespace tandrel::py {
 
 namespace {
@@ -48,8 +52,14 @@ void restore_as_python_error() noexcept {
     throw;
   } catch (const Error& error) {
     error.restore();
-  } catch (...) {  // bad_alloc, or length_error: more than any memory holds
+  } catch (const std::bad_alloc&) {
     PyErr_NoMemory();
+  } catch (const std::length_error&) {  // more than any memory holds
+    PyErr_NoMemory();
+  } catch (const std::exception& error) {
+    PyErr_SetString(PyExc_SystemError, error.what());
+  } catch (...) {
+    PyErr_SetString(PyExc_SystemError, "a C++ exception of an unknown kind");
   }
 }
 

@@ -36,6 +36,11 @@ void release_claim() noexcept {
   Py_DECREF(std::exchange(loaded_module, nullptr));
 }
 
+Ref fill_namespace(const Ref& attributes, const Ref& class_namespace) {
+  for_each(attributes, [&](const Ref& name) { class_namespace.set_item(name, attributes[name]); });
+  return Ref::none();
+}
+
 }  // namespace
 
 namespace detail {
@@ -65,11 +70,12 @@ bool knows_isolated_interpreters() noexcept {
 }  // namespace detail
 
 Ref make_class(const Ref& name, const Ref& bases, const Ref& attributes) {
-  return Ref::borrow(reinterpret_cast<PyObject*>(&PyType_Type))(name, bases, attributes);
+  const Ref body = closure<&fill_namespace>(attributes);
+  return import_module("types"_n).call("new_class"_n, name, bases, Ref::none(), body);
 }
 
 Ref make_static(const Ref& function) {
-  return import_module("builtins"_n).attr("staticmethod"_n)(function);
+  return builtin("staticmethod"_n)(function);
 }
 
 }  // namespace tandrel::py

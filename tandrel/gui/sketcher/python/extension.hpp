@@ -18,7 +18,8 @@ struct Extension {
 template <const Extension& Definition>
 PyObject* initialise() noexcept;
 
-/// `class name(*bases)` with the given attributes.
+/// What the statement `class name(*bases)` makes, with the given attributes: the metaclass of the
+/// bases decides, so that it need not be a type.
 Ref make_class(const Ref& name, const Ref& bases, const Ref& attributes);
 /// `staticmethod(function)`.
 Ref make_static(const Ref& function);

@@ -181,20 +181,20 @@ void set_own(const Methods& methods);
 /// subclass or the object itself puts in its place.
 bool has_own(const Ref& object, const Ref& name);
 
-/// A callable for others to keep: calls `Function(captured, arguments)`, both tuples.
+/// A callable of one argument for others to keep: calls `Function(captured, argument)`.
 template <auto Function>
 Ref closure(const Ref& captured) {
   static PyMethodDef definition{
       "handler",
-      [](PyObject* self, PyObject* arguments) noexcept -> PyObject* {
+      [](PyObject* self, PyObject* argument) noexcept -> PyObject* {
         try {
-          return Ref(Function(Ref::borrow(self), Ref::borrow(arguments))).release();
+          return Ref(Function(Ref::borrow(self), Ref::borrow(argument))).release();
         } catch (...) {
           restore_as_python_error();
           return nullptr;
         }
       },
-      METH_VARARGS, nullptr};
+      METH_O, nullptr};
   return Ref::steal(PyCFunction_NewEx(&definition, captured.get(), nullptr));
 }
 

@@ -68,6 +68,10 @@ bool Ref::less(const Ref& other) const {
   return compares(other, Py_LT);
 }
 
+bool Ref::greater(const Ref& other) const {
+  return compares(other, Py_GT);
+}
+
 bool Ref::contains(const Ref& item) const {
   const int found = PySequence_Contains(object_, item.object_);
   if (found < 0) throw Error::pending();
@@ -94,14 +98,16 @@ Ref Ref::to_int() const {
   return steal(PyNumber_Long(object_));
 }
 
-long long Ref::integer() const {
-  const long long value = PyLong_AsLongLong(object_);
-  if (value == -1 && PyErr_Occurred() != nullptr) throw Error::pending();
-  return value;
-}
-
 Ref Ref::add(const Ref& other) const {
   return steal(PyNumber_Add(object_, other.object_));
+}
+
+Ref Ref::subtract(const Ref& other) const {
+  return steal(PyNumber_Subtract(object_, other.object_));
+}
+
+Ref Ref::floor_divide(const Ref& other) const {
+  return steal(PyNumber_FloorDivide(object_, other.object_));
 }
 
 Ref Ref::power(const Ref& exponent) const {
@@ -128,6 +134,11 @@ bool Ref::is_pair_of_numbers() const {
     return type == &PyFloat_Type || type == &PyLong_Type;
   };
   return is_plain_number(0) && is_plain_number(1);
+}
+
+bool Ref::has_type_within(const Ref& other) const noexcept {
+  return PyType_Check(other.object_) &&
+         PyType_IsSubtype(Py_TYPE(object_), reinterpret_cast<PyTypeObject*>(other.object_)) != 0;
 }
 
 std::string Ref::text() const {
@@ -177,6 +188,16 @@ Ref dict() {
   return Ref::steal(PyDict_New());
 }
 
+Ref dict(std::initializer_list<Argument> entries) {
+  Ref result = dict();
+  for (const Argument& entry : entries) result.set_item(entry.name, entry.value);
+  return result;
+}
+
+Ref formatted(const Ref& value) {
+  return Ref::steal(PyObject_Format(value.get(), nullptr));
+}
+
 Ref find_item(const Ref& dictionary, const Ref& key) {
   PyObject* found = PyDict_GetItemWithError(dictionary.get(), key.get());
   if (found == nullptr && PyErr_Occurred() == nullptr) return {};
@@ -198,13 +219,27 @@ Ref imported(const Ref& name) {
 }
 
 Ref import_from(const Ref& module, const Ref& name) {
-  Ref found = module.find_attr(name);
-  if (!found) {
-    PyErr_Format(PyExc_ImportError, "cannot import name %R from %R", name.get(),
-                 module.attr("__name__"_n).get());
-    throw Error::pending();
-  }
-  return found;
+  Ref package;
+  const auto missing = attempt([&] { package = import_module(module); }, ImportError);
+  const auto find = [&] {
+    Ref found = package ? package.find_attr(name) : Ref();
+    return found ? found : imported(text_of(module, ".", name));
+  };
+  if (Ref found = find()) return found;
+  if (missing) throw Error(*missing);
+  // Imports a module of that name within the package too, if there is one.
+  builtin("__import__"_n)(module, dict(), Ref::none(), tuple(name), 0);
+  if (Ref found = find()) return found;
+  const Ref repr = builtin("repr"_n);
+  Error::raise(ImportError, text_of("cannot import name ", repr(name), " from ", repr(module)));
+}
+
+Ref names_of_module(const Ref& object) {
+  return PyModule_CheckExact(object.get()) ? Ref::borrow(PyModule_GetDict(object.get())) : Ref();
+}
+
+Ref builtin(const Ref& name) {
+  return import_module("builtins"_n).attr(name);
 }
 
 namespace detail {

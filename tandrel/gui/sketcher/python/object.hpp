@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -61,8 +62,9 @@ class Ref {
   bool truth() const;
   /// `self == other`, as `if` sees it; an object equals itself.
   bool equals(const Ref& other) const;
-  /// `self < other`.
+  /// `self < other`, `self > other`.
   bool less(const Ref& other) const;
+  bool greater(const Ref& other) const;
   /// `item in self`.
   bool contains(const Ref& item) const;
   bool is_instance(const Ref& classes) const;
@@ -73,10 +75,10 @@ class Ref {
   double to_float() const;
   /// `int(self)`: reads texts too.
   Ref to_int() const;
-  /// The value of an integer.
-  long long integer() const;
-  /// `self + other`, `self ** exponent`.
+  /// `self + other`, `self - other`, `self // other`, `self ** exponent`.
   Ref add(const Ref& other) const;
+  Ref subtract(const Ref& other) const;
+  Ref floor_divide(const Ref& other) const;
   Ref power(const Ref& exponent) const;
   /// `str(self)`, `list(self)`, `tuple(self)`.
   Ref to_str() const;
@@ -96,6 +98,8 @@ class Ref {
   bool is_exact_int() const noexcept { return Py_TYPE(object_) == &PyLong_Type; }
   bool is_exact_tuple() const noexcept { return Py_TYPE(object_) == &PyTuple_Type; }
 
+  /// Whether this object's type is `other`, or derives from it; `other` need not be a type.
+  bool has_type_within(const Ref& other) const noexcept;
   Ref type() const { return borrow(reinterpret_cast<PyObject*>(Py_TYPE(object_))); }
 
   /// `self(...)`: positional arguments of any type that `to_python` knows, then perhaps Keywords.
@@ -175,21 +179,6 @@ Ref dict(const Ref& name, const Pairs&... pairs) {
   return result;
 }
 
-/// Keyword arguments of a call: the dictionary is made once and may serve many calls.
-class Keywords {
- public:
-  explicit Keywords(Ref dictionary) : dictionary_(std::move(dictionary)) {}
-  const Ref& dictionary() const { return dictionary_; }
-
- private:
-  Ref dictionary_;
-};
-
-template <class... Pairs>
-Keywords kw(const Pairs&... pairs) {
-  return Keywords(dict(pairs...));
-}
-
 /// An interned text that lives as long as the process: `"redraw"_n`.
 template <std::size_t N>
 struct Literal {
@@ -209,6 +198,53 @@ const Ref& operator""_n() {
 }
 }  // namespace literals
 
+/// A name with its value: a keyword argument of a call, or an entry of a dictionary.
+///
+///   widget.call("pack"_n, py::kw({"side"_a = "left", "padx"_a = py::tuple(4, 0)}));
+struct Argument {
+  Ref name;
+  Ref value;
+};
+struct ArgumentName {
+  const Ref& name;
+  template <class Value>
+  Argument operator=(const Value& value) const {  // NOLINT(misc-unconventional-assign-operator)
+    return {name, to_python(value)};
+  }
+};
+inline namespace literals {
+template <Literal Text>
+ArgumentName operator""_a() {
+  return {operator""_n<Text>()};
+}
+}  // namespace literals
+
+/// The dictionary of these entries, in their order.
+Ref dict(std::initializer_list<Argument> entries);
+
+/// Keyword arguments of a call, its last argument.
+class Keywords {
+ public:
+  explicit Keywords(Ref dictionary) : dictionary_(std::move(dictionary)) {}
+  const Ref& dictionary() const { return dictionary_; }
+
+ private:
+  Ref dictionary_;
+};
+inline Keywords kw(std::initializer_list<Argument> arguments) {
+  return Keywords(dict(arguments));
+}
+
+/// `format(value, "")`.
+Ref formatted(const Ref& value);
+/// The pieces put together as an f-string does it, each by `format(piece, "")`.
+template <class... Pieces>
+Ref text_of(const Pieces&... pieces) {
+  const Ref texts = list();
+  (append(texts, formatted(to_python(pieces))), ...);
+  return ""_n.call("join"_n, texts);
+}
+
 /// The class `float`.
 inline Ref float_type() {
   return Ref::borrow(reinterpret_cast<PyObject*>(&PyFloat_Type));
@@ -222,8 +258,13 @@ inline Ref super(const Ref& type, const Ref& object) {
 Ref import_module(const Ref& name);
 /// The module where it has been imported already, else an empty handle.
 Ref imported(const Ref& name);
-/// `from module import name`.
+/// `from module import name`: an attribute of the module, or else a module within it. Where the
+/// module can't be imported, the one within it serves if it has been imported already.
 Ref import_from(const Ref& module, const Ref& name);
+/// The namespace of a module; an empty handle for an object of any other kind.
+Ref names_of_module(const Ref& object);
+/// One of the interpreter's built-in names.
+Ref builtin(const Ref& name);
 
 /// Calls `visit(item)` for each item of `iterable`, as a Python `for` would.
 template <class Visit>
