@@ -6,11 +6,6 @@ namespace tandrel::sketcher {
 
 namespace {
 
-Ref& editor_class() noexcept {
-  static py::LastingRef editor_class;
-  return editor_class.held;
-}
-
 // -- layout ------------------------------------------------------------------------------------
 //
 //   dialog
@@ -288,7 +283,7 @@ void close_half_built(const Editor& editor) noexcept {
 
 void init(const Editor& editor, const Ref& parent, const Ref& sketch, const Ref& dim,
           const Ref& title, const Ref& references, const Ref& allow_plane) {
-  py::super(editor_class(), editor.object()).call("__init__"_n, parent);
+  py::super(editor.object()).call("__init__"_n, parent);
   try {
     open(editor, parent,
          {sketch, dim ? dim : py::to_python(3), title ? title : ""_n,
@@ -357,10 +352,6 @@ void plane_changed(const Editor& editor) {
 }
 
 }  // namespace
-
-void set_editor_class(const py::Ref& held) noexcept {
-  editor_class() = held;
-}
 
 const py::Methods& editor_methods() {
   using py::method;

@@ -5,7 +5,7 @@
 
 #include "geometry.hpp"
 #include "neighbours.hpp"
-#include "python/method.hpp"
+#include "python/extension.hpp"
 
 namespace tandrel::sketcher {
 

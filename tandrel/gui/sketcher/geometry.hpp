@@ -36,7 +36,9 @@ struct Box {
   Point hi;
 };
 
-/// The smaller and the larger of two numbers; where one isn't a number, neither is the result.
+/// The smaller and the larger of two numbers; where one isn't a number, neither is the result. So
+/// numpy's `minimum` and `maximum` have it. Python's own `min` and `max`, which keep the first of
+/// two that can't be compared, are `std::min` and `std::max`.
 inline double lesser(double a, double b) {
   return std::isnan(a) || a < b ? a : b;
 }

@@ -19,6 +19,7 @@ struct Import {
   const char* as;
 };
 
+// The six names of `typing` are those that annotations use; nothing asks for them here.
 constexpr Import kImports[] = {
     {"copy", nullptr, "copy"},
     {"math", nullptr, "math"},
@@ -51,38 +52,19 @@ void add_imports(const Ref& module) {
   }
 }
 
-Ref make_editor_class(const Ref& module) {
-  const Ref attributes = py::dict(
-      {"__module__"_a = module.attr("__name__"_n), "__qualname__"_a = "SketchEditor",
-       "__doc__"_a = "Edit a sketch in place. `result` is the edited sketch after OK (None after "
-                     "Cancel)."});
-  for (const py::Methods* unit : {&editor_methods(), &view_methods(), &canvas_drawing_methods(),
-                                  &tools_methods(), &side_panel_methods()}) {
-    py::set_own(*unit);
-    for (const py::Signature* method : *unit) {
-      const bool is_static = method->binding() == py::Signature::Binding::kStatic;
-      attributes.set_item(
-          py::interned(method->name()),
-          is_static ? py::make_static(method->function(module)) : method->descriptor());
-    }
-  }
-  const Ref base = global("tk"_n).attr("Toplevel"_n);
-  return py::make_class("SketchEditor"_n, py::tuple(base), attributes);
-}
-
 void load(const Ref& module) {
-  set_namespace(module.attr("__dict__"_n));
   add_imports(module);
+  add_tools(module);
   add_tables(module);
   module.set_attr("describe"_n, describe_function().function(module));
-  const Ref editor_class = make_editor_class(module);
-  set_editor_class(editor_class);
-  module.set_attr("SketchEditor"_n, editor_class);
-}
-
-void forget() noexcept {
-  set_editor_class(Ref());
-  clear_namespace();
+  const Ref base = global("tk"_n).attr("Toplevel"_n);
+  module.set_attr(
+      "SketchEditor"_n,
+      py::make_class("SketchEditor", base,
+                     "Edit a sketch in place. `result` is the edited sketch after OK (None after "
+                     "Cancel).",
+                     {&editor_methods(), &view_methods(), &canvas_drawing_methods(),
+                      &tools_methods(), &side_panel_methods()}));
 }
 
 constexpr py::Extension kExtension{
@@ -90,7 +72,7 @@ constexpr py::Extension kExtension{
     "Sketch editor: draw closed profiles with the mouse, snap to a grid and to existing points,\n"
     "and type exact dimensions. Used by the sketch-based features (extrude, revolve and 2D "
     "regions).",
-    &load, &forget};
+    &load};
 
 }  // namespace
 

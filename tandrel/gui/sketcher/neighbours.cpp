@@ -1,29 +1,12 @@
 #include "neighbours.hpp"
 
-#include "python/error.hpp"
+#include "python/extension.hpp"
 
 namespace tandrel::sketcher {
 
-namespace {
-
-Ref& namespace_dictionary() noexcept {
-  static py::LastingRef dictionary;
-  return dictionary.held;
-}
-
-}  // namespace
-
-void set_namespace(const Ref& dictionary) {
-  namespace_dictionary() = dictionary;
-}
-
-void clear_namespace() noexcept {
-  namespace_dictionary() = Ref();
-}
-
 Ref global(const Ref& name) {
-  const Ref& dictionary = namespace_dictionary();  // empty after a load that failed
-  if (Ref found = dictionary ? py::find_item(dictionary, name) : Ref()) return found;
+  const Ref& names = py::loaded_names();  // empty after a load that failed
+  if (Ref found = names ? py::find_item(names, name) : Ref()) return found;
   py::Error::raise(py::NameError, "name '" + name.text() + "' is not defined");
 }
 

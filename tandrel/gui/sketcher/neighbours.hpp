@@ -10,11 +10,6 @@ namespace tandrel::sketcher {
 using py::Ref;
 using namespace py::literals;
 
-/// Names the namespace that `global` reads: the dictionary of the module that is loaded.
-void set_namespace(const Ref& dictionary);
-/// Forgets it again, after a load that failed.
-void clear_namespace() noexcept;
-
 /// A name of the module; NameError where it was deleted.
 Ref global(const Ref& name);
 

@@ -15,7 +15,9 @@ Point read_fields(const Ref& entity, const Ref& x_key, const Ref& y_key) {
 std::vector<Point> PointReader::read(const Ref& points) {
   std::vector<Point> result;
   if (is_array_of_doubles(points)) {
-    const Ref copy = points.call("tobytes"_n);  // row after row, whatever the strides
+    // Row after row, whatever the strides. A copy, for interpreters before 3.11 have no buffers in
+    // their stable interface.
+    const Ref copy = points.call("tobytes"_n);
     const std::string_view bytes = copy.bytes();
     result.resize(bytes.size() / sizeof(Point));
     if (!result.empty()) std::memcpy(result.data(), bytes.data(), result.size() * sizeof(Point));

@@ -1,5 +1,6 @@
 #include "side_panel.hpp"
 
+#include "tables.hpp"
 #include "widgets.hpp"
 
 namespace tandrel::sketcher {
@@ -124,7 +125,7 @@ void show_props(const Editor& editor) {
   editor.set("vars"_n, py::dict());
   py::for_each(fields_of(entity),
                [&](const Ref& row) { add_field(editor, form, Field(row), entity); });
-  if (entity["type"_n].equals("polygon"_n)) add_corners_box(editor, form, entity);
+  if (keeps_points(entity["type"_n])) add_corners_box(editor, form, entity);
   const Ref apply = themed("Button"_n, props,
                            {"text"_a = tr("Apply"_n), "command"_a = editor.get("apply_props"_n)});
   pack(apply, {"anchor"_a = "e", "pady"_a = py::tuple(6, 0)});
@@ -175,7 +176,7 @@ void apply_props(const Editor& editor) {
       [&] {
         py::for_each(fields_of(entity),
                      [&](const Ref& row) { read_field(editor, Field(row), entity, unit_system); });
-        if (entity["type"_n].equals("polygon"_n)) {
+        if (keeps_points(entity["type"_n])) {
           entity.set_item("points"_n, read_corners(editor, unit_system));
         }
         S().call("outline"_n, entity);

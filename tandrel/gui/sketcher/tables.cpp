@@ -9,94 +9,7 @@ namespace {
 
 constexpr int kSnapPixels = 9;  // SNAP_PX: of the canvas, not scaled to the screen
 
-struct Text {
-  const char* key;
-  const char* text;
-};
-
-/// Marks a text for the catalogues where it is written; Python's own marker sees it at load time.
-consteval const char* N_(const char* text) {
-  return text;
-}
-
-constexpr Text kTools[] = {
-    {"select", N_("Select and move")}, {"line", N_("Line (closed outline)")},
-    {"rectangle", N_("Rectangle")},    {"circle", N_("Circle")},
-    {"regular", N_("Polygon")},        {"slot", N_("Slot")},
-};
-
-constexpr Text kToolTips[] = {
-    {"select",
-     N_("Click a shape to select it and edit its dimensions; drag to move it; Delete removes it.")},
-    {"line",
-     N_("Click corner after corner; click the first corner again (or press Enter) to close the "
-        "outline.")},
-    {"rectangle", N_("Drag from one corner to the opposite corner.")},
-    {"circle", N_("Press at the centre and drag out the radius.")},
-    {"regular", N_("Press at the centre and drag to a corner; set the number of sides first.")},
-    {"slot", N_("Click the centre of one end, then the other end, then the width.")},
-};
-
-constexpr Text kTypeLabels[] = {
-    {"rectangle", N_("Rectangle")}, {"circle", N_("Circle")},   {"regular", N_("Polygon")},
-    {"slot", N_("Slot")},           {"polygon", N_("Outline")},
-};
-
-struct Field {
-  const char* type;
-  const char* key;
-  const char* label;
-  bool is_length = true;  // else a plain number: a count or an angle
-};
-
-constexpr Field kFields[] = {
-    {"rectangle", "x", N_("Corner u")},
-    {"rectangle", "y", N_("Corner v")},
-    {"rectangle", "w", N_("Width")},
-    {"rectangle", "h", N_("Height")},
-    {"rectangle", "radius", N_("Corner radius (0 = sharp)")},
-    {"circle", "xc", N_("Centre u")},
-    {"circle", "yc", N_("Centre v")},
-    {"circle", "r", N_("Radius")},
-    {"regular", "xc", N_("Centre u")},
-    {"regular", "yc", N_("Centre v")},
-    {"regular", "r", N_("Corner radius from centre")},
-    {"regular", "n", N_("Sides"), false},
-    {"regular", "angle", N_("Angle of first corner (degrees)"), false},
-    {"slot", "x1", N_("End 1 centre u")},
-    {"slot", "y1", N_("End 1 centre v")},
-    {"slot", "x2", N_("End 2 centre u")},
-    {"slot", "y2", N_("End 2 centre v")},
-    {"slot", "r", N_("Half width")},
-    {"polygon", "radius", N_("Corner radius (0 = sharp)")},
-};
-
-/// Marks a text for translation; the tables keep the English source.
-Ref marked(const char* text) {
-  return global("N_"_n)(text);
-}
-
-template <std::size_t N>
-Ref text_dictionary(const Text (&rows)[N]) {
-  Ref result = py::dict();
-  for (const Text& row : rows) result.set_item(py::to_python(row.key), marked(row.text));
-  return result;
-}
-
-Ref tool_list() {
-  Ref result = py::list();
-  for (const Text& tool : kTools) py::append(result, py::tuple(tool.key, marked(tool.text)));
-  return result;
-}
-
-Ref field_dictionary() {
-  Ref result = py::dict();
-  for (const Field& field : kFields) {
-    const Ref fields = result.call("setdefault"_n, field.type, py::list());
-    py::append(fields, py::tuple(field.key, marked(field.label), field.is_length));
-  }
-  return result;
-}
+// -- summaries ---------------------------------------------------------------------------------
 
 Ref describe_rectangle(const Ref& entity, const Ref& unit_system) {
   const Ref width = format_length(unit_system, entity["w"_n]);
@@ -130,29 +43,106 @@ Ref describe_slot(const Ref& entity, const Ref& unit_system) {
   return py::text_of(overall_length, " x ", format_length(unit_system, py::to_python(2 * r)));
 }
 
-Ref describe_corners(const Ref& entity) {
+Ref describe_outline(const Ref& entity, const Ref&) {
   const Ref text = tr("{n} corners"_n);
   const Ref points = entity.call("get"_n, "points"_n, py::list());
   return text.call("format"_n, py::kw({"n"_a = points.size()}));
 }
 
+// -- types -------------------------------------------------------------------------------------
+
+const std::vector<EntityType>& entity_types() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static const auto& types = *new std::vector<EntityType>{
+      {.name = "rectangle"_n,
+       .label = N_("Rectangle"),
+       .fields = {{"x", N_("Corner u")},
+                  {"y", N_("Corner v")},
+                  {"w", N_("Width")},
+                  {"h", N_("Height")},
+                  {"radius", N_("Corner radius (0 = sharp)")}},
+       .has_corners = true,
+       .summary = &describe_rectangle},
+      {.name = "circle"_n,
+       .label = N_("Circle"),
+       .fields = {{"xc", N_("Centre u")}, {"yc", N_("Centre v")}, {"r", N_("Radius")}},
+       .centres = {{"xc"_n, "yc"_n}},
+       .summary = &describe_circle},
+      {.name = "regular"_n,
+       .label = N_("Polygon"),
+       .fields = {{"xc", N_("Centre u")},
+                  {"yc", N_("Centre v")},
+                  {"r", N_("Corner radius from centre")},
+                  {"n", N_("Sides"), false},
+                  {"angle", N_("Angle of first corner (degrees)"), false}},
+       .centres = {{"xc"_n, "yc"_n}},
+       .has_corners = true,
+       .summary = &describe_regular},
+      {.name = "slot"_n,
+       .label = N_("Slot"),
+       .fields = {{"x1", N_("End 1 centre u")},
+                  {"y1", N_("End 1 centre v")},
+                  {"x2", N_("End 2 centre u")},
+                  {"y2", N_("End 2 centre v")},
+                  {"r", N_("Half width")}},
+       .centres = {{"x1"_n, "y1"_n}, {"x2"_n, "y2"_n}},
+       .summary = &describe_slot},
+      {.name = "polygon"_n,
+       .label = N_("Outline"),
+       .fields = {{"radius", N_("Corner radius (0 = sharp)")}},
+       .has_corners = true,
+       .keeps_points = true,
+       .summary = &describe_outline},
+  };
+  return types;
+}
+
+Ref field_dictionary() {
+  Ref result = py::dict();
+  for (const EntityType& type : entity_types()) {
+    const Ref fields = py::list();
+    for (const EntityType::Field& field : type.fields) {
+      py::append(fields, py::tuple(field.key, marked(field.label), field.is_length));
+    }
+    result.set_item(type.name, fields);
+  }
+  return result;
+}
+
+Ref label_dictionary() {
+  Ref result = py::dict();
+  for (const EntityType& type : entity_types()) result.set_item(type.name, marked(type.label));
+  return result;
+}
+
+/// What is no known type is summarised as an outline.
 Ref describe(const Ref& entity) {
   const Ref unit_system = units();
-  const Ref type = entity["type"_n];
-  if (type.equals("rectangle"_n)) return describe_rectangle(entity, unit_system);
-  if (type.equals("circle"_n)) return describe_circle(entity, unit_system);
-  if (type.equals("regular"_n)) return describe_regular(entity, unit_system);
-  if (type.equals("slot"_n)) return describe_slot(entity, unit_system);
-  return describe_corners(entity);
+  const EntityType* type = find_type(entity["type"_n]);
+  return (type ? type->summary : &describe_outline)(entity, unit_system);
 }
 
 }  // namespace
 
+Ref marked(const char* text) {
+  return global("N_"_n)(text);
+}
+
+const EntityType* find_type(const Ref& name) {
+  for (const EntityType& type : entity_types()) {
+    if (name.equals(type.name)) return &type;
+  }
+  return nullptr;
+}
+
+bool keeps_points(const Ref& type) {
+  const EntityType* known = find_type(type);
+  return known != nullptr && known->keeps_points;
+}
+
 void add_tables(const Ref& module) {
-  module.set_attr("TOOLS"_n, tool_list());
-  module.set_attr("TOOL_TIPS"_n, text_dictionary(kToolTips));
   module.set_attr("FIELDS"_n, field_dictionary());
-  module.set_attr("TYPE_LABEL"_n, text_dictionary(kTypeLabels));
+  module.set_attr("TYPE_LABEL"_n, label_dictionary());
   module.set_attr("SNAP_PX"_n, kSnapPixels);
 }
 

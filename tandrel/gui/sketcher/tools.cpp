@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "projection.hpp"
+#include "tables.hpp"
 
 namespace tandrel::sketcher {
 
@@ -13,6 +14,31 @@ constexpr int kLeastCorners = 3;
 constexpr int kLeastSides = 3;
 constexpr int kDefaultSides = 6;
 constexpr int kAngleDecimals = 6;
+
+// -- the tools ---------------------------------------------------------------------------------
+
+struct Tool {
+  using Press = void (*)(const Editor& editor, const Ref& event, const Ref& point);
+  using Shape = Ref (*)(const Editor& editor, Point start, Point end);
+
+  Ref name;
+  const char* label = nullptr;
+  const char* tip = nullptr;
+  Press press = nullptr;  // `point` is the event's, snapped
+  Shape shape = nullptr;  // of a drag, or None; null for a tool that isn't dragged
+};
+
+/// In the order of the buttons.
+const std::vector<Tool>& tools();
+
+/// The tool in use; null where the variable holds another text.
+const Tool* chosen_tool(const Editor& editor) {
+  const Ref name = editor.variable("tool"_n);
+  for (const Tool& tool : tools()) {
+    if (name.equals(tool.name)) return &tool;
+  }
+  return nullptr;
+}
 
 // -- hover -------------------------------------------------------------------------------------
 
@@ -57,6 +83,7 @@ void press_line(const Editor& editor, const Ref& event, const Ref& point) {
     editor.call("close_line"_n);
     return;
   }
+  // Read again: the operations asked so far may have put another list there.
   const Ref clicks = editor.get("clicks"_n);
   if (!clicks.truth() || is_elsewhere(point, clicks[clicks.size() - 1])) {
     clicks.call("append"_n, point);
@@ -64,7 +91,7 @@ void press_line(const Editor& editor, const Ref& event, const Ref& point) {
   editor.redraw();
 }
 
-void press_slot(const Editor& editor, const Ref& point) {
+void press_slot(const Editor& editor, const Ref&, const Ref& point) {
   const Ref clicks = editor.get("clicks"_n);
   if (clicks.size() < 2) {
     if (!clicks.truth() || is_elsewhere(point, clicks[0])) clicks.call("append"_n, point);
@@ -77,19 +104,14 @@ void press_slot(const Editor& editor, const Ref& point) {
   editor.redraw();
 }
 
+void press_drag(const Editor& editor, const Ref&, const Ref& point) {
+  editor.set("drag"_n, py::dict({"kind"_a = "new"_n, "start"_a = point}));
+}
+
 void press(const Editor& editor, const Ref& event) {
   const Ref point = editor.snapped(event);
   editor.set("cursor"_n, point);
-  const Ref tool = editor.variable("tool"_n);
-  if (tool.equals("select"_n)) {
-    press_select(editor, event, point);
-  } else if (tool.equals("rectangle"_n) || tool.equals("circle"_n) || tool.equals("regular"_n)) {
-    editor.set("drag"_n, py::dict({"kind"_a = "new"_n, "start"_a = point}));
-  } else if (tool.equals("line"_n)) {
-    press_line(editor, event, point);
-  } else if (tool.equals("slot"_n)) {
-    press_slot(editor, point);
-  }
+  if (const Tool* tool = chosen_tool(editor)) tool->press(editor, event, point);
 }
 
 void drag(const Editor& editor, const Ref& event) {
@@ -140,7 +162,7 @@ Ref direction_in_degrees(Point d) {
   return degrees.call("__round__"_n, kAngleDecimals);
 }
 
-Ref rectangle_from_drag(Point a, Point b) {
+Ref rectangle_from_drag(const Editor&, Point a, Point b) {
   const double width = std::abs(b.x - a.x);
   const double height = std::abs(b.y - a.y);
   if (width == 0 || height == 0) return Ref::none();
@@ -148,21 +170,24 @@ Ref rectangle_from_drag(Point a, Point b) {
                    "w"_a = width, "h"_a = height, "radius"_a = 0.0});
 }
 
-Ref from_drag(const Editor& editor, const Ref& start, const Ref& end) {
-  const Ref tool = editor.variable("tool"_n);
-  const Point a = read_point(start);
-  const Point b = read_point(end);
-  if (tool.equals("rectangle"_n)) return rectangle_from_drag(a, b);
+Ref circle_from_drag(const Editor&, Point a, Point b) {
   const double r = norm(b - a);
   if (r == 0) return Ref::none();
-  if (tool.equals("circle"_n)) {
-    return py::dict({"type"_a = "circle"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r});
-  }
-  if (tool.equals("regular"_n)) {
-    return py::dict({"type"_a = "regular"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r,
-                     "n"_a = number_of_sides(editor), "angle"_a = direction_in_degrees(b - a)});
-  }
-  return Ref::none();
+  return py::dict({"type"_a = "circle"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r});
+}
+
+Ref regular_from_drag(const Editor& editor, Point a, Point b) {
+  const double r = norm(b - a);
+  if (r == 0) return Ref::none();
+  return py::dict({"type"_a = "regular"_n, "xc"_a = a.x, "yc"_a = a.y, "r"_a = r,
+                   "n"_a = number_of_sides(editor), "angle"_a = direction_in_degrees(b - a)});
+}
+
+Ref from_drag(const Editor& editor, const Ref& start, const Ref& end) {
+  const Tool* tool = chosen_tool(editor);
+  const Point a = read_point(start);
+  const Point b = read_point(end);
+  return tool != nullptr && tool->shape != nullptr ? tool->shape(editor, a, b) : Ref::none();
 }
 
 Ref slot(const Editor&, const Ref& first_end, const Ref& second_end, const Ref& side) {
@@ -302,7 +327,7 @@ Ref moved(const Ref& entity, const Ref& by) {
   shift_position(result, "xc"_n, "yc"_n, shift);
   shift_position(result, "x1"_n, "y1"_n, shift);
   shift_position(result, "x2"_n, "y2"_n, shift);
-  if (result["type"_n].equals("polygon"_n)) {
+  if (keeps_points(result["type"_n])) {
     const Ref points = py::list();
     py::for_each(result["points"_n], [&](const Ref& point) {
       const double u = point[0].to_float() + shift.x;
@@ -330,7 +355,54 @@ void delete_selected(const Editor& editor) {
   editor.redraw();
 }
 
+// -- table of the tools ------------------------------------------------------------------------
+
+const std::vector<Tool>& tools() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static const auto& tools = *new std::vector<Tool>{
+      {.name = "select"_n,
+       .label = N_("Select and move"),
+       .tip = N_("Click a shape to select it and edit its dimensions; drag to move it; Delete "
+                 "removes it."),
+       .press = &press_select},
+      {.name = "line"_n,
+       .label = N_("Line (closed outline)"),
+       .tip = N_("Click corner after corner; click the first corner again (or press Enter) to "
+                 "close the outline."),
+       .press = &press_line},
+      {.name = "rectangle"_n,
+       .label = N_("Rectangle"),
+       .tip = N_("Drag from one corner to the opposite corner."),
+       .press = &press_drag,
+       .shape = &rectangle_from_drag},
+      {.name = "circle"_n,
+       .label = N_("Circle"),
+       .tip = N_("Press at the centre and drag out the radius."),
+       .press = &press_drag,
+       .shape = &circle_from_drag},
+      {.name = "regular"_n,
+       .label = N_("Polygon"),
+       .tip = N_("Press at the centre and drag to a corner; set the number of sides first."),
+       .press = &press_drag,
+       .shape = &regular_from_drag},
+      {.name = "slot"_n,
+       .label = N_("Slot"),
+       .tip = N_("Click the centre of one end, then the other end, then the width."),
+       .press = &press_slot},
+  };
+  return tools;
+}
+
 }  // namespace
+
+void add_tools(const Ref& module) {
+  const Ref labels = py::list();
+  for (const Tool& tool : tools()) py::append(labels, py::tuple(tool.name, marked(tool.label)));
+  const Ref tips = py::dict();
+  for (const Tool& tool : tools()) tips.set_item(tool.name, marked(tool.tip));
+  module.set_attr("TOOLS"_n, labels);
+  module.set_attr("TOOL_TIPS"_n, tips);
+}
 
 const py::Methods& tools_methods() {
   using py::method;

@@ -5,6 +5,9 @@
 
 namespace tandrel::sketcher {
 
+/// Adds TOOLS and TOOL_TIPS to the module.
+void add_tools(const py::Ref& module);
+
 const py::Methods& tools_methods();
 
 }  // namespace tandrel::sketcher

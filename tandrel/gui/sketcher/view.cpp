@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "projection.hpp"
+#include "tables.hpp"
 
 namespace tandrel::sketcher {
 
@@ -130,6 +131,8 @@ Ref grid_step(const Editor& editor) {
 Ref default_grid(const Editor& editor) {
   const Box box = read_extent(editor);
   const Point size = box.hi - box.lo;
+  // A coordinate that isn't a number makes both corners so, and one of them tells. The extent may
+  // be infinite all the same; the floor of its logarithm is an OverflowError.
   const double span = is_finite(box.lo) ? std::max(size.x, size.y) : 2 * kEmptyExtent;
   const Ref math = global("math"_n);
   const Ref logarithm = math.call("log10"_n, std::max(span, kLeastExtent) / kCellsAcross);
@@ -143,16 +146,10 @@ Ref default_grid(const Editor& editor) {
 template <class OnPoint, class OnCorners>
 void visit_key_points_of(const Ref& entity, const Ref& type, OnPoint on_point,
                          OnCorners on_corners) {
-  const auto on_centre = [&](const Ref& x, const Ref& y) { on_point(read_fields(entity, x, y)); };
-  const bool is_regular = type.equals("regular"_n);
-  if (is_regular || type.equals("circle"_n)) on_centre("xc"_n, "yc"_n);
-  if (type.equals("slot"_n)) {
-    on_centre("x1"_n, "y1"_n);
-    on_centre("x2"_n, "y2"_n);
-  }
-  if (is_regular || type.equals("rectangle"_n) || type.equals("polygon"_n)) {
-    on_corners(S().call("corners"_n, entity));
-  }
+  const EntityType* known = find_type(type);
+  if (known == nullptr) return;
+  for (const auto& [x, y] : known->centres) on_point(read_fields(entity, x, y));
+  if (known->has_corners) on_corners(S().call("corners"_n, entity));
 }
 
 /// Visits the key points of all entities. An entity that can't be read to its end gives those that
@@ -184,11 +181,6 @@ class NearestPixel {
   explicit NearestPixel(Point pixel)
       : pixel_(pixel), hypot_(global("math"_n).attr("hypot"_n)), distance_(snap_radius()) {}
 
-  /// Whether distances are measured by the interpreter's own function, which never fails.
-  bool has_own_hypot() const {
-    return hypot_.is_builtin_function() && hypot_.attr("__name__"_n).equals("hypot"_n);
-  }
-
   /// Whether a screen point is closer than all before it; the first of equals stays.
   bool offer(Point screen) {
     const Point d = screen - pixel_;
@@ -198,42 +190,32 @@ class NearestPixel {
     return true;
   }
 
-  /// The same where the function is the interpreter's own: no distance is shorter than its longer
-  /// side, so most points need no call. The margin is far wider than a rounding error.
-  bool offer_with_own_hypot(Point screen) {
-    constexpr double kMargin = 1.001;
-    const Point d = screen - pixel_;
-    if (greater(std::abs(d.x), std::abs(d.y)) > distance_ * kMargin) return false;
-    return offer(screen);
-  }
-
  private:
   Point pixel_;
   Ref hypot_;
   double distance_;
 };
 
-/// The nearest of the class's own key points, without making arrays of them.
-std::optional<Point> nearest_own_key_point(const Editor& editor, Projection& projection,
-                                           NearestPixel nearest) {
-  std::optional<Point> best;
-  const auto offer = [&](Point point) {
-    if (nearest.offer_with_own_hypot(projection.to_screen(point))) best = point;
-  };
+/// What `key_points` gives, as numbers.
+std::vector<Point> read_key_points(const Editor& editor) {
+  std::vector<Point> points{Point{}};  // the origin
+  const auto keep = [&](Point point) { points.push_back(point); };
   PointReader reader;
-  offer({});
-  visit_entity_key_points(editor, offer,
-                          [&](const Ref& corners) { reader.for_each_vector(corners, offer); });
-  py::for_each(editor.get("clicks"_n), [&](const Ref& click) { offer(read_point(click)); });
-  return best;
+  visit_entity_key_points(editor, keep,
+                          [&](const Ref& corners) { reader.for_each_vector(corners, keep); });
+  py::for_each(editor.get("clicks"_n), [&](const Ref& click) { keep(read_point(click)); });
+  return points;
 }
 
 std::optional<Point> nearest_key_point(const Editor& editor, Point pixel) {
   Projection projection(editor);
   NearestPixel nearest(pixel);
-  if (editor.has_own("key_points"_n) && projection.has_own_to_screen() && nearest.has_own_hypot() &&
-      has_own_numpy()) {
-    return nearest_own_key_point(editor, projection, nearest);
+  if (editor.has_own("key_points"_n) && projection.has_own_to_screen() && has_own_numpy()) {
+    std::optional<Point> best;
+    for (const Point point : read_key_points(editor)) {
+      if (nearest.offer(projection.to_screen(point))) best = point;
+    }
+    return best;
   }
   Ref best;
   py::for_each(editor.call("key_points"_n), [&](const Ref& point) {

@@ -1,4 +1,4 @@
-// An extension module that loads once in a process, in one interpreter.
+// An extension module that loads once in a process, in one interpreter, and has one class.
 #pragma once
 
 #include "python/method.hpp"
@@ -9,20 +9,28 @@ struct Extension {
   const char* name;  // without its packages
   const char* doc;
   void (*load)(const Ref& module);
-  void (*forget)() noexcept;  // after a load that failed, so that it can be tried again
 };
 
 /// What `PyInit_<name>` returns, for multi-phase initialisation. Loading a second module object
 /// raises RuntimeError, loading in a second interpreter ImportError, both before `load` is called;
-/// executing the loaded module object again does nothing.
+/// executing the loaded module object again does nothing. After a load that failed the same
+/// interpreter may try again.
 template <const Extension& Definition>
 PyObject* initialise() noexcept;
 
-/// What the statement `class name(*bases)` makes, with the given attributes: the metaclass of the
-/// bases decides, so that it need not be a type.
-Ref make_class(const Ref& name, const Ref& bases, const Ref& attributes);
-/// `staticmethod(function)`.
-Ref make_static(const Ref& function);
+/// The namespace of the loaded module; an empty handle after a load that failed.
+const Ref& loaded_names();
+
+/// Makes the loaded module's class as the statement `class name(base)` makes it: the metaclass of
+/// the base decides what comes of it, which need not be a type. Each method binds to any object, so
+/// that it serves objects of other classes too.
+Ref make_class(const char* name, const Ref& base, const char* doc,
+               std::initializer_list<const Methods*> units);
+/// `super(C, object)` for that class C.
+Ref super(const Ref& object);
+/// Whether looking `name`, one of that class's methods, up on `object` finds the class's own, not
+/// one that a subclass or the object itself puts in its place.
+bool has_own(const Ref& object, const Ref& name);
 
 namespace detail {
 int execute(const Extension& definition, PyObject* module) noexcept;

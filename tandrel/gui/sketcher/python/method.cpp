@@ -1,23 +1,10 @@
 #include "python/method.hpp"
 
-#include <unordered_map>
-
 namespace tandrel::py {
 
 namespace {
 
 constexpr int kFlags = METH_VARARGS | METH_KEYWORDS;
-
-struct Own {
-  Ref name;  // keeps the key alive
-  const Signature* method;
-};
-
-/// By interned name, of which there is one object for each text.
-std::unordered_map<const PyObject*, Own>& own_methods() {
-  static auto& methods = *new std::unordered_map<const PyObject*, Own>;
-  return methods;
-}
 
 }  // namespace
 
@@ -52,23 +39,6 @@ Ref Signature::descriptor() const {
 Ref Signature::function(const Ref& module) const {
   const Ref name = module.attr("__name__"_n);
   return Ref::steal(PyCFunction_NewEx(&definition_, nullptr, name.get()));
-}
-
-void set_own(const Methods& methods) {
-  for (const Signature* method : methods) {
-    Ref name = interned(method->name());
-    const PyObject* key = name.get();
-    own_methods().insert_or_assign(key, Own{std::move(name), method});
-  }
-}
-
-bool has_own(const Ref& object, const Ref& name) {
-  const Signature& own = *own_methods().at(name.get()).method;
-  const Ref found = object.attr(name);
-  if (Py_TYPE(found.get()) != &PyCFunction_Type) return false;
-  if (PyCFunction_GetFunction(found.get()) != own.entry()) return false;
-  return own.binding() == Signature::Binding::kStatic ||
-         PyCFunction_GetSelf(found.get()) == object.get();
 }
 
 }  // namespace tandrel::py

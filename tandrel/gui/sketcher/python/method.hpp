@@ -175,12 +175,6 @@ const Signature* static_method(const char* name, std::initializer_list<const cha
                            detail::as_entry(&detail::static_entry<Operation>));
 }
 
-/// Remembers a class's methods for `has_own`.
-void set_own(const Methods& methods);
-/// Whether looking `name` up on `object` finds the remembered method of that name, not one that a
-/// subclass or the object itself puts in its place.
-bool has_own(const Ref& object, const Ref& name);
-
 /// A callable of one argument for others to keep: calls `Function(captured, argument)`.
 template <auto Function>
 Ref closure(const Ref& captured) {

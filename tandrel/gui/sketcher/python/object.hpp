@@ -119,14 +119,6 @@ class Ref {
   PyObject* object_ = nullptr;
 };
 
-/// A handle that outlives the process's C++ objects: at its exit the interpreter may be gone before
-/// they are. It takes no memory, so that it can be emptied where none is left.
-union LastingRef {
-  constexpr LastingRef() noexcept : held() {}
-  ~LastingRef() {}  // NOLINT(modernize-use-equals-default): that would be deleted
-  Ref held;
-};
-
 inline const Ref& to_python(const Ref& value) {
   return value;
 }
@@ -248,10 +240,6 @@ Ref text_of(const Pieces&... pieces) {
 /// The class `float`.
 inline Ref float_type() {
   return Ref::borrow(reinterpret_cast<PyObject*>(&PyFloat_Type));
-}
-/// `super(type, object)`.
-inline Ref super(const Ref& type, const Ref& object) {
-  return Ref::borrow(reinterpret_cast<PyObject*>(&PySuper_Type))(type, object);
 }
 
 /// `import name`; the module itself, also for a dotted name.
