@@ -7,7 +7,7 @@ import sys
 from harness.places import SEARCH_PATH
 
 PROGRAM = """
-import sys, tkinter
+import sys, tkinter, types
 
 kept = []
 
@@ -21,10 +21,15 @@ try:
 except ValueError as error:
     print(error)
 editor_class, describe = kept[0]
-for call in (lambda: describe({"type": "circle"}), lambda: editor_class.fit(object())):
+calls = (
+    lambda: describe({"type": "circle"}),
+    lambda: editor_class.fit(object()),
+    lambda: editor_class._extent(types.SimpleNamespace(sk={"entities": [{}]}, _ok=print)),
+)
+for call in calls:
     try:
         call()
-    except (NameError, AttributeError) as error:
+    except (NameError, AttributeError, SystemError) as error:
         print(type(error).__name__)
 del tkinter.Toplevel.__init_subclass__
 import tandrel.gui.sketcher
@@ -41,5 +46,11 @@ def test_it_is_an_error_to_use_it_and_the_next_load_succeeds():
         text=True,
         timeout=60,
     )
-    expected = ["no subclass today", "NameError", "AttributeError", "diameter 1000 mm"]
+    expected = [
+        "no subclass today",
+        "NameError",
+        "AttributeError",
+        "SystemError",
+        "diameter 1000 mm",
+    ]
     assert (run.returncode, run.stdout.splitlines()) == (0, expected), run.stderr
