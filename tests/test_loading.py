@@ -2,17 +2,14 @@
 
 import importlib
 import json
-import os
 import re
-import subprocess
 import sys
-import textwrap
 from pathlib import Path
 
 import pytest
 from harness.places import BUILD
+from support.children import run
 
-TESTS = Path(__file__).resolve().parent
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"
 ALREADY = "Module 'sketcher' has already been imported. Re-initialisation is not supported."
 SECOND_INTERPRETER = (
@@ -21,21 +18,6 @@ SECOND_INTERPRETER = (
 )
 IMPORTED = "copy math tkinter tkinter.ttk typing numpy tandrel.sketch".split()
 IMPORTED += ["tandrel.gui.i18n", "tandrel.gui.widgets"]
-
-
-def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
-    """Run code in a fresh process and return what it printed as JSON."""
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(map(str, paths))}
-    process = subprocess.run(
-        [str(interpreter), *options, "-c", textwrap.dedent(code), *arguments],
-        env=environment,
-        capture_output=True,
-        text=True,
-        timeout=60,
-    )
-    assert process.returncode == 0, process.stderr
-    assert process.stderr == ""
-    return json.loads(process.stdout)
 
 
 # Everything that the module imports, as files that do as little as possible.

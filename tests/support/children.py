@@ -1,11 +1,35 @@
-"""Work done in a copy of this process, which may be killed or fail where a test says."""
+"""Work done in another process: a fresh one, or a copy of this one that may be killed or fail where
+a test says."""
 
 import itertools
+import json
 import os
 import signal
+import subprocess
+import sys
+import textwrap
+
+from harness.places import BUILD, ROOT
+
+TESTS = ROOT / "tests"
 
 # What replacing a file asks of the system, one after the other.
 CALLS = ("open", "fchmod", "fsync", "link", "replace", "unlink", "close")
+
+
+def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
+    """Run code in a fresh process and return what it printed as JSON."""
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(map(str, paths))}
+    process = subprocess.run(
+        [str(interpreter), *options, "-c", textwrap.dedent(code), *arguments],
+        env=environment,
+        capture_output=True,
+        text=True,
+        timeout=60,
+    )
+    assert process.returncode == 0, process.stderr
+    assert process.stderr == ""
+    return json.loads(process.stdout)
 
 
 def in_child(task):

@@ -16,7 +16,16 @@ import types
 import numpy as np
 
 
-class Scripted:
+class Strict:
+    """Fails the test where it is asked for what it hasn't got."""
+
+    def __getattr__(self, name):
+        if name.startswith("__"):
+            raise AttributeError(name)
+        raise AssertionError(f"{type(self).__name__} was asked for {name}")
+
+
+class Scripted(Strict):
     """Keeps calls and lets single operations fail or answer as the test wants."""
 
     def __init__(self):

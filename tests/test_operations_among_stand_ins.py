@@ -1,0 +1,416 @@
+"""Each operation of an editor made of stand-ins, call by call."""
+
+from fractions import Fraction
+
+import numpy as np
+import pytest
+from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.plain import Event, Var
+from support.stand_ins import Child, Master, Stage, Widget, call
+
+AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
+
+
+@pytest.fixture
+def stage(monkeypatch, sketcher):
+    stage = Stage()
+    stage.replace(monkeypatch, sketcher)
+    return stage
+
+
+def dot(x, y):
+    return call("canvas.create_oval", x - 2, y - 2, x + 2, y + 2, fill=ORANGE, outline="")
+
+
+def grid_line(*ends):
+    return call("canvas.create_line", *ends, fill="the bg")
+
+
+# 40 x 30 pixels, 10 pixels to the unit, a grid of a unit, the origin in the middle.
+BACKGROUND = [
+    call("canvas.delete", "all"),
+    *(grid_line(x, 0, x, 30) for x in (0.0, 10.0, 20.0, 30.0, 40.0)),
+    *(grid_line(0, y, 40, y) for y in (35.0, 25.0, 15.0, 5.0)),
+    call("canvas.create_line", 0, 15.0, 40, 15.0, fill=AXIS_1, dash=(4, 3)),
+    call("canvas.create_line", 20.0, 0, 20.0, 30, fill=AXIS_2, dash=(4, 3)),
+    call("canvas.create_text", 34, 11.0, text="x", anchor="se", fill=AXIS_1),
+    call("canvas.create_text", 24.0, 6, text="y", anchor="nw", fill=AXIS_2),
+]
+
+
+def repainting(stage, *entities, **attributes):
+    return stage.editor(entities, scale=10.0, grid=Var("1000"), **attributes)
+
+
+# --- the picture
+
+
+def test_repaint_of_an_empty_sketch(stage):
+    repainting(stage).redraw()
+    assert stage.recorded() == [*BACKGROUND, dot(20.0, 15.0)]
+
+
+def test_repaint_of_shapes_references_and_what_is_being_drawn(stage):
+    hole = rectangle(-0.5, -0.5, 1.0, 1.0)
+    editor = repainting(stage, hole, rectangle(-1.0, -1.0, 2.0, 2.0), sel=1, dim=2)
+    editor.refs = [("edge", np.array([[0.0, 0.0], [1.0, 0.5]])), ("point", np.zeros((1, 2)))]
+    editor.tool.set("line")
+    editor.clicks = [np.array([1.0, 1.0])]
+    editor.cursor = np.array([2.0, 0.0])
+    editor.redraw()
+    assert stage.recorded() == [
+        *BACKGROUND,
+        call(
+            "canvas.create_line",
+            *(20.0, 15.0, 30.0, 10.0, 20.0, 15.0),
+            fill="the muted",
+            dash=(2, 3),
+        ),
+        call(
+            "canvas.create_polygon",
+            *(10.0, 25.0, 30.0, 25.0, 30.0, 5.0, 10.0, 5.0),
+            fill="the accent_soft",
+            outline=ORANGE,
+            width=3,
+        ),
+        call("canvas.create_text", 20.0, 37.0, text="2000 mm", fill=ORANGE),
+        call("canvas.create_text", 36.0, 15.0, text="2000 mm", fill=ORANGE, anchor="w"),
+        call(
+            "canvas.create_polygon",
+            *(15.0, 20.0, 25.0, 20.0, 25.0, 10.0, 15.0, 10.0),
+            fill="the panel",
+            outline="the accent",
+            width=2,
+        ),
+        call("canvas.create_line", 30.0, 5.0, 40.0, 15.0, fill=ORANGE, width=2),
+        call("canvas.create_oval", 27.0, 2.0, 33.0, 8.0, outline=ORANGE),
+        dot(40.0, 15.0),
+    ]
+
+
+@pytest.mark.parametrize(
+    "entity, labels",
+    [
+        (circle(1.0, 0.5, 0.25), [((30.0, 10.0), "Ø 500 mm")]),
+        (regular(1.0, 0.5, 0.25), [((30.0, 10.0), "500 mm")]),
+        (slot(0.0, 0.0, 2.0, 0.0, 0.5), [((30.0, 15.0), "3000 mm x 1000 mm")]),
+        (polygon(), []),
+    ],
+)
+def test_labels(stage, entity, labels):
+    repainting(stage)._dimensions(entity)
+    assert stage.recorded() == [
+        call("canvas.create_text", *at, text=text, fill=ORANGE) for at, text in labels
+    ]
+
+
+DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
+
+
+@pytest.mark.parametrize(
+    "tool, state, items",
+    [
+        ("circle", {}, []),
+        (
+            "rectangle",
+            {"drag": {"kind": "new", "start": np.zeros(2)}},
+            [
+                call(
+                    "canvas.create_polygon",
+                    *(20.0, 15.0, 30.0, 15.0, 30.0, 5.0, 20.0, 5.0),
+                    **DASHED,
+                )
+            ],
+        ),
+        ("rectangle", {"drag": {"kind": "move", "start": np.zeros(2)}}, []),
+        (
+            "slot",
+            {"clicks": [np.zeros(2)]},
+            [
+                call(
+                    "canvas.create_line",
+                    *(20.0, 15.0, 30.0, 5.0),
+                    fill=ORANGE,
+                    width=2,
+                    dash=(5, 3),
+                )
+            ],
+        ),
+        (
+            "slot",
+            {"clicks": [np.zeros(2), np.array([2.0, 0.0])]},
+            [
+                call(
+                    "canvas.create_polygon",
+                    *(10.0, 25.0, 50.0, 25.0, 50.0, 5.0, 10.0, 5.0),
+                    **DASHED,
+                )
+            ],
+        ),
+    ],
+)
+def test_preview(stage, tool, state, items):
+    editor = repainting(stage, cursor=np.array([1.0, 1.0]), **state)
+    editor.tool.set(tool)
+    editor._preview()
+    assert stage.recorded() == [*items, dot(30.0, 5.0)]
+
+
+def test_canvas_that_is_not_laid_out(stage):
+    editor = repainting(stage)
+    editor.canvas.answers["winfo_width"] = 1
+    editor.redraw()
+    assert stage.recorded() == [call("canvas.delete", "all")]
+
+
+@pytest.mark.parametrize("lines", [5_000, 50_000])
+def test_as_many_grid_lines_as_the_visible_box_holds(stage, lines):
+    editor = repainting(stage)
+    editor.to_world = lambda x, y: np.array([x / 40 * (lines - 0.5), 0.5 - y / 300])
+    editor.redraw()
+    drawn = [entry for entry in stage.recorded() if entry[2] == {"fill": "the bg"}]
+    assert len(drawn) == lines + 1
+
+
+# --- the list and the form
+
+
+def test_list_call_by_call(stage):
+    editor = stage.editor([rectangle(), {"type": "circle"}, polygon()], sel=1)
+    editor.list.answers["get_children"] = ("0", "7")
+    calls = editor.watch("show_props")
+    assert editor.refresh_list(keep=True) is None
+    assert calls == []
+    rows = [("<Rectangle>", "2000 mm x 1000 mm"), ("<Circle>", "?"), ("<Outline>", "<3 corners>")]
+    expected = [
+        call("list.delete", "0", "7"),
+        *(
+            call("list.insert", "", "end", iid=str(i), text=f"{i + 1}. {kind}", values=(size,))
+            for i, (kind, size) in enumerate(rows)
+        ),
+        call("list.selection_set", "1"),
+    ]
+    assert stage.recorded() == expected
+    editor.sel = 3
+    editor.refresh_list()
+    assert calls == [("show_props", (), {})]
+    assert stage.recorded() == expected[:-1]
+
+
+@pytest.mark.parametrize("selection, sel", [((), None), (("2",), 2), (["0", "1"], 0)])
+def test_selection_in_the_list(stage, selection, sel):
+    editor = stage.editor([circle()] * 3, sel=1)
+    editor.list.answers["selection"] = selection
+    calls = editor.watch("show_props", "redraw")
+    editor._list_selected()
+    assert editor.sel == sel
+    assert [name for name, *_ in calls] == ["show_props", "redraw"]
+    editor._list_selected()
+    assert len(calls) == 2
+    assert stage.recorded() == []
+
+
+def test_form_of_an_outline_call_by_call(stage):
+    editor = stage.editor([polygon((0.0, 0.0), (3.0, 0.0), (0.0, 2.5), radius=0.5)], sel=0)
+    editor.props.answers["winfo_children"] = [Child(stage, "old1"), Child(stage, "old2")]
+    editor.show_props()
+    commands, handlers = stage.commands(), stage.handlers()
+    assert commands["<Apply>"] == editor.apply_props
+    text = "number 0 number 0\nnumber 3000 number 0\nnumber 0 number 2500"
+    assert stage.recorded() == [
+        call("old1.destroy"),
+        call("old2.destroy"),
+        call("Form", "props", label_width=14),
+        call("Form1.pack"),
+        call("StringVar", value="number 500"),
+        call("Form1.entry", "<Corner radius (0 = sharp)>", "StringVar1", "mm", width=10),
+        call("Entry1.bind", "<Return>", "handler"),
+        call("Form1.note", "<Corners (u v, one pair per line):>"),
+        call("Text", "props", height=6, width=28),
+        call("Text1.insert", "1.0", text),
+        call("Text1.pack", fill="x"),
+        call("ttk.Button", "props", text="<Apply>", command="editor.apply_props"),
+        call("Button1.pack", anchor="e", pady=(6, 0)),
+    ]
+    calls = editor.watch("apply_props")
+    handlers["Entry1", "<Return>"](None)
+    assert calls == [("apply_props", (), {})]
+    with pytest.raises(TypeError):
+        handlers["Entry1", "<Return>"]()
+
+
+def test_form_of_counts_and_angles(stage):
+    editor = stage.editor([regular(1.0, 2.0, 3.0, 7, 45.0)], sel=0)
+    editor.show_props()
+    labels = ["Centre u", "Centre v", "Corner radius from centre", "Sides"]
+    labels += ["Angle of first corner (degrees)"]
+    numbers, units = [1000, 2000, 3000, 7, 45], ["mm"] * 3 + [""] * 2
+    fields = [
+        entry
+        for i, (label, number, unit) in enumerate(zip(labels, numbers, units), 1)
+        for entry in (
+            call("StringVar", value=f"number {number}"),
+            call("Form1.entry", f"<{label}>", f"StringVar{i}", unit, width=10),
+            call(f"Entry{i}.bind", "<Return>", "handler"),
+        )
+    ]
+    assert stage.recorded() == [
+        call("Form", "props", label_width=14),
+        call("Form1.pack"),
+        *fields,
+        call("ttk.Button", "props", text="<Apply>", command="editor.apply_props"),
+        call("Button1.pack", anchor="e", pady=(6, 0)),
+    ]
+
+
+@pytest.mark.parametrize("sel", [None, 1, 5])
+def test_form_of_nothing(stage, sel):
+    editor = stage.editor([circle()], sel=sel)
+    editor.show_props()
+    hint = "<Select a shape to type its exact size.>"
+    assert stage.recorded() == [
+        call("ttk.Label", "props", text=hint, style="Muted.TLabel", wraplength=("px", 260)),
+        call("Label1.pack", anchor="w"),
+    ]
+
+
+def test_applying_call_by_call(stage):
+    editor = stage.editor([polygon()], sel=0)
+    editor.show_props()
+    stage.record.clear()
+    calls = editor.watch("refresh_list", "redraw")
+    editor.vars["radius"].value = " 2e1 "
+    editor.points_text.answers["get"] = "1,2\n\n 3 4 \n5, 6\n"
+    editor.apply_props()
+    assert stage.recorded() == [call("status.configure", text="")]
+    assert calls == [("refresh_list", (), {"keep": True}), ("redraw", (), {})]
+    points = [[0.001, 0.002], [0.003, 0.004], [0.005, 0.006]]
+    assert editor.sk["entities"] == [{"type": "polygon", "points": points, "radius": 0.02}]
+    editor.points_text.answers["get"] = "1 2 3\n"
+    editor.apply_props()
+    assert stage.recorded() == [
+        call("status.configure", text="<Not applied: <each corner needs two numbers>>")
+    ]
+    assert len(calls) == 2
+
+
+# --- the pointer
+
+
+def test_hover_call_by_call(stage):
+    editor = stage.editor(scale=10.0, snap=Var(False), plane=Var("XZ"))
+    calls = editor.watch("redraw")
+    editor._motion(Event(35, 5))
+    hint = (
+        "<Click a shape to select it and edit its dimensions; drag to move it; Delete removes it.>"
+    )
+    assert stage.recorded() == [
+        call("status.configure", text=f"x = 1500 mm   z = 1000 mm     {hint}")
+    ]
+    assert calls == [("redraw", (), {})]
+
+
+@pytest.mark.parametrize("made", [None, {"type": "circle"}])
+def test_release_of_a_drag_that_gave_no_shape(stage, made):
+    editor = stage.editor(drag={"kind": "new", "start": np.zeros(2)})
+    editor._from_drag = lambda a, b: made
+    tested = []
+    editor._ok = lambda e: tested.append(e) or e is None
+    calls = editor.watch("add", "redraw")
+    editor._release(Event(5, 5))
+    assert tested == ([] if made is None else [made])
+    assert calls == [("redraw", (), {})]
+    assert editor.drag is None
+
+
+def test_deletion_asks_for_the_focus_alone(stage):
+    editor = stage.editor([circle(), rectangle()], sel=0, points_text=Widget(stage, "Text", "box"))
+    calls = editor.watch("refresh_list", "redraw")
+    for focused in (stage.ttk.Entry("x"), stage.tk.Entry("x"), stage.ttk.Spinbox("x")):
+        editor.focused = focused
+        editor.delete()
+    assert (editor.sel, calls) == (0, [])
+    editor.focused = editor.points_text
+    editor.delete()
+    assert (editor.sel, editor.sk["entities"]) == (None, [rectangle()])
+    assert calls == [("refresh_list", (), {}), ("redraw", (), {})]
+
+
+# --- the interpreter's own arithmetic and texts
+
+
+@pytest.mark.parametrize(
+    "numbers, place",
+    [
+        ((10, 20, 901, 607), "+310+121"),
+        ((10.5, 20, 901.0, 607.0), "+310.5+121.0"),
+        ((Fraction(1, 2), 0, Fraction(1203, 2), 100), "+301/2+0"),
+        ((True, np.int16(7), 300, 204), "+1+8"),
+        ((10**30, -5, 10**30, 50), f"+{10**30 + (10**30 - 300) // 2}+-5"),
+    ],
+)
+def test_place_of_the_dialog(stage, numbers, place):
+    names = ("winfo_rootx", "winfo_rooty", "winfo_width", "winfo_height")
+    editor = stage.editor(master=Master(**dict(zip(names, numbers))), result="kept")
+    editor.winfo_width, editor.winfo_height = lambda: 300, lambda: 200
+    calls = editor.watch("update_idletasks", "geometry", "grab_set", "fit", "wait_window")
+    assert editor.run() == "kept"
+    assert calls == [
+        ("update_idletasks", (), {}),
+        ("geometry", (place,), {}),
+        ("grab_set", (), {}),
+        ("fit", (), {}),
+        ("wait_window", (), {}),
+    ]
+    assert stage.recorded() == []
+
+
+class Piece:
+    """Shows itself in a text in its own way, and in no other."""
+
+    def __init__(self, text):
+        self.text = text
+
+    def __format__(self, how):
+        assert how == ""
+        return self.text
+
+    __str__ = None
+
+
+PIECES = [(5, "5"), (2.5, "2.5"), (None, "None"), (Piece("a piece"), "a piece")]
+
+
+@pytest.mark.parametrize("piece, text", PIECES)
+def test_texts_from_pieces_of_any_type(stage, monkeypatch, sketcher, piece, text):
+    stage.units.answers["fmt"] = lambda value, quantity: piece
+    assert sketcher.describe(rectangle()) == f"{text} x {text}"
+    assert sketcher.describe(slot()) == f"{text} x {text}"
+    assert sketcher.describe(circle()) == f"<diameter {text}>"
+    assert sketcher.describe(regular()) == f"<6 sides, {text} across corners>"
+    monkeypatch.setattr(stage.S, "AXES", {"XY": (piece, piece)})
+    editor = stage.editor([rectangle()], sel=0)
+    editor.watch("redraw")
+    monkeypatch.setattr(sketcher, "tr", lambda source: piece)
+    editor._motion(Event(20, 15))
+    editor.refresh_list(keep=True)
+    editor._dimensions(circle())
+    editor.sk["entities"] = [polygon()]
+    monkeypatch.setattr(sketcher, "tr", stage.tr)
+    monkeypatch.setattr(sketcher, "num_text", lambda value: piece)
+    editor.show_props()
+    record = stage.recorded()
+    assert call("status.configure", text=f"{text} = {text}   {text} = {text}     {text}") in record
+    (row,) = [entry for entry in record if entry[0] == "list.insert"]
+    assert row[2]["text"] == f"1. {text}"
+    assert call("canvas.create_text", 20.0, 15.0, text=f"Ø {text}", fill=ORANGE) in record
+    assert call("Text1.insert", "1.0", "\n".join([f"{text} {text}"] * 3)) in record
+
+
+def test_a_text_is_asked_for_before_the_lengths_in_it(stage, monkeypatch, sketcher):
+    asked = []
+    monkeypatch.setattr(sketcher, "tr", lambda text: asked.append(text) or text)
+    stage.units.answers["fmt"] = lambda value, quantity: asked.append(value) or "5"
+    sketcher.describe(circle(r=2.0))
+    sketcher.describe(regular(r=3.0))
+    assert asked == ["diameter {d}", 4.0, "{n} sides, {d} across corners", 6.0]
