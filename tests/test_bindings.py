@@ -77,20 +77,54 @@ def test_return_in_an_entry_of_the_form_applies_and_reaches_the_dialog(spied, se
     assert calls == once("apply_props") + once("close_line")
 
 
-def test_operations_replaced_on_the_open_editor_are_called(open_editor, send):
-    editor = open_editor()
+def test_operations_replaced_on_the_open_editor_are_called_where_they_are_looked_up(
+    open_editor, send
+):
+    editor = open_editor(one_of_each())
+    editor.select(1)
     calls = []
-    for name in ("_press", "_drag", "_release", "_motion", "_pan_start", "_pan_move", "_zoom"):
+    for name in ("_zoom", "close_line", "cancel_drawing", "delete", "redraw", "apply_props"):
         setattr(editor, name, lambda *args, name=name: calls.append(name))
-    editor.close_line = lambda: calls.append("close_line")
+    hand = send(editor)
+    hand.wheel(130, 100, 120)
+    for key in ("Return", "Escape", "Delete"):
+        hand.key(key)
+    hand.key("Return", next(w for w in walk(editor.props) if type(w) is ttk.Entry))
+    expected = ["_zoom", "close_line", "cancel_drawing", "delete", "apply_props", "close_line"]
+    assert [name for name in calls if name != "redraw"] == expected
+
+
+def test_operations_given_to_widgets_stay_what_they_were(spied, send):
+    names = ["_press", "_drag", "_release", "_pan_start", "_pan_move", "_motion"]
+    names += ["fit", "cancel_drawing", "ok", "apply_props"]
+    editor, calls = spied(*names, sketch=one_of_each())
+    editor.select(1)
+    for name in names:
+        setattr(editor, name, lambda *args: pytest.fail("was given before"))
     hand = send(editor)
     hand.stroke((100, 100), (120, 100))
     hand.stroke((100, 100), (120, 100), button=2)
     hand.motion(130, 100)
-    hand.wheel(130, 100, 120)
-    hand.key("Return")
-    left, middle = ["_press", "_drag", "_release"], ["_pan_start", "_pan_move"]
-    assert calls == [*left, *middle, "_motion", "_zoom", "close_line"]
+    for text in ("Fit", "Slot", "OK", "Apply"):
+        button(editor, text).invoke()
+    assert [name for name, *_ in calls] == names
+
+
+@pytest.mark.parametrize(
+    "text, operation",
+    [
+        ("Fit", "fit"),
+        ("Circle", "cancel_drawing"),
+        ("Delete", "delete"),
+        ("Apply", "apply_props"),
+        ("Cancel", "destroy"),
+        ("OK", "ok"),
+    ],
+)
+def test_command_is_named_after_its_operation(open_editor, text, operation):
+    editor = open_editor(one_of_each())
+    editor.select(1)
+    assert str(button(editor, text).cget("command")).lstrip("0123456789") == operation
 
 
 def test_choosing_a_plane_stores_it_and_then_repaints(spied):

@@ -3,6 +3,7 @@
 import copy
 import tkinter as tk
 from tkinter import ttk
+from types import SimpleNamespace
 
 import numpy as np
 import pytest
@@ -252,6 +253,53 @@ def test_window_may_belong_to_another_application(root, sketcher):
         assert {"XY", "0", "1", "6", "20", "10"} <= {entry.get() for entry in entries}
         editor.ok()
         assert editor.result is editor.sk
+    finally:
+        close_root(other)
+
+
+@pytest.fixture
+def given_to_variables(sketcher, monkeypatch):
+    """The keyword arguments of every variable that is made."""
+    given = []
+
+    def kept(kind):
+        return lambda **options: given.append(options) or getattr(tk, kind)(**options)
+
+    stand_in = SimpleNamespace(**vars(tk))
+    stand_in.StringVar, stand_in.BooleanVar = kept("StringVar"), kept("BooleanVar")
+    monkeypatch.setattr(sketcher, "tk", stand_in)
+    return given
+
+
+def test_variables_in_tkinter_s_default_application_get_their_value_alone(
+    root, sketcher, given_to_variables
+):
+    assert tk._default_root is root
+    editor = sketcher.SketchEditor(root, {"entities": [circle()]})
+    editor.select(0)
+    assert len(given_to_variables) == 6 + 3
+    assert all(list(options) == ["value"] for options in given_to_variables)
+
+
+@pytest.mark.parametrize("default", ["another", None, "refused"])
+def test_variables_elsewhere_belong_to_their_window(
+    root, sketcher, monkeypatch, given_to_variables, default
+):
+    other = open_root()
+    try:
+        if default is None:
+            monkeypatch.setattr(tk, "_default_root", None)
+        elif default == "refused":
+            monkeypatch.delattr(tk, "_default_root")
+            monkeypatch.setattr(tk, "_support_default_root", False)
+        editor = sketcher.SketchEditor(other, {"entities": [circle()]})
+        editor.select(0)
+        assert len(given_to_variables) == 6 + 3
+        for options in given_to_variables:
+            assert sorted(options) == ["master", "value"]
+            assert options["master"]._root() is other
+        assert [editor.tool.get(), editor.vars["r"].get()] == ["select", "1000"]
+        monkeypatch.undo()
     finally:
         close_root(other)
 

@@ -52,8 +52,9 @@ class TestReading:
                 operation(Event(1, 1))
         assert editor.sk["entities"] == [circle()]
 
-    def test_a_measure_of_the_master_that_is_no_integer(self, sketcher):
-        editor = PlainEditor(master=Recorder(winfo_rootx="far left"))
+    def test_a_measure_of_the_master_that_is_no_number(self, sketcher):
+        editor = PlainEditor(master=Recorder(winfo_rootx="far left", winfo_width=9))
+        editor.winfo_width = lambda: 9
         calls = editor.watch("update_idletasks", "geometry", "grab_set", "fit", "wait_window")
         with pytest.raises(TypeError):
             editor.run()

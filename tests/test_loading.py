@@ -3,7 +3,6 @@
 import importlib
 import json
 import re
-import sys
 from pathlib import Path
 
 import pytest
@@ -125,9 +124,14 @@ def test_failed_initialisation_can_be_tried_again(smallest, any_interpreter):
 
         for name in sys.argv[1:]:
             kept = importlib.import_module(name)
+            package, _, attribute = name.rpartition(".")
+            if package:
+                delattr(sys.modules[package], attribute)
             sys.modules[name] = None
             attempt()
             sys.modules[name] = kept
+            if package:
+                setattr(sys.modules[package], attribute, kept)
         names = {"tandrel.gui.i18n": "N_ tr", "tandrel.gui.widgets": "PAL Form Tooltip"}
         names["tandrel.gui.widgets"] += " num_text px units"
         names["typing"] = "Any Dict List Optional Sequence Tuple"
@@ -312,7 +316,6 @@ def load_in_subinterpreter(tmp_path, interpreter, isolated):
     run(
         f"""
 {CREATE_SUBINTERPRETER}
-import sys
 from support import arrays
 sys.modules["numpy"] = arrays
 from support import neighbours

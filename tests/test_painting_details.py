@@ -56,6 +56,11 @@ class TestGrid:
         editor.to_world = lambda x, y: (x, -y)
         assert grid_lines() == 0
 
+    def test_of_more_lines_than_can_be_meant_has_none(self, editor, grid_lines):
+        editor.grid_step = lambda: 1.0
+        editor.to_world = lambda x, y: (x * 1e7, 0.0)
+        assert grid_lines() <= 2
+
 
 class TestDepths:
     @pytest.mark.parametrize(

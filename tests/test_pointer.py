@@ -322,15 +322,6 @@ class TestRelease:
         assert editor.sel is None
         assert names(editor) == ["redraw"]
 
-    def test_no_shape_is_tested_like_any_other(self, editor):
-        editor.drag = {"kind": "new", "start": point(1, 1)}
-        editor._from_drag = lambda a, b: None
-        tested = []
-        editor._ok = lambda e: tested.append(e)
-        editor.add = lambda e: pytest.fail("added")
-        editor._release(Event(231, 98))
-        assert tested == [None]
-
     @pytest.mark.parametrize("error", [ValueError, KeyError, TypeError])
     def test_a_shape_that_the_sketch_module_refuses_is_dropped(self, editor, neighbours, error):
         editor.tool.set("circle")

@@ -341,14 +341,19 @@ def test_delete_itself_does_not_heed_the_corners_box(select):
     assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
 
 
-def test_bind_tag_stands_between_the_text_class_and_the_dialog(select):
+def test_corners_box_is_an_ordinary_text(select):
     editor = select(polygon())
-    own, text, *between, dialog, everything = editor.points_text.bindtags()
-    assert (own, text) == (str(editor.points_text), "Text")
-    assert (dialog, everything) == (str(editor), "all")
-    (tag,) = between
-    assert set(editor.points_text.bind_class(tag)) == {"<Key-Delete>", "<Key-BackSpace>"}
-    assert editor.points_text.bind() == ()
+    box = editor.points_text
+    assert box.bindtags() == (str(box), "Text", str(editor), "all")
+    assert box.bind() == ()
+
+
+def test_deleting_keys_spare_the_present_corners_box_alone(select, send):
+    editor = select(polygon(), circle())
+    focus(editor.points_text)
+    editor.points_text = None
+    send(editor).key("Delete", editor.focus_get())
+    assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
 
 
 def test_other_keys_of_the_box_reach_the_dialog(select, send):

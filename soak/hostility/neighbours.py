@@ -86,7 +86,6 @@ class StandInWidget(Recorder):
     def __init__(self, *arguments: Any, **keywords: Any) -> None:
         super().__init__(
             winfo_children=[],
-            bindtags=("self", "class", "window", "all"),
             get="0.01 0.02\n0.5, 0.1\n0 0",
             entry=StandInWidget,
         )
@@ -101,7 +100,7 @@ class StandInWidget(Recorder):
 
 
 class StandInVariable(Var):
-    def __init__(self, master: Any = None, value: Any = None) -> None:
+    def __init__(self, *, value: Any) -> None:
         super().__init__(value)
 
     def get(self) -> Any:
