@@ -316,6 +316,7 @@ def load_in_subinterpreter(tmp_path, interpreter, isolated):
     run(
         f"""
 {CREATE_SUBINTERPRETER}
+import sys
 from support import arrays
 sys.modules["numpy"] = arrays
 from support import neighbours

@@ -215,7 +215,8 @@ Ref import_module(const Ref& name) {
 Ref imported(const Ref& name) {
   PyObject* module = PyImport_GetModule(name.get());
   if (module == nullptr && PyErr_Occurred() == nullptr) return {};
-  return Ref::steal(module);
+  Ref found = Ref::steal(module);
+  return found.is_none() ? Ref() : found;  // None forbids the import
 }
 
 Ref import_from(const Ref& module, const Ref& name) {
