@@ -12,10 +12,18 @@ from support.children import in_child, plain_user
 from tandrel.application import settings
 from tandrel.application.settings import Settings
 
-DEFAULTS = {"recent": [], "geometry": "", "units": "mm", "language": "", "palette": "light"}
+DEFAULTS = {
+    "recent": [],
+    "geometry": "",
+    "editor_size": "",
+    "units": "mm",
+    "language": "",
+    "palette": "light",
+}
 SOUND = {
     "recent": ["/files/b.json", "/files/a.json"],
     "geometry": "900x700+10-20",
+    "editor_size": "1200x800",
     "units": "in",
     "language": "de",
     "palette": "dark",
@@ -70,6 +78,10 @@ def test_unknown_keys_are_kept_away(loaded, tmp_path):
         ("geometry", "900x700\n"),
         ("geometry", "999999x700"),
         ("geometry", "\u0669x\u0669"),
+        ("editor_size", 7),
+        ("editor_size", "1200x"),
+        ("editor_size", "1200x0"),
+        ("editor_size", "1200x800+0+0"),
         ("units", "ell"),
         ("units", ["mm"]),
         ("language", None),

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import re
 import tkinter as tk
 from collections.abc import Mapping
 from tkinter import ttk
@@ -83,20 +82,3 @@ def ask(parent: tk.Misc, text: str, answers: Mapping[str, str]) -> str | None:
     question = Question(parent, text, answers)
     question.wait_window()
     return question.answer
-
-
-def into_view(window: tk.Toplevel) -> None:
-    """Move a window, if it is still there, back onto the screen at the right and the lower edge.
-
-    One that doesn't fit begins at the left and the upper edge.
-    """
-    if not window.winfo_exists():
-        return
-    # As asked for: where a window manager has put it may not be known yet.
-    width, height, x, y = map(int, re.findall(r"-?\d+", window.geometry()))
-    side = window.winfo_rootx() - window.winfo_x()
-    title = window.winfo_rooty() - window.winfo_y()
-    most_x = max(window.winfo_screenwidth() - width - 2 * side, 0)
-    most_y = max(window.winfo_screenheight() - height - title - side, 0)
-    if x > most_x or y > most_y:
-        window.geometry(f"+{min(x, most_x)}+{min(y, most_y)}")

@@ -34,12 +34,14 @@ class Settings:
     """Each setting has a sound value at any time, whatever the file holds.
 
     ``recent`` has the files opened last, the newest first, whether they still exist or not.
-    ``geometry`` is the main window's to Tk, ``language`` a language's code: empty until known.
+    ``geometry`` is the main window's to Tk, ``editor_size`` that of the sketch editor without its
+    place, ``language`` a language's code: empty until known.
     """
 
     folder: Path
     recent: List[str] = field(default_factory=list)
     geometry: str = ""
+    editor_size: str = ""
     units: str = "mm"
     language: str = ""
     palette: str = PALETTES[0]
@@ -87,9 +89,11 @@ def _paths(value: Any) -> bool:
     )
 
 
+_SIZE = "[1-9][0-9]{0,4}x[1-9][0-9]{0,4}"
 _SOUND: Dict[str, Callable[[Any], bool]] = {
     "recent": _paths,
-    "geometry": _text("([1-9][0-9]{0,4}x[1-9][0-9]{0,4}(([+-]-?[0-9]{1,5}){2})?)?"),
+    "geometry": _text(rf"({_SIZE}(([+-]-?[0-9]{{1,5}}){{2}})?)?"),
+    "editor_size": _text(f"({_SIZE})?"),
     "units": lambda value: isinstance(value, str) and value in SYSTEMS,
     "language": _text("[a-z]{0,3}"),
     "palette": lambda value: value in PALETTES,

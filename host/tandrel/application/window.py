@@ -16,7 +16,8 @@ from tandrel import exchange, profile
 from tandrel import sketch as S
 from tandrel import storage
 from tandrel.application import menus, progress
-from tandrel.application.dialogs import ask, into_view
+from tandrel.application.dialogs import ask
+from tandrel.application.editor import Editor
 from tandrel.application.recovery import Found
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
@@ -24,7 +25,6 @@ from tandrel.exchange import ExchangeError, UnitsMissing
 from tandrel.gui import i18n, theme
 from tandrel.gui.i18n import N_, tr
 from tandrel.gui.profile_view import ProfileView
-from tandrel.gui.sketcher import SketchEditor
 from tandrel.gui.widgets import SYSTEMS, px, set_units, units
 from tandrel.progress import Stopped, Tick, no_tick
 from tandrel.storage import SketchFileError
@@ -348,10 +348,11 @@ class App:
         references = [(r["name"], np.array(r["points"], float)) for r in document.references]
         # Files are read strictly: what they hold is what the editor's types ask for.
         sketch = cast(Any, document.sketch)
-        editor = SketchEditor(self.root, sketch, dim=3, title=title, references=references)
-        # It begins at this window's left edge where it is the wider one; `run` puts it there.
-        self.root.after(1, into_view, editor)
+        size = self.settings.editor_size
+        editor = Editor(self.root, sketch, size, title=title, references=references)
         edited = cast(Any, editor.run())
+        self.settings.editor_size = editor.window_size
+        self.settings.save()
         if edited is None or not self.session.accept(edited):
             return
         try:

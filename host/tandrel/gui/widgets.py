@@ -23,21 +23,27 @@ __all__ = [
 
 
 class Form(ttk.Frame):
-    """Labelled entries with their units, one below the other."""
+    """Labelled entries with their units, one below the other.
+
+    With entries of 10 characters it is no wider than the editor's list of shapes, 270 nominal
+    pixels: a wider one would push the canvas beside it.
+    """
+
+    _LABELS = 144  # nominal pixels, with the gap to the entries
 
     def __init__(self, parent: tk.Misc, label_width: int = 14) -> None:
         super().__init__(parent, style="Panel.TFrame")
         self._label_width = label_width
         self._rows = 0
-        self.columnconfigure(0, minsize=px(150))
+        self.columnconfigure(0, minsize=px(self._LABELS))
         self.columnconfigure(2, minsize=px(22))
 
     def entry(
         self, label_text: str, variable: tk.Variable, unit_text: str, width: int = 10
     ) -> ttk.Entry:
         """Add a row and return its entry. A long label wraps instead of pushing the entry away."""
-        label = ttk.Label(self, text=label_text, style="Panel.TLabel", wraplength=px(150))
-        label.configure(width=-self._label_width)
+        label = ttk.Label(self, text=label_text, style="Panel.TLabel")
+        label.configure(width=-self._label_width, wraplength=px(self._LABELS - 12))
         field = ttk.Entry(self, textvariable=variable, width=width)
         unit = ttk.Label(self, text=unit_text, style="Muted.TLabel")
         for column, widget in enumerate((label, field, unit)):

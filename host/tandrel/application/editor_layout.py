@@ -1,0 +1,141 @@
+"""A layout of the sketch editor in which nothing moves under the pointer.
+
+By itself the dialog follows what its content asks for: the form of another shape, or a second line
+of the status text, pushes the canvas, and what the pointer stood on with it.
+"""
+
+from __future__ import annotations
+
+import re
+from tkinter import ttk
+from typing import Any, Tuple
+
+from tandrel.gui.sketcher import FIELDS, SketchEditor
+from tandrel.gui.widgets import px
+
+Size = Tuple[int, int]  # width and height in pixels
+
+_STATUS_LINES = 2
+_LEAST_ROWS = 3
+# In nominal pixels.
+_COLUMNS = {"#0": 110, "size": 160}
+_LEAST_CANVAS = 240, 160
+_USUAL = 1400, 900
+_FRAME = 12, 40  # what window managers add to a window, or less; Tk can't tell it
+
+_SHARE_OF_SCREEN = 0.9
+
+
+def arrange(editor: SketchEditor, wanted: str = "") -> None:
+    """Give a dialog that has just been built its size, and each part a room of its own.
+
+    `wanted` is a size such as "1200x800" in pixels, or empty for a usual one. The dialog has it as
+    far as the screen allows, and as its parts, the largest form among them, have the room that they
+    need.
+    """
+    # It appears when it has its size: forms are measured before.
+    editor.withdraw()
+    _give_way(editor)
+    _reserve_status(editor)
+    _reserve_side(editor, _largest_form(editor))
+    editor.canvas.configure(width=px(_LEAST_CANVAS[0]), height=px(_LEAST_CANVAS[1]))
+    editor.update_idletasks()
+    most = _most(editor)
+    least = _smaller((editor.winfo_reqwidth(), editor.winfo_reqheight()), most)
+    width, height = _larger(_smaller(_size(editor, wanted), most), least)
+    editor.minsize(*least)
+    # A window with a size of its own doesn't follow its content any more.
+    editor.geometry(f"{width}x{height}")
+    editor.deiconify()
+
+
+def on_screen(editor: SketchEditor, geometry: str) -> str:
+    """A geometry, where it is a place such as "+700+90", moved so that all is on the screen."""
+    place = re.fullmatch(r"\+(-?\d+)\+(-?\d+)", geometry)
+    if place is None:
+        return geometry
+    width, height = _most(editor)
+    x = min(int(place[1]), width - editor.winfo_width())
+    y = min(int(place[2]), height - editor.winfo_height())
+    return f"+{max(x, 0)}+{max(y, 0)}"
+
+
+def _most(editor: SketchEditor) -> Size:
+    """The largest size with which the dialog lies wholly on the screen, its frame included."""
+    width, height = (px(n) for n in _FRAME)
+    return editor.winfo_screenwidth() - width, editor.winfo_screenheight() - height
+
+
+def _size(editor: SketchEditor, wanted: str) -> Size:
+    if wanted:
+        width, height = map(int, wanted.split("x"))
+        return width, height
+    screen = editor.winfo_screenwidth(), editor.winfo_screenheight()
+    width, height = (int(n * _SHARE_OF_SCREEN) for n in screen)
+    return _smaller((width, height), (px(_USUAL[0]), px(_USUAL[1])))
+
+
+def _smaller(a: Size, b: Size) -> Size:
+    return min(a[0], b[0]), min(a[1], b[1])
+
+
+def _larger(a: Size, b: Size) -> Size:
+    return max(a[0], b[0]), max(a[1], b[1])
+
+
+def _give_way(editor: SketchEditor) -> None:
+    """Let shrink with the window what can do with less: the canvas, the list of shapes, the hint.
+
+    What has no room is what is packed last in its frame: neither the form nor OK and Cancel.
+    """
+    body: Any = editor.canvas.master
+    side: Any = editor.list.master
+    outer: Any = editor.status.master
+    bottom = outer.winfo_children()[-1]
+    hint, _, ok = bottom.winfo_children()
+    hint.pack_configure(after=ok)
+    bottom.pack_configure(side="bottom", before=body)
+    side.pack_configure(side="right", before=editor.canvas)
+    editor.props.pack_configure(side="bottom", before=editor.list)
+    editor.list.pack_configure(fill="both", expand=True)
+
+
+def _reserve_status(editor: SketchEditor) -> None:
+    """Two lines for the status text. More lie over the body until the next text, or a click."""
+    status: Any = editor.status
+    status.configure(text="\n" * (_STATUS_LINES - 1))
+    room = ttk.Frame(status.master, style="Panel.TFrame", height=status.winfo_reqheight())
+    status.configure(text="")
+    room.pack(side="bottom", fill="x", pady=(px(6), 0), before=editor.canvas.master)
+    room.bind("<Configure>", lambda e: status.configure(wraplength=max(e.width - px(4), 1)))
+    status.place(in_=room, relwidth=1, rely=1, anchor="sw")
+    status.lift()
+    status.bind("<Button-1>", lambda _event: status.configure(text=""))
+
+
+def _reserve_side(editor: SketchEditor, form: Size) -> None:
+    """Room for a few rows of the list, and for the largest form, whichever is shown."""
+    editor.list.configure(height=_LEAST_ROWS)
+    for column, nominal in _COLUMNS.items():
+        editor.list.column(column, width=px(nominal))
+    width = max(form[0], editor.list.winfo_reqwidth())
+    height = form[1] + px(8) + editor.list.winfo_reqheight()
+    side: Any = editor.list.master
+    for frame, size in ((editor.props, form), (side, (width, height))):
+        frame.pack_propagate(False)
+        frame.configure(width=size[0], height=size[1])
+
+
+def _largest_form(editor: SketchEditor) -> Size:
+    """What the property form asks for at most, in the language and the units of the moment."""
+    size = 0, 0
+    sketch: Any = editor.sk
+    for kind in FIELDS:
+        sample: Any = {"entities": [{"type": kind, "points": []}]}
+        editor.sk, editor.sel = sample, 0
+        editor.show_props()
+        editor.sk, editor.sel = sketch, None
+        editor.update_idletasks()
+        size = _larger(size, (editor.props.winfo_reqwidth(), editor.props.winfo_reqheight()))
+    editor.show_props()
+    return size
