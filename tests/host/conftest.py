@@ -3,11 +3,15 @@
 import os
 import shutil
 import subprocess
+from contextlib import ExitStack
+from functools import lru_cache
 from pathlib import Path
 
 import pytest
 import tandrel.gui
+from harness.display import x_server
 from support.application import shown
+from support.roots import close_root, open_root
 from tandrel.application.recovery import Recovery
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
@@ -50,6 +54,29 @@ def as_at_start(tmp_path_factory, monkeypatch):
     begin()
     yield
     begin()
+
+
+@pytest.fixture(scope="session")
+def screen_of():
+    """screen_of(width, height, dpi=96, window_manager=False): the name of such a screen.
+
+    They all stay till the end: Tk never leaves a server that it knows.
+    """
+    with ExitStack() as servers:
+
+        @lru_cache(maxsize=None)
+        def screen(width, height, dpi=96, window_manager=False):
+            return servers.enter_context(x_server(width, height, window_manager, dpi))
+
+        yield screen
+
+
+@pytest.fixture
+def large_root(screen_of):
+    """A main window on a screen of twice the usual resolution."""
+    window = open_root(screen_of(2560, 2048, dpi=192))
+    yield window
+    close_root(window)
 
 
 @pytest.fixture

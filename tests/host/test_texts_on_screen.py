@@ -4,11 +4,9 @@ import re
 from tkinter import font, ttk
 
 import pytest
-from harness.display import x_server
 from support.application import dialogs, in_editor, labels, shown
 from support.events import Send, settle
 from support.form import EVERY_TYPE
-from support.roots import close_root, open_root
 from support.widgets import walk
 from tandrel import storage
 from tandrel.application.dialogs import Question
@@ -17,20 +15,6 @@ from tandrel.gui import i18n
 LANGUAGES = ("en", "de", "fr", "zh", "qps")
 # The part's own name, units, planes, axes and keys: the same in every language.
 NEUTRAL = set("TEST mm cm m in XY XZ YZ x y z u v Ø tandrel json dxf".split())
-
-
-@pytest.fixture(scope="session")
-def large_display():
-    """A screen of twice the usual resolution, till the end: Tk never leaves a server it knows."""
-    with x_server(2560, 2048, dpi=192) as name:
-        yield name
-
-
-@pytest.fixture
-def large_root(large_display):
-    window = open_root(large_display)
-    yield window
-    close_root(window)
 
 
 @pytest.fixture
