@@ -38,6 +38,8 @@ FONTS = """<?xml version="1.0"?>
 </fontconfig>
 """
 
+SIZE = "1090x608"  # pixels; not much more than the manual's page shows
+
 Point = Tuple[float, float]  # millimetres
 Entity = Dict[str, Any]
 
@@ -172,10 +174,10 @@ SCENES: List[Scene] = [
 
 def take(root: tk.Tk, scene: Scene, folder: Path) -> None:
     """One picture: of the whole dialog, or of the tools and the drawing."""
-    from tandrel.gui.sketcher import SketchEditor
+    from tandrel.application.editor import Editor
 
     name, entities, act, part = scene
-    editor: Any = SketchEditor(root, {"entities": entities} if entities else None)
+    editor: Any = Editor(root, {"entities": entities} if entities else None, SIZE)
     editor.geometry("+20+20")
     editor.update()
     editor.fit()

@@ -37,19 +37,37 @@ for code in json.load(sys.stdin):
 print(json.dumps([accepted, sketcher.SNAP_PX]))
 """
 
-# Runs the application, with a user who makes the hole smaller in the form, and prints what is kept.
+# Runs the application, with a user who makes the hole smaller in the form, and prints what is kept,
+# and whether window and canvas stayed as they were.
 APPLICATION = """
 import json, runpy, sys, tkinter as tk
 
+def place(editor):
+    editor.update()
+    return tuple(
+        (w.winfo_rootx(), w.winfo_rooty(), w.winfo_width(), w.winfo_height())
+        for w in (editor, editor.canvas)
+    )
+
 def use(editor):
+    before = place(editor)
+    sys.modules["tandrel.gui.widgets"].units().unit = lambda quantity: "thousandths of a metre"
+    outline = {"type": "polygon", "points": [[0, 0], [0.1, 0], [0, 0.1]], "radius": 0}
+    editor.add(outline)
+    places = [place(editor)]
+    editor.delete()
+    for text in ("", "a text " * 30, "a text " * 99):
+        editor.status.configure(text=text)
+        places.append(place(editor))
     shapes = [i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]
     x, y = editor.to_screen((0, 0))
     editor.canvas.event_generate("<ButtonPress-1>", x=round(x), y=round(y))
     editor.canvas.event_generate("<ButtonRelease-1>", x=round(x), y=round(y))
     editor.vars["r"].set("7.5")
     editor.apply_props()
+    places.append(place(editor))
     editor.ok()
-    seen.append([len(shapes), editor.sel])
+    seen.append([len(shapes), editor.sel, set(places) == {before}])
 
 seen = []
 tk.Toplevel.wait_window = use
@@ -91,7 +109,7 @@ def test_example_of_the_front_page_runs(display):
 
 def test_application_in_one_file_needs_nothing_but_the_module(display):
     kept, seen = run(APPLICATION, EXAMPLE, path=[str(BUILD)])
-    assert json.loads(seen) == [[2, 1]]
+    assert json.loads(seen) == [[2, 1, True]]
     assert json.loads(kept.replace("'", '"'))["entities"] == [
         {"type": "rectangle", "x": -0.04, "y": -0.03, "w": 0.08, "h": 0.06, "radius": 0.0},
         {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.0075},

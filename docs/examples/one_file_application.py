@@ -152,6 +152,27 @@ module(
     units=lambda: MILLIMETRES,
 )
 
+# --- the editor, in a layout that keeps still
+
+from tandrel.gui.sketcher import SketchEditor  # noqa: E402  (it imports the modules made above)
+
+
+class SteadyEditor(SketchEditor):
+    """Parts of a fixed size: what they show can't push the drawing from under the pointer."""
+
+    def _build(self, allow_plane):
+        super()._build(allow_plane)
+        side = self.list.master
+        side.pack_propagate(False)
+        side.configure(width=290)
+        lines = ttk.Frame(self.status.master, height=40)
+        lines.pack(fill="x", pady=(6, 0), after=self.canvas.master)
+        self.status.place(in_=lines, relwidth=1, rely=1, anchor="sw")
+        self.status.lift()
+        self.geometry("1100x680")
+        self.minsize(1000, 640)
+
+
 PLATE = {
     "plane": "XY",
     "offset": 0.0,
@@ -163,12 +184,10 @@ PLATE = {
 
 
 def main():
-    from tandrel.gui.sketcher import SketchEditor
-
     window = tk.Tk()
-    window.geometry("1100x640")  # room for the editor, which lies over the window's middle
+    window.geometry("1100x680")  # that of the editor, which lies over the window's middle
     window.update()
-    print(SketchEditor(window, PLATE, title="Plate").run())
+    print(SteadyEditor(window, PLATE, title="Plate").run())
     window.destroy()
 
 
