@@ -127,6 +127,18 @@ def test_the_form_is_no_wider_than_the_list(root, open_one, language):
         assert form.winfo_reqwidth() <= 110 + 160
 
 
+def test_the_status_text_is_seen(root, open_one):
+    editor = open_one(root)
+    for text in ("one line", "two\nlines", "three\nshort\nlines"):
+        editor.status.configure(text=text)
+        editor.update()
+        x, y, height = (
+            getattr(editor.status, f"winfo_{n}")() for n in ("rootx", "rooty", "height")
+        )
+        for line in (2, height // 2, height - 2):
+            assert editor.winfo_containing(x + 2, y + line) is editor.status
+
+
 def test_a_long_message_hides_no_button_and_goes_with_a_click(root, open_one):
     editor = open_one(root)
     ok, status = button(editor, "OK"), editor.status
