@@ -22,7 +22,7 @@ class Plain(Editor):
 
 @pytest.fixture
 def at_work(open_editor, root):
-    """at_work(cls, tool): a user's hands on an editor with a fine grid, and where they begin."""
+    """at_work(cls): a user's hands on an editor with a fine grid, and where they begin."""
 
     def begin(cls, tool="select", parent=root):
         widgets.install(parent)
@@ -38,9 +38,9 @@ def at_work(open_editor, root):
     return begin
 
 
-def stroke(at_work, cls, steps, tool="select"):
+def stroke(at_work, cls, steps):
     """The shapes after each step away from the press, and after the release at the last."""
-    hands, (x, y) = at_work(cls, tool)
+    hands, (x, y) = at_work(cls)
     hands.press(x, y)
     seen = []
     for dx, dy in steps:
@@ -76,10 +76,15 @@ def test_a_drag_is_that_of_the_module(at_work):
 
 
 @pytest.mark.parametrize("tool", ["rectangle", "circle", "regular"])
-def test_what_is_drawn_may_be_as_small_as_in_the_module(at_work, tool):
-    ours, theirs = (stroke(at_work, cls, [(2, 2)], tool) for cls in (Editor, Plain))
-    assert len(ours[-1]) == 2
-    assert len(theirs[-1]) == 2
+def test_what_is_drawn_follows_the_pointer_at_once(at_work, tool):
+    hands, (x, y) = at_work(Editor, tool)
+    hands.press(x, y)
+    hands.drag(x + 1, y + 2)
+    editor = hands.editor
+    assert (editor.cursor == editor.snapped(x + 1, y + 2)).all()
+    assert (editor.cursor != editor.snapped(x, y)).any()
+    hands.release(x + 1, y + 2)
+    assert len(editor.sk["entities"]) == 2
 
 
 def test_a_click_on_nothing_and_one_after_it_move_nothing(at_work):

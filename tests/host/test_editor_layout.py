@@ -13,6 +13,7 @@ from tandrel.application.editor import Editor
 from tandrel.application.settings import Settings
 from tandrel.gui import i18n, theme, widgets
 from tandrel.gui.sketcher import TOOLS
+from tandrel.gui.widgets import px
 
 LANGUAGES = ("en", "de", "fr", "zh", "qps")
 # Each language in two units and both palettes, each unit in several languages.
@@ -116,15 +117,16 @@ def test_the_least_window_shows_its_buttons(screen, open_one, language):
     assert editor.canvas.winfo_width() > 50 and editor.canvas.winfo_height() > 50
 
 
+@pytest.mark.parametrize("screen", [(1280, 1024), (2560, 2048, 192)], ids=str, indirect=True)
 @pytest.mark.parametrize("language", LANGUAGES)
-def test_the_form_is_no_wider_than_the_list(root, open_one, language):
-    editor = open_one(root, language)
+def test_the_form_is_no_wider_than_the_list(screen, open_one, language):
+    editor = open_one(screen, language)
     for unit, index in product(widgets.SYSTEMS, range(len(EVERY_TYPE))):
         widgets.set_units(unit)
         editor.select(index)
         editor.update_idletasks()
         (form,) = [w for w in editor.props.winfo_children() if isinstance(w, widgets.Form)]
-        assert form.winfo_reqwidth() <= 110 + 160
+        assert form.winfo_reqwidth() <= px(110 + 160) <= editor.list.winfo_reqwidth()
 
 
 def test_the_status_text_is_seen(root, open_one):
@@ -137,6 +139,9 @@ def test_the_status_text_is_seen(root, open_one):
         )
         for line in (2, height // 2, height - 2):
             assert editor.winfo_containing(x + 2, y + line) is editor.status
+        canvas = editor.canvas
+        covers = y < canvas.winfo_rooty() + canvas.winfo_height()
+        assert covers == (text.count("\n") > 1)
 
 
 def test_a_long_message_hides_no_button_and_goes_with_a_click(root, open_one):

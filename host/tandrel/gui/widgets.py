@@ -29,7 +29,7 @@ class Form(ttk.Frame):
     pixels: a wider one would push the canvas beside it.
     """
 
-    _LABELS = 144  # nominal pixels, with the gap to the entries
+    _LABELS = 142  # nominal pixels, with the gap to the entries
 
     def __init__(self, parent: tk.Misc, label_width: int = 14) -> None:
         super().__init__(parent, style="Panel.TFrame")
