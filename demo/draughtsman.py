@@ -60,15 +60,7 @@ class Draughtsman:
         # The dialog gives its entry the focus at once; no other window here has one.
         shown = "expr {[focus] ne {} && [winfo class [focus]] eq {TEntry}}"
         yield until(lambda: root.tk.eval(shown) == "1", "the file dialog")
-        entry = handle(root, str(tcl("focus")))
-        yield from self.user.click_on(entry)
-        self.user.key("ctrl+slash")
-        name = str(tcl(entry, "get"))
-        yield until(
-            lambda: not name or tcl(entry, "selection", "present"), "the name to be selected"
-        )
-        self.user.type(str(path))
-        yield until(lambda: tcl(entry, "get") == str(path), "the path as typed")
+        yield from self.user.fill_in(handle(root, str(tcl("focus"))), str(path))
         self.user.key("Return")
 
     def open_editor(self) -> Script:
@@ -76,8 +68,9 @@ class Draughtsman:
         yield until(self._editors, "the editor to open")
         (self.editor,) = self._editors()
         yield until(lambda: self.editor.grab_current() is self.editor, "the editor to be modal")
-        yield from self.user.steady(self.editor.canvas)
+        # A window manager gives a window the keys after it has placed it.
         yield from self.user.focused(self.editor)
+        yield from self.user.steady(self.editor.canvas)
 
     def accept(self) -> Script:
         yield from self.user.click_on(self._ok_button())
@@ -122,8 +115,8 @@ class Draughtsman:
             for y in range(box.winfo_height())
             if "uparrow" in box.identify(x, y)
         ]
-        x, y = arrow[len(arrow) // 2]
-        self.user.click(box.winfo_rootx() + x, box.winfo_rooty() + y)
+        yield from self.user.over(box, *arrow[len(arrow) // 2])
+        self.user.click()
         yield until(lambda: box.get() == str(before + 1), "one more side")
         self.user.key("Home", "shift+End")
         yield until(box.selection_present, "the number to be selected")
@@ -138,26 +131,24 @@ class Draughtsman:
     # The canvas.
 
     def point(self, point: Point) -> Script:
-        """Move the pointer to a grid point and see it snap there."""
-        self.user.move(*self._on_screen(point))
-        target = np.array([at(c) for c in point])
-        yield until(
-            lambda: np.allclose(self.editor.cursor, target, rtol=0, atol=1e-9),
-            f"the pointer to snap to {point}",
-        )
+        """Move the pointer to where a grid point is now, and see it snap there."""
+        yield until(self._has_room, "the dialog to be as large as it wants to be")
+        self._move_to(point)
+        yield until(lambda: self._snapped_to(point), f"the pointer to snap to {point}")
 
     def place(self, point: Point) -> Script:
         """Click a corner of an outline, or an end or the width of a slot."""
         before = len(self.editor.clicks)
         yield from self.point(point)
-        self.user.click(*self._on_screen(point))
+        self.user.click()
         yield until(lambda: len(self.editor.clicks) != before, f"a click at {point}")
+        self._check_that_it_reached(point)
 
     def drag(self, start: Point, end: Point) -> Script:
         """Press, move by way of a point in between, and release: one more shape."""
         count = len(self.editor.sk["entities"])
         yield from self.hold(start, end)
-        self.user.release()
+        yield from self.drop()
         yield self.shapes(count + 1)
 
     def hold(self, start: Point, end: Point) -> Script:
@@ -165,28 +156,29 @@ class Draughtsman:
         yield from self.point(start)
         self.user.press()
         yield until(lambda: self.editor.drag is not None, "the drag to start")
-        self.user.move(*self._on_screen([(a + b) / 2 for a, b in zip(start, end)]))
+        self._check_that_it_reached(start)
+        self._move_to([(a + b) / 2 for a, b in zip(start, end)])
         yield from self.point(end)
 
     def drop(self) -> Script:
+        end = self.editor.cursor
         self.user.release()
         yield until(lambda: self.editor.drag is None, "the drag to end")
+        self._check_that_it_reached(end / GRID)
 
     def zoom_in(self, point: Point, steps: int) -> Script:
         """Turn the wheel over a point, which stays where it is."""
         yield from self.point(point)
-        factor = 1.1**steps
-        before = self.editor.scale
-        self.user.click(*self._on_screen(point), button=4, times=steps)
-        yield until(lambda: self.editor.scale > factor * before, "the view to zoom in")
+        nearly = self.editor.scale * 1.2 ** (steps - 0.5)
+        self.user.click(button=4, times=steps)
+        yield until(lambda: self.editor.scale > nearly, "the view to zoom in")
 
     def pan(self, start: Point, end: Point) -> Script:
         """Pull the plane by the middle button, until `start` lies where `end` was."""
         target = self.editor.centre - np.array([at(b - a) for a, b in zip(start, end)])
-        place = self._on_screen(end)
         yield from self.point(start)
         self.user.press(2)
-        self.user.move(*place)
+        self._move_to(end)
         reached = 2 / self.editor.scale
         yield until(
             lambda: np.allclose(self.editor.centre, target, rtol=0, atol=reached),
@@ -194,17 +186,37 @@ class Draughtsman:
         )
         self.user.release(2)
 
-    def _on_screen(self, point: Sequence[float]) -> Tuple[float, float]:
-        canvas = self.editor.canvas
-        x, y = self.editor.to_screen((at(point[0]), at(point[1])))
-        return canvas.winfo_rootx() + x, canvas.winfo_rooty() + y
+    def _move_to(self, point: Sequence[float]) -> None:
+        place = self.editor.to_screen((at(point[0]), at(point[1])))
+        self.user.move(*place, within=self.editor.canvas)
+
+    def _has_room(self) -> bool:
+        """Whether what an act has added to the dialog has moved all that it is going to move."""
+        self.editor.update_idletasks()
+        return bool(
+            self.editor.winfo_width() >= self.editor.winfo_reqwidth()
+            and self.editor.winfo_height() >= self.editor.winfo_reqheight()
+        )
+
+    def _snapped_to(self, point: Sequence[float]) -> bool:
+        target = [at(c) for c in point]
+        return np.allclose(self.editor.cursor, target, rtol=0, atol=1e-9)
+
+    def _check_that_it_reached(self, point: Sequence[float]) -> None:
+        """A press or a release takes the pointer along to where it arrives."""
+        if not self._snapped_to(point):
+            found = " ".join(f"{c / GRID:g}" for c in self.editor.cursor)
+            wanted = " ".join(f"{c:g}" for c in point)
+            raise RuntimeError(f"the button reached {found} instead of {wanted} mm")
 
     # The side panel.
 
     def pick_row(self, index: int) -> Script:
         rows = self.editor.list
+        yield until(lambda: rows.bbox(str(index)), f"row {index} to be in sight")
         x, y, width, height = rows.bbox(str(index))
-        self.user.click(rows.winfo_rootx() + x + width / 2, rows.winfo_rooty() + y + height / 2)
+        yield from self.user.over(rows, x + width / 2, y + height / 2)
+        self.user.click()
         yield until(lambda: self.editor.sel == index, f"row {index} to be selected")
 
     def fill_in(self, key: str, text: str) -> Script:

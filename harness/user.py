@@ -13,7 +13,6 @@ import time
 import tkinter as tk
 from collections.abc import Callable, Iterator
 from pathlib import Path
-from tkinter import ttk
 from typing import Any, NamedTuple, Optional
 
 from PIL import Image, ImageGrab
@@ -82,8 +81,14 @@ class User:
         self.display_name = display_name
         self._environment = {**os.environ, "DISPLAY": display_name}
 
-    def move(self, x: float, y: float) -> None:
-        self._xdotool("mousemove", str(round(x)), str(round(y)))
+    def move(self, x: float, y: float, within: Optional[tk.Misc] = None) -> None:
+        """Move the pointer to a pixel of the screen, or of a widget.
+
+        Where a widget stands is then asked of the X server as the pointer goes there: what Tk knows
+        of it may be a moment old.
+        """
+        window = [] if within is None else ["--window", str(within.winfo_id())]
+        self._xdotool("mousemove", *window, str(round(x)), str(round(y)))
 
     def press(self, button: int = 1) -> None:
         self._xdotool("mousedown", str(button))
@@ -91,8 +96,8 @@ class User:
     def release(self, button: int = 1) -> None:
         self._xdotool("mouseup", str(button))
 
-    def click(self, x: float, y: float, button: int = 1, times: int = 1) -> None:
-        self.move(x, y)
+    def click(self, button: int = 1, times: int = 1) -> None:
+        """Click where the pointer is."""
         self._xdotool("click", "--repeat", str(times), "--delay", "30", str(button))
 
     def key(self, *keys: str) -> None:
@@ -101,11 +106,21 @@ class User:
     def type(self, text: str) -> None:
         self._xdotool("type", "--delay", "20", "--", text)
 
-    def click_on(self, widget: tk.Misc, times: int = 1) -> Script:
+    def click_on(self, widget: tk.Misc) -> Script:
         """Click the middle of a widget once it stands still on the screen."""
         yield from self.steady(widget)
-        x = widget.winfo_rootx() + widget.winfo_width() / 2
-        self.click(x, widget.winfo_rooty() + widget.winfo_height() / 2, times=times)
+        yield from self.over(widget, widget.winfo_width() / 2, widget.winfo_height() / 2)
+        self.click()
+
+    def over(self, widget: tk.Misc, x: float, y: float) -> Script:
+        """Move to a pixel of a widget, and see the pointer over it."""
+        self.move(x, y, widget)
+
+        def is_there() -> bool:
+            place = widget.winfo_pointerxy()
+            return str(widget.tk.call("winfo", "containing", *place)) == str(widget)
+
+        yield until(is_there, f"the pointer to be over {widget}")
 
     def steady(self, widget: tk.Misc) -> Script:
         """Wait until a widget is shown and neither moves nor grows any more."""
@@ -127,12 +142,18 @@ class User:
 
         yield until(has_keys, f"the keys to reach {window}")
 
-    def fill_in(self, entry: ttk.Entry, text: str) -> Script:
-        """Replace what an entry holds, as one does: select it all by a triple click and type."""
-        yield from self.click_on(entry, times=3)
-        yield until(entry.selection_present, "the text to be selected")
+    def fill_in(self, entry: tk.Misc, text: str) -> Script:
+        """Replace what an entry holds: click into it, select it all and type."""
+        yield from self.click_on(entry)
+        tcl = entry.tk.call
+        yield until(lambda: str(tcl("focus")) == str(entry), "the cursor in the entry")
+        self.key("ctrl+slash")
+        yield until(
+            lambda: not tcl(entry, "get") or tcl(entry, "selection", "present"),
+            "the text to be selected",
+        )
         self.type(text)
-        yield until(lambda: entry.get() == text, f"{text!r} in the entry")
+        yield until(lambda: str(tcl(entry, "get")) == text, f"{text!r} in the entry")
 
     def choose_from_menu(self, bar: tk.Menu, menu: int, *entries: int) -> Script:
         """Click a menu of a window's menu bar, an entry of it, one of the submenu that opens ..."""
@@ -140,15 +161,14 @@ class User:
         # What a window shows is a clone of its menu bar, with clones of its menus.
         shown = f".#{str(bar)[1:]}"
         tcl = self.root.tk.call
-        x = tcl("winfo", "rootx", shown) + tcl(shown, "xposition", menu)
-        self.click(x + 8, tcl("winfo", "rooty", shown) + 8)
+        self.move(tcl(shown, "xposition", menu) + 8, 8, handle(self.root, shown))
+        self.click()
         first = opened = tcl(shown, "entrycget", menu, "-menu")
         for entry in entries:
             yield from self._light_up(opened, entry)
             if tcl(opened, "type", entry) == "cascade":
                 opened = tcl(opened, "entrycget", entry, "-menu")
-            self.press()
-            self.release()
+            self.click()
         # What the entry does may make the menus anew.
         yield until(
             lambda: not (tcl("winfo", "exists", first) and tcl("winfo", "viewable", first)),
@@ -159,9 +179,8 @@ class User:
         """Move to an entry of a menu that opens, straight to the right and then up or down."""
         tcl = self.root.tk.call
         yield until(lambda: tcl("winfo", "viewable", menu), f"{menu} to open")
-        x, top = tcl("winfo", "rootx", menu) + 30, tcl("winfo", "rooty", menu)
-        for y in (top + 8, top + tcl(menu, "yposition", entry) + 8):
-            self.move(x, y)
+        for y in (8, tcl(menu, "yposition", entry) + 8):
+            self.move(30, y, handle(self.root, str(menu)))
         lit = f"entry {entry} to light up"
         yield until(lambda: tcl(menu, "index", "active") == entry, lit)
 
