@@ -7,9 +7,13 @@ from pathlib import Path
 from typing import Any, Tuple
 
 import numpy as np
+from PIL import Image
 
+from demo import sight
 from harness.user import Script, User, Wait, find, handle, until
+from tandrel import profile
 from tandrel.application.window import App
+from tandrel.gui import theme
 from tandrel.gui.sketcher import SketchEditor
 
 # A point of the sketch plane in millimetres.
@@ -91,6 +95,30 @@ class Draughtsman:
         window = self.editor if self._editors() else self.app.root
         yield from self.user.steady(window)
         yield from self.user.picture(window, self.folder / f"{name}.png")
+
+    def see_profile(self, name: str) -> Script:
+        """Take a picture in which material and holes are to be told apart."""
+        yield from self.picture(name)
+        open_ones = self._editors()
+        sketch = self.editor.sk if open_ones else self.app.session.document.sketch
+        region = profile.region(sketch)
+        window = self.editor if open_ones else self.app.root
+        canvas = self.editor.canvas if open_ones else self.app.view
+        to_canvas = self.editor.to_screen if open_ones else sight.view_to_pixel(canvas, region)
+        place = (
+            canvas.winfo_rootx() - window.winfo_rootx(),
+            canvas.winfo_rooty() - window.winfo_rooty(),
+        )
+
+        def to_pixel(point: Any) -> Tuple[float, float]:
+            x, y = to_canvas(point)
+            return x + place[0], y + place[1]
+
+        with Image.open(self.folder / f"{name}.png") as picture:
+            material = sight.colour(canvas, theme.PAL["accent_soft"])
+            fault = sight.fault_in_sight(picture.convert("RGB"), region, to_pixel, material)
+        if fault:
+            raise RuntimeError(f"{name}: {fault}")
 
     def _editors(self) -> Sequence[Any]:
         return [w for w in self.app.root.winfo_children() if isinstance(w, SketchEditor)]
@@ -187,8 +215,8 @@ class Draughtsman:
         self.user.release(2)
 
     def _move_to(self, point: Sequence[float]) -> None:
-        place = self.editor.to_screen((at(point[0]), at(point[1])))
-        self.user.move(*place, within=self.editor.canvas)
+        x, y = self.editor.to_screen((at(point[0]), at(point[1])))
+        self.user.move(x, y, self.editor.canvas)
 
     def _has_room(self) -> bool:
         """Whether what an act has added to the dialog has moved all that it is going to move."""

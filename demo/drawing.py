@@ -26,7 +26,7 @@ def draw_and_save(hands: Draughtsman, files: Mapping[str, Path]) -> Script:
     yield from _gasket(hands)
     yield from hands.accept()
     yield from hands.save_as(files["gasket"])
-    yield from hands.picture("gasket-window")
+    yield from hands.see_profile("gasket-window")
     yield from hands.new()
     yield from hands.open_editor()
     yield from _bracket(hands)
@@ -35,7 +35,7 @@ def draw_and_save(hands: Draughtsman, files: Mapping[str, Path]) -> Script:
     yield from hands.accept()
     yield from _undo_and_redo(hands)
     yield from hands.save_as(files["bracket"])
-    yield from hands.picture("bracket-window")
+    yield from hands.see_profile("bracket-window")
 
 
 def look_around(hands: Draughtsman, part: Path) -> Script:
@@ -54,14 +54,14 @@ def look_around(hands: Draughtsman, part: Path) -> Script:
     yield from user.choose_from_menu(app.menus["bar"], VIEW, LANGUAGE, 0)
     yield until(lambda: app.edit_button.cget("text") == english, "English texts")
     yield from hands.open_file(part)
-    yield from hands.picture("flange-window")
+    yield from hands.see_profile("flange-window")
     yield from _look(hands, 7, "flange-editor")
 
 
 def _look(hands: Draughtsman, row: int, picture: str) -> Script:
     yield from hands.open_editor()
     yield from hands.pick_row(row)
-    yield from hands.picture(picture)
+    yield from hands.see_profile(picture)
     yield from hands.cancel()
 
 

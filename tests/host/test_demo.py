@@ -10,9 +10,15 @@ from pathlib import Path
 
 import pytest
 from demo import run
-from harness.display import x_server
+from demo.draughtsman import Draughtsman
 from demo.drawing import PARTS
+from harness.display import x_server
+from harness.user import User, play
 from PIL import Image
+from support.events import settle
+from support.roots import open_root
+from tandrel.application import window
+from tandrel.gui import theme
 
 ROOT = Path(__file__).resolve().parents[2]
 
@@ -210,3 +216,80 @@ def test_the_replay_notices_the_smallest_difference(replayed, tmp_path, part):
     content["sketch"]["entities"].pop()
     changed.write_text(json.dumps(content))
     assert run.fault_in(drawn, changed)
+
+
+# -- what the replayed user notices on the way -------------------------------------------------
+
+
+@pytest.fixture
+def hands(managed_display, start, part, tmp_path):
+    """hands(script): plays script(draughtsman) at the application on the flange."""
+
+    def play_out(script):
+        root = open_root(managed_display)
+        app = start(part, root=root)
+        person = Draughtsman(app, User(root, managed_display), tmp_path)
+        play(root, script(person), tmp_path / "failure.png")
+
+    return play_out
+
+
+def look_at_both_windows(person):
+    yield from person.see_profile("window")
+    yield from person.open_editor()
+    yield from person.see_profile("editor")
+    yield from person.cancel()
+
+
+def filled_with(canvas, colour):
+    for item in canvas.find_all():
+        if canvas.type(item) == "polygon":
+            canvas.itemconfigure(item, fill=colour)
+
+
+def test_what_is_painted_right_is_seen_so(hands):
+    hands(look_at_both_windows)
+
+
+@pytest.mark.parametrize("colour, seen", [("", "material is"), ("accent_soft", "holes look")])
+@pytest.mark.parametrize("where", ["window", "editor"])
+def test_a_profile_painted_wrong_is_seen(hands, monkeypatch, where, colour, seen):
+    def wrong(base, method):
+        def paint(self, *args):
+            getattr(base, method)(self, *args)
+            filled_with(getattr(self, "canvas", self), colour and theme.PAL[colour])
+
+        return type(base.__name__, (base,), {method: paint})
+
+    name, method = {"window": ("ProfileView", "repaint"), "editor": ("SketchEditor", "redraw")}[
+        where
+    ]
+    monkeypatch.setattr(window, name, wrong(getattr(window, name), method))
+    with pytest.raises(RuntimeError, match=f"{where}: {seen}"):
+        hands(look_at_both_windows)
+
+
+@pytest.mark.parametrize("act", ["press", "click"])
+def test_a_press_on_another_point_is_an_error_at_once(hands, monkeypatch, act):
+    """The window moves after the user has aimed."""
+
+    def script(person):
+        yield from person.open_editor()
+        yield from person.choose({"press": "circle", "click": "line"}[act])
+        at_once = getattr(person.user, act)
+
+        def late():
+            editor = person.editor
+            x = editor.winfo_rootx()
+            editor.geometry(f"+{editor.winfo_x() + 40}+{editor.winfo_y()}")
+            settle(editor, lambda: editor.winfo_rootx() != x)
+            at_once()
+
+        monkeypatch.setattr(person.user, act, late)
+        if act == "press":
+            yield from person.hold((10, 12), (15, 12))
+        else:
+            yield from person.place((10, 12))
+
+    with pytest.raises(RuntimeError, match="the button reached .* instead of 10 12 mm"):
+        hands(script)

@@ -28,14 +28,10 @@ class Person(User):
 
     def type_path(self, path):
         """Type a path into Tk's own file dialog."""
-        tcl = self.root.tk.call
         shown = "expr {[focus] ne {} && [string match *__tk_filedialog* [focus]]}"
         yield until(lambda: self.root.tk.eval(shown) == "1", "the file dialog")
         entry = handle(self.root, ".__tk_filedialog.contents.f2.ent")
-        yield from self.click_on(entry)
-        self.key("ctrl+slash")
-        self.type(os.fspath(path))
-        yield until(lambda: tcl(entry, "get") == os.fspath(path), "the path as typed")
+        yield from self.fill_in(entry, os.fspath(path))
         self.key("Return")
 
     def asked(self):
@@ -53,6 +49,7 @@ class Person(User):
         yield until(lambda: editor.grab_current() is editor, "the editor to be modal")
         accept_bore(editor)
         yield until(lambda: not self._editors() and self.app.session.dirty, "the edit")
+        yield from self.focused(self.root)
 
     def _editors(self):
         return [w for w in self.root.winfo_children() if hasattr(w, "sk") and w.winfo_viewable()]
