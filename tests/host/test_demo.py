@@ -286,10 +286,14 @@ def test_a_press_on_another_point_is_an_error_at_once(hands, monkeypatch, act):
             at_once()
 
         monkeypatch.setattr(person.user, act, late)
-        if act == "press":
-            yield from person.hold((10, 12), (15, 12))
-        else:
-            yield from person.place((10, 12))
+        try:
+            if act == "press":
+                yield from person.hold((10, 12), (15, 12))
+            else:
+                yield from person.place((10, 12))
+        finally:
+            # The display serves other tests, too.
+            person.user.release()
 
     with pytest.raises(RuntimeError, match="the button reached .* instead of 10 12 mm"):
         hands(script)
