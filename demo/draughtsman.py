@@ -12,6 +12,7 @@ from PIL import Image
 from demo import sight
 from harness.user import Script, User, Wait, find, handle, until
 from tandrel import profile
+from tandrel.application.dialogs import Dialog
 from tandrel.application.window import App
 from tandrel.gui import theme
 from tandrel.gui.sketcher import SketchEditor
@@ -40,6 +41,7 @@ class Draughtsman:
 
     def press(self, keys: str) -> Script:
         """Press keys of a menu entry, once the window takes them."""
+        yield self._done()
         yield from self.user.focused(self.app.root)
         self.user.key(keys)
 
@@ -68,6 +70,7 @@ class Draughtsman:
         self.user.key("Return")
 
     def open_editor(self) -> Script:
+        yield self._done()
         yield from self.user.click_on(self.app.edit_button)
         yield until(self._editors, "the editor to open")
         (self.editor,) = self._editors()
@@ -119,6 +122,13 @@ class Draughtsman:
             fault = sight.fault_in_sight(picture.convert("RGB"), region, to_pixel, material)
         if fault:
             raise RuntimeError(f"{name}: {fault}")
+
+    def _done(self) -> Wait:
+        """Until nothing is between the user and the window: what takes long shows that it does."""
+        children = self.app.root.winfo_children
+        return until(
+            lambda: not any(isinstance(w, Dialog) for w in children()), "a window to work in"
+        )
 
     def _editors(self) -> Sequence[Any]:
         return [w for w in self.app.root.winfo_children() if isinstance(w, SketchEditor)]

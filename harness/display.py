@@ -11,8 +11,8 @@ from collections.abc import Iterator
 from contextlib import ExitStack, contextmanager
 from typing import IO
 
-START_SECONDS = 30.0
-STOP_SECONDS = 5.0
+from harness import patience
+
 # Ends a program with the one that started it, even when that one is killed.
 _GUARD = ["setpriv", "--pdeathsig", "TERM", "--"]
 
@@ -79,7 +79,7 @@ def _stopped_at_end(process: subprocess.Popen[bytes]) -> Iterator[None]:
     finally:
         process.terminate()
         try:
-            process.wait(STOP_SECONDS)
+            process.wait(patience.SECONDS)
         except subprocess.TimeoutExpired:
             process.kill()
             process.wait()
@@ -89,12 +89,12 @@ def _stopped_at_end(process: subprocess.Popen[bytes]) -> Iterator[None]:
 
 def _first_line(stream: IO[bytes], program: str) -> bytes:
     """The first line that a starting program reports; RuntimeError when it ends or is too slow."""
-    deadline = time.monotonic() + START_SECONDS
+    deadline = time.monotonic() + patience.SECONDS
     line = b""
     while not line.endswith(b"\n"):
         left = max(deadline - time.monotonic(), 0.0)
         if not select.select([stream], [], [], left)[0]:
-            raise RuntimeError(f"{program} was not ready within {START_SECONDS:g} seconds")
+            raise RuntimeError(f"{program} was not ready within {patience.SECONDS:g} seconds")
         byte = os.read(stream.fileno(), 1)
         if not byte:
             raise RuntimeError(f"{program} ended before it was ready")

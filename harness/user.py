@@ -17,7 +17,8 @@ from typing import Any, NamedTuple, Optional
 
 from PIL import Image, ImageGrab
 
-PATIENCE_SECONDS = 60.0
+from harness import patience
+
 _TURN_MS = 15
 
 
@@ -56,7 +57,7 @@ def play(root: tk.Tk, script: Script, last_sight: Path) -> None:
     def turn(wait: Optional[Wait] = None, deadline: float = 0.0) -> None:
         while wait is None or wait.condition():
             wait = next(script, None)
-            deadline = time.monotonic() + PATIENCE_SECONDS
+            deadline = time.monotonic() + patience.SECONDS
             if wait is None:
                 root.destroy()
                 return
@@ -199,7 +200,7 @@ class User:
 
     def _xdotool(self, *arguments: str) -> None:
         subprocess.run(
-            ["xdotool", *arguments], env=self._environment, check=True, timeout=PATIENCE_SECONDS
+            ["xdotool", *arguments], env=self._environment, check=True, timeout=patience.SECONDS
         )
 
 

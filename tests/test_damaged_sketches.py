@@ -147,7 +147,7 @@ class TestRepaintingEnds:
                             pass
                         assert len(grid_lines(editor)) < 100
 
-        finishes(every, seconds=20)
+        finishes(every)
 
 
 numbers = st.one_of(
@@ -347,7 +347,7 @@ class TestDamagedEditors:
 
                 run_all(make)
 
-        finishes(once, seconds=30)
+        finishes(once)
 
     @pytest.mark.parametrize("attribute", ["sk", "tool", "cursor", "scale", "canvas"])
     def test_a_missing_attribute_is_an_attribute_error(self, sketcher, attribute):

@@ -107,7 +107,7 @@ class TestNeighboursThatAnswerNonsense:
                 run_all(sound)
                 del answers[name]
 
-        finishes(once, seconds=30)
+        finishes(once)
 
     def test_the_sketch_module(self, neighbours, answer):
         names = "outline corners area inside depths check"
@@ -124,7 +124,7 @@ class TestNeighboursThatAnswerNonsense:
                         patch.setattr(sketcher, name, value)
                         run_all(sound)
 
-        finishes(once, seconds=30)
+        finishes(once)
 
     def test_operations_of_the_editor(self, sketcher, answer):
         names = "to_screen to_world grid_step key_points snapped pick _ok _moved _from_drag _slot"
@@ -139,7 +139,7 @@ class TestNeighboursThatAnswerNonsense:
 
                 run_all(make)
 
-        finishes(once, seconds=30)
+        finishes(once)
 
 
 class TestNeighboursThatMeddle:

@@ -15,7 +15,6 @@ from tandrel.gui.widgets import num_text, units
 
 FLANGE = Path(__file__).resolve().parent.parent / "host" / "parts" / "flange.json"
 STEP = 0.001
-PATIENCE = 20.0
 
 
 class RealUser:
@@ -38,7 +37,7 @@ class RealUser:
         return self.editor.sk["entities"]
 
     def wait(self, condition):
-        settle(self.window, condition, PATIENCE)
+        settle(self.window, condition)
 
     def do(self, script):
         for step in script:

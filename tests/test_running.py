@@ -2,11 +2,11 @@
 
 import os
 import subprocess
-import time
 import tkinter as tk
 
 import numpy as np
 import pytest
+from harness import patience
 
 from support.events import focus, run_while, settle
 from support.neighbours import circle, one_of_each, rectangle
@@ -193,23 +193,16 @@ def xdotool(display, *arguments):
         ["xdotool", *map(str, arguments)],
         env={**os.environ, "DISPLAY": display},
         check=True,
-        timeout=20,
+        timeout=patience.SECONDS,
     )
 
 
-def click_with_the_pointer(display, widget, until=None):
-    """Click on the widget with the real pointer, and handle events until what it does is done.
-
-    A click that must do nothing has no end to wait for: it gets as long as others never need.
-    """
+def click_with_the_pointer(display, widget, until):
+    """Click on the widget with the real pointer, and handle events until what it does is done."""
     x = widget.winfo_rootx() + widget.winfo_width() // 2
     y = widget.winfo_rooty() + widget.winfo_height() // 2
-    top = widget.winfo_toplevel()
     xdotool(display, "mousemove", x, y, "click", 1)
-    deadline = time.monotonic() + (10.0 if until else 0.5)
-    while time.monotonic() < deadline and not (until and until()):
-        top.update()
-        time.sleep(0.01)
+    settle(widget.nametowidget("."), until)
 
 
 def test_managed_dialog_is_modal_and_returns_its_result(open_editor, managed_root, managed_display):
@@ -225,10 +218,16 @@ def test_managed_dialog_is_modal_and_returns_its_result(open_editor, managed_roo
     def use(editor):
         editor.geometry("+0+0")
         settle(editor, lambda: editor.winfo_rooty() < 100)
-        click_with_the_pointer(managed_display, outside)
+        # A grab gets what happens outside of it.
+        released = []
+        editor.bind("<ButtonRelease>", released.append)
+        click_with_the_pointer(managed_display, outside, lambda: released)
+        editor.unbind("<ButtonRelease>")
         assert pressed == [1]
         assert editor.winfo_exists()
-        click_with_the_pointer(managed_display, button(editor, "OK"), lambda: editor.result)
+        click_with_the_pointer(
+            managed_display, button(editor, "OK"), lambda: not editor.winfo_exists()
+        )
 
     assert run_while(editor, use) is editor.sk
     managed_root.update()

@@ -1,5 +1,6 @@
 """What the tests of the application share."""
 
+import math
 import os
 import shutil
 import subprocess
@@ -12,6 +13,7 @@ import tandrel.gui
 from harness.display import x_server
 from support.application import shown
 from support.roots import close_root, open_root
+from tandrel.application import progress
 from tandrel.application.recovery import Recovery
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
@@ -41,10 +43,14 @@ def catalogues(compiled, monkeypatch):
 
 @pytest.fixture(autouse=True)
 def as_at_start(tmp_path_factory, monkeypatch):
-    """Millimetres, English and light colours, before and after each test; an empty home."""
+    """Millimetres, English and light colours, before and after each test; an empty home.
+
+    Nothing takes so long that a window says so, however busy the machine is.
+    """
     home = tmp_path_factory.mktemp("home")
     for variable, folder in (("XDG_CONFIG_HOME", "config"), ("XDG_STATE_HOME", "state")):
         monkeypatch.setenv(variable, str(home / folder))
+    monkeypatch.setattr(progress, "PATIENCE_SECONDS", math.inf)
 
     def begin():
         widgets.set_units("mm")

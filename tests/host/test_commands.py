@@ -4,11 +4,12 @@ import os
 import signal
 import subprocess
 import sys
-import time
 import tkinter as tk
 
 import ezdxf
 import pytest
+from harness import patience
+from harness.patience import wait_for
 from harness.places import HOST, SEARCH_PATH
 from tandrel import storage
 from tandrel.application import commands
@@ -196,10 +197,11 @@ def importing(display, part, tmp_path):
             preexec_fn=before,
         )
         started.append(program)
-        deadline = time.monotonic() + 60
-        while not list(Recovery().folder.glob("*.sketch")):
-            assert program.poll() is None and time.monotonic() < deadline
-            time.sleep(0.02)
+        wait_for(
+            lambda: list(Recovery().folder.glob("*.sketch")) or program.poll() is not None,
+            "unsaved work, or an end",
+        )
+        assert program.poll() is None
         return program
 
     yield start
@@ -211,7 +213,7 @@ def importing(display, part, tmp_path):
 def test_ctrl_c_in_the_terminal_ends_the_program_and_keeps_the_work(importing):
     program = importing(lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
     program.send_signal(signal.SIGINT)
-    assert program.communicate(timeout=20)[1] == ""
+    assert program.communicate(timeout=patience.SECONDS)[1] == ""
     assert program.returncode == -signal.SIGINT
     (lost,) = Recovery().found()
     assert lost.document.name == "flange"

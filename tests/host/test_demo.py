@@ -5,14 +5,15 @@ import math
 import os
 import subprocess
 import sys
-import time
 from pathlib import Path
 
 import pytest
 from demo import run
 from demo.draughtsman import Draughtsman
 from demo.drawing import PARTS
+from harness import patience
 from harness.display import x_server
+from harness.patience import wait_for
 from harness.user import User, play
 from PIL import Image
 from support.events import settle
@@ -34,13 +35,6 @@ def servers_here():
     """The X servers that this process runs."""
     children = Path(f"/proc/self/task/{os.getpid()}/children").read_text().split()
     return {child for child in children if Path(f"/proc/{child}/comm").read_text() == "Xvfb\n"}
-
-
-def until(condition):
-    deadline = time.monotonic() + 20
-    while not condition():
-        assert time.monotonic() < deadline
-        time.sleep(0.02)
 
 
 def test_servers_are_apart_and_end_with_their_block():
@@ -92,6 +86,7 @@ def test_windows_are_managed_from_the_start_where_wanted(managed):
 
 KILLED = """
 import os, signal
+from harness import patience
 from harness.display import x_server
 with x_server(320, 200, window_manager=True):
     print(open(f"/proc/self/task/{os.getpid()}/children").read(), flush=True)
@@ -104,7 +99,7 @@ def test_a_server_ends_when_its_program_is_killed():
     ended = subprocess.run([sys.executable, "-c", KILLED], env=environment, stdout=subprocess.PIPE)
     assert ended.returncode == -9
     server, manager = [Path("/proc", child) for child in ended.stdout.decode().split()]
-    until(lambda: not server.exists() and not manager.exists())
+    wait_for(lambda: not server.exists() and not manager.exists(), "both to end")
 
 
 def test_a_missing_server_program_is_an_error(monkeypatch):
@@ -130,7 +125,13 @@ def test_with_a_display_the_application_opens_a_copy_of_the_part(tmp_path):
         for name in names:
             with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as program:
                 search = ["xdotool", "search", "--sync", "--name", name]
-                subprocess.run(search, env=environment, timeout=20, check=True, capture_output=True)
+                subprocess.run(
+                    search,
+                    env=environment,
+                    timeout=patience.SECONDS,
+                    check=True,
+                    capture_output=True,
+                )
                 assert program.poll() is None
                 program.terminate()
             assert copy.read_bytes() == run.PART.read_bytes().replace(names[0], name)

@@ -18,6 +18,11 @@ class Clock:
         return self.now
 
 
+@pytest.fixture(autouse=True)
+def half_a_second(monkeypatch):
+    monkeypatch.setattr(progress, "PATIENCE_SECONDS", 0.5)
+
+
 @pytest.fixture
 def clock():
     return Clock()

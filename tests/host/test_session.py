@@ -1,6 +1,7 @@
 """The document being worked on: its file, its history and its dirty mark."""
 
 import copy
+import itertools
 import math
 import os
 from pathlib import Path
@@ -280,10 +281,12 @@ def test_without_recovery_everything_else_works(tmp_path):
 class Work(RuleBasedStateMachine):
     """A session beside the plainest model: all states ever, where one is, and what is on disk."""
 
+    numbers = itertools.count()
+
     @initialize()
     def begin(self):
         self.session = Session()
-        self.path = self.folder / f"{id(self)}.json"
+        self.path = self.folder / f"{next(self.numbers)}.json"
         self.states, self.at, self.on_disk = [sketch.new()], 0, 0
 
     @rule(radii=st.lists(st.sampled_from([1.0, 2, math.nan]), max_size=2))

@@ -3,13 +3,15 @@
 import itertools
 import time
 
+from harness import patience
+
 SHIFT, CONTROL, BUTTON1, BUTTON2, BUTTON3 = 0x1, 0x4, 0x100, 0x200, 0x400
 BUTTON_STATE = {1: BUTTON1, 2: BUTTON2, 3: BUTTON3}
 
 
-def settle(window, ready=None, seconds=10.0):
+def settle(window, ready=None):
     """Handle events until the window is on the screen and `ready()`, if given, is true."""
-    deadline = time.monotonic() + seconds
+    deadline = time.monotonic() + patience.SECONDS
     while True:
         window.update()
         if window.winfo_viewable() and (ready is None or ready()):

@@ -5,9 +5,10 @@ import select
 import signal
 
 import pytest
+from harness import patience
 
 
-def finishes(function, seconds=60.0):
+def finishes(function):
     """What the function returns or raises; fails the test where it hangs or crashes.
 
     A forked copy of the process tries it first, so the function must not touch a window and must
@@ -19,20 +20,20 @@ def finishes(function, seconds=60.0):
             function()
         finally:
             os._exit(0)
-    ended = _ended_within(child, seconds)
+    ended = _ends(child)
     if not ended:
         os.kill(child, signal.SIGKILL)
     _, status = os.waitpid(child, 0)
     if not ended:
-        pytest.fail(f"not finished after {seconds} seconds")
+        pytest.fail(f"not finished after {patience.SECONDS:g} seconds")
     if os.WIFSIGNALED(status):
         pytest.fail(f"the process ended by {signal.Signals(os.WTERMSIG(status)).name}")
     return function()
 
 
-def _ended_within(child, seconds):
+def _ends(child):
     process = os.pidfd_open(child)
     try:
-        return bool(select.select([process], [], [], seconds)[0])
+        return bool(select.select([process], [], [], patience.SECONDS)[0])
     finally:
         os.close(process)
