@@ -1,21 +1,27 @@
 # Short names over one CMake build. Each installs what it needs when it is missing (Debian's
 # packages, as root or with sudo).
 PYTHON := /usr/bin/python3
-MODULE := build/tandrel/gui/sketcher.abi3.so
+PARALLEL := -q -n auto --dist loadfile
 
 .DEFAULT_GOAL := build
-.PHONY: run test build check bench soak wheel pictures clean
+.PHONY: run test verify build check bench soak wheel pictures clean
 
 ## run: the stand-in application on a mounting flange; without a display, a replayed session
 run: build
 	@scripts/ensure-packages run
 	$(PYTHON) demo/run.py
 
-## test: everything, on displays of its own; the module's own tests with sanitizers too
+## test: the module and the application, on displays of their own; two minutes
 test: build
-	@scripts/ensure-packages run wheel test
-	$(PYTHON) -m pytest tests -n auto --dist loadfile
+	@scripts/ensure-packages run test
+	$(PYTHON) -m pytest tests $(PARALLEL) --ignore=tests/verify --ignore=tests/soak
+
+## verify: what takes longer: sanitizers, the tools of soak/ at a short size, the wheel in every
+## interpreter, types, pictures, benchmarks
+verify: build
+	@scripts/ensure-packages run test wheel verify
 	$(PYTHON) soak/sanitizers.py --coverage $(sort $(wildcard tests/test_*.py))
+	$(PYTHON) -m pytest tests/verify tests/soak $(PARALLEL)
 
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so
 build:
@@ -25,7 +31,7 @@ build:
 
 ## check: format, warnings, static analysis, types, duplication
 check: build
-	@scripts/ensure-packages run test check
+	@scripts/ensure-packages run check
 	scripts/check
 
 ## bench: what it costs, as ratios of things measured side by side
@@ -36,7 +42,7 @@ bench: build
 
 ## soak: everything that tries to break the editor, at full size; two hours
 soak: build
-	@scripts/ensure-packages run bench wheel test
+	@scripts/ensure-packages run test wheel verify bench
 	$(PYTHON) soak/run.py
 
 ## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/

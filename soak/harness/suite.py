@@ -15,7 +15,7 @@ from harness.places import ROOT
 # Of the file that is released: standard templates that weren't optimised away show among its
 # symbols.
 NOT_OF_OTHER_BUILDS = (
-    "tests/test_interpreters.py::test_module_offers_its_initialisation_and_no_other_symbol"
+    "tests/verify/test_interpreters.py::test_module_offers_its_initialisation_and_no_other_symbol"
 )
 
 

@@ -4,7 +4,6 @@ import os
 import random
 import subprocess
 import sys
-from pathlib import Path
 
 import numpy as np
 import pytest
@@ -12,13 +11,13 @@ from benchmarks import instructions, run
 from benchmarks.plain import PythonEditor
 from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
+from harness.places import ROOT
 from support.canvas import items
 from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
 from tandrel import sketch as geometry
 
-ROOT = Path(__file__).resolve().parent.parent
 OVERRIDDEN = ("to_screen", "to_world", "key_points", "snapped", "pick", "redraw")
 
 

@@ -9,16 +9,14 @@ import shutil
 import subprocess
 import sys
 import tkinter as tk
-from pathlib import Path
 
 import numpy as np
 import pytest
-from harness.places import SEARCH_PATH
+from harness.places import ROOT, SEARCH_PATH
 from support.neighbours import one_of_each
 from support.plain import Event
 
-TESTS = Path(__file__).resolve().parent
-ROOT = TESTS.parent
+TESTS = ROOT / "tests"
 STUB = ROOT / "tandrel" / "gui" / "sketcher.pyi"
 EXAMPLE = TESTS / "typing_example.py"
 CONFIGURATION = TESTS / "mypy.ini"
