@@ -11,8 +11,8 @@ from support import form, shapes
 from support.neighbours import PLACES, one_of_each
 from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import Event, PlainEditor, Var
-from tandrel import _shapes, storage
 from tandrel import sketch as S
+from tandrel.kinds import KINDS
 
 
 def types(entities):
@@ -24,9 +24,7 @@ def written(file, pattern):
 
 
 KNOWN = {
-    "the geometry": _shapes.KINDS,
-    "its introduction": re.findall(r"^    (\w+) {3,}\w", S.__doc__, re.MULTILINE),
-    "the sketch files": storage._ENTITIES,
+    "the application": KINDS,
     "the stub": written("tandrel/gui/sketcher.pyi", r'^    type: Literal\["(\w+)"\]'),
     "the programmer's manual": written("docs/programming.md", r'^\| `"(\w+)"` \|'),
     "the random sketches": {random_sketches.entity(Random(n))["type"] for n in range(100)},
@@ -47,7 +45,7 @@ def test_the_front_page_names_all_types(sketcher):
 
 
 def test_the_application_and_the_editor_call_them_alike(sketcher):
-    assert {kind: known.label for kind, known in _shapes.KINDS.items()} == sketcher.TYPE_LABEL
+    assert {kind: known.label for kind, known in KINDS.items()} == sketcher.TYPE_LABEL
 
 
 def test_one_of_each_is_one_of_each(sketcher):

@@ -6,12 +6,16 @@ import math
 import reprlib
 from typing import Any, Iterator, Sequence
 
-from tandrel import _nesting
 from tandrel._reasons import Reason
-from tandrel._shapes import KINDS, Shape, number, shape
+from tandrel._shapes import shape
+from tandrel.geometry import nesting
+from tandrel.geometry.shapes import Shape
 from tandrel.gui.i18n import N_
+from tandrel.kinds import KINDS
+from tandrel.kinds.fields import Number
 
 MOST = 8  # messages; a status line with more would push the buttons off the screen
+_OFFSET = Number(N_("Offset along the normal"))
 
 
 def messages(sk: Any, planes: Sequence[str]) -> list[str]:
@@ -54,7 +58,7 @@ def _placing(sk: dict[str, Any], planes: Sequence[str]) -> Iterator[Reason]:
         yield Reason(N_("{plane} is no sketch plane, choose one of {planes}"), shown)
     offset = sk.get("offset")
     try:
-        number(0.0 if offset is None else offset, Reason(N_("Offset along the normal")))
+        _OFFSET.read(0.0 if offset is None else offset)
     except (ValueError, TypeError) as error:
         yield error.args[0]
 
@@ -79,12 +83,12 @@ def _doubles(entities: Sequence[Any], valid: dict[int, Shape]) -> Iterator[Reaso
 def _same(one: Shape, other: Shape) -> bool:
     if not math.isclose(one.area, other.area, rel_tol=1e-8):
         return False
-    return bool(one.polygon.hausdorff_distance(other.polygon) <= _nesting.tolerance(one))
+    return bool(one.polygon.hausdorff_distance(other.polygon) <= nesting.tolerance(one))
 
 
 def _touches(entities: Sequence[Any], valid: dict[int, Shape]) -> Iterator[Reason]:
     indexes = list(valid)
-    for inner, outer, (u, v) in _nesting.touches(list(valid.values())):
+    for inner, outer, (u, v) in nesting.touches(list(valid.values())):
         shown = {
             "shape": _name(entities, indexes[inner]),
             "other": _name(entities, indexes[outer]),

@@ -14,9 +14,10 @@ from shapely.geometry import Polygon
 from shapely.geometry.base import BaseGeometry
 from shapely.ops import unary_union
 
-from tandrel import contours as exact
 from tandrel import sketch as S
-from tandrel._shapes import Shape, shape
+from tandrel._shapes import contour, shape
+from tandrel.geometry import loops
+from tandrel.geometry.shapes import Shape
 from tandrel.progress import Tick, no_tick
 
 _FINE = 1e-6  # how far divided arcs are from their chords, as a part of the shape's size
@@ -65,9 +66,9 @@ def fine_region(sketch: Dict[str, Any], tick: Tick = no_tick) -> BaseGeometry:
     return _profile(sketch).fine_region(tick)
 
 
-def box(sketch: Dict[str, Any]) -> exact.Box:
+def box(sketch: Dict[str, Any]) -> loops.Box:
     """Least u and v, greatest u and v, exact for arcs too; ValueError where nothing is drawn."""
-    boxes = [exact.box(exact.contour(entity)) for entity in _profile(sketch).entities]
+    boxes = [loops.box(contour(entity)) for entity in _profile(sketch).entities]
     least_u, least_v, greatest_u, greatest_v = zip(*boxes) if boxes else ((), (), (), ())
     return min(least_u), min(least_v), max(greatest_u), max(greatest_v)
 
@@ -155,6 +156,6 @@ def _profile(sketch: Dict[str, Any]) -> _Profile:
 
 
 def _divided(entity: Dict[str, Any]) -> Polygon:
-    edges = exact.contour(entity)
-    left, low, right, high = exact.box(edges)
-    return Polygon(exact.divided(edges, _FINE * max(right - left, high - low)))
+    edges = contour(entity)
+    left, low, right, high = loops.box(edges)
+    return Polygon(loops.divided(edges, _FINE * max(right - left, high - low)))

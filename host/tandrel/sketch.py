@@ -1,13 +1,8 @@
 """Sketch geometry: what the numbers of a sketch mean.
 
 A sketch is a dictionary with the name of its ``plane``, its ``offset`` along the plane's normal and
-the list of its ``entities``; an entity is a dictionary with a ``type`` and the numbers of it:
-
-    rectangle   x, y (the lower left corner), w, h, radius (of its corners, 0 = sharp)
-    circle      xc, yc, r
-    regular     xc, yc, r (centre to corner), n (sides), angle (of the first corner, in degrees)
-    slot        x1, y1, x2, y2 (the centres of its ends), r (half its width)
-    polygon     points (a list of [u, v]), radius (of its corners, 0 = sharp)
+the list of its ``entities``; an entity is a dictionary with a ``type`` and the numbers of it, which
+the module of its kind in :mod:`tandrel.kinds` tells.
 
 Lengths are SI throughout. What can't be built raises ``ValueError`` (a size or an arrangement that
 makes no shape; the message is for the user, in display units), ``KeyError`` (a number is missing)
@@ -16,19 +11,20 @@ or ``TypeError`` (a value of the wrong kind), and nothing else, whatever the dic
 
 from __future__ import annotations
 
-from typing import Any, Mapping, Sequence
+from typing import Any, Mapping
 
-import numpy as np
-import numpy.typing as npt
-
-from tandrel import _checks, _nesting
-from tandrel._outlines import Points
+from tandrel import _checks
 from tandrel._reasons import Reason
-from tandrel._shapes import Shape, shape
+from tandrel._shapes import shape
+from tandrel.geometry import nesting
+from tandrel.geometry.edges import Points
+from tandrel.geometry.shapes import Shape
 from tandrel.gui.i18n import N_
 
 PLANES = ("XY", "XZ", "YZ")
 AXES: Mapping[str, tuple[str, str]] = {"XY": ("x", "y"), "XZ": ("x", "z"), "YZ": ("y", "z")}
+
+inside = nesting.inside  # whether a point lies inside an outline, for whoever needs no entity
 
 
 def new() -> dict[str, Any]:
@@ -63,31 +59,6 @@ def area(e: Any) -> float:
     return shape(e).area
 
 
-def inside(ring: npt.ArrayLike, p: Sequence[float]) -> bool:
-    """Whether a point lies inside a closed outline, given as a sequence of points.
-
-    Of the outline itself the left and lower edges count as inside, the right and upper ones don't:
-    of two shapes that share an edge exactly one owns a point on it.
-
-    A ray from the point to the right crosses the outline an odd number of times.
-    """
-    points = np.asarray(ring, dtype=np.float64).reshape(-1, 2)
-    if not len(points):
-        return False
-    u, v = float(p[0]), float(p[1])
-    above = points[:, 1] > v
-    crossed = np.flatnonzero(above[1:] != above[:-1]).tolist()
-    if above[0] != above[-1]:
-        crossed.append(-1)
-    within = False
-    for k in crossed:
-        # Upwards, whichever way the outline runs, so that rounding is the same for both sides.
-        (v1, u1), (v2, u2) = sorted([points[k].tolist()[::-1], points[k + 1].tolist()[::-1]])
-        if (u2 - u1) * (v - v1) > (u - u1) * (v2 - v1):
-            within = not within
-    return within
-
-
 def depths(sk: Mapping[str, Any]) -> list[int]:
     """For each entity of a sketch the number of others that it lies inside of.
 
@@ -105,7 +76,7 @@ def depths(sk: Mapping[str, Any]) -> list[int]:
         except (ValueError, KeyError, TypeError):
             pass
     found = [0] * len(entities)
-    for k, depth in zip(valid, _nesting.depths(tuple(valid.values()))):
+    for k, depth in zip(valid, nesting.depths(tuple(valid.values()))):
         found[k] = depth
     return found
 

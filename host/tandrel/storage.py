@@ -27,6 +27,8 @@ from typing import Any, Dict, List, Optional, TypeVar, Union
 
 from tandrel import files
 from tandrel.gui.i18n import N_, tr
+from tandrel.kinds import KINDS
+from tandrel.kinds.fields import Corners, Count, Number
 from tandrel.progress import Tick, no_tick
 
 FORMAT = "tandrel sketch"
@@ -288,16 +290,14 @@ def _record(fields: Mapping[str, _Reader[Any]], optional: str = "") -> _Reader[d
 _point = _list_of(_number, 2)
 
 
-def _shape(*numbers: str, **others: _Reader[Any]) -> _Reader[dict[str, Any]]:
-    return _record({"type": _text, **dict.fromkeys(numbers, _number), **others})
-
-
+_FIELDS: dict[type, _Reader[Any]] = {
+    Number: _number,
+    Count: _count,
+    Corners: _list_of(_point),
+}
 _ENTITIES = {
-    "rectangle": _shape("x", "y", "w", "h", "radius"),
-    "circle": _shape("xc", "yc", "r"),
-    "regular": _shape("xc", "yc", "r", "angle", n=_count),
-    "slot": _shape("x1", "y1", "x2", "y2", "r"),
-    "polygon": _shape("radius", points=_list_of(_point)),
+    name: _record({"type": _text, **{key: _FIELDS[type(f)] for key, f in kind.fields.items()}})
+    for name, kind in KINDS.items()
 }
 
 

@@ -8,7 +8,7 @@ from collections.abc import Iterator
 from typing import Any
 
 from tandrel import sketch as S
-from tandrel._outlines import Points
+from tandrel.geometry.edges import Points
 from tandrel.gui.i18n import tr
 from tandrel.gui.widgets import units
 

@@ -9,9 +9,9 @@ from hypothesis import strategies as st
 from shapely.geometry import Polygon
 from shapely.prepared import prep
 from support.neighbours import circle, polygon, rectangle
-from tandrel import _nesting
 from tandrel import sketch as S
 from tandrel._shapes import shape
+from tandrel.geometry import nesting
 
 
 def depths(*entities):
@@ -101,7 +101,7 @@ class TestDepths:
 
     def test_unchanged_shapes_are_not_compared_again(self, monkeypatch):
         depths(PLATE, HOLE)
-        monkeypatch.setattr(_nesting, "_holders", None)
+        monkeypatch.setattr(nesting, "_holders", None)
         assert depths(dict(PLATE), dict(HOLE)) == [0, 1]
 
     def test_a_deep_nest_takes_one_comparison_a_shape(self, monkeypatch):
@@ -119,7 +119,7 @@ class TestDepths:
 
         shapes = [shape(circle(0.0, 0.0, 1.0 + k)) for k in range(300)]
         random.Random(5).shuffle(shapes)
-        found = _nesting.depths(tuple(Counted(one) for one in shapes))
+        found = nesting.depths(tuple(Counted(one) for one in shapes))
         assert sorted(found) == list(range(300))
         assert len(compared) == 299
 

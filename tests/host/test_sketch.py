@@ -1,6 +1,5 @@
 """Outlines, corners and areas of every kind of shape, and the point-in-outline test."""
 
-import contextlib
 import math
 import os
 import subprocess
@@ -12,8 +11,12 @@ import pytest
 from hypothesis import assume, given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Point, Polygon
-from tandrel import _outlines, _shapes
+from support.shapes import ELL, EVERY_KIND
+from tandrel import _shapes
 from tandrel import sketch as S
+from tandrel._shapes import contour
+from tandrel.geometry import loops
+from tandrel.geometry.loops import is_curved
 
 HOST = Path(S.__file__).resolve().parent.parent
 HALF_TURN = math.pi
@@ -39,15 +42,9 @@ def polygon(points, radius=0.0):
     return {"type": "polygon", "points": points, "radius": radius}
 
 
-ELL = [[0.0, 0.0], [0.06, 0.0], [0.06, 0.02], [0.02, 0.02], [0.02, 0.05], [0.0, 0.05]]
 ELL_AREA = 0.06 * 0.02 + 0.02 * 0.03
-SHARP = [rectangle(), regular(), regular(n=3, angle=0.0), polygon(ELL)]
-CURVED = [rectangle(radius=0.004), circle(), slot(), polygon(ELL, radius=0.005)]
-EVERY_KIND = SHARP + CURVED
-
-
-def kind(e):
-    return e["type"] + ("" if e in SHARP else ", curved")
+SHARP = [e for e in EVERY_KIND.values() if not is_curved(contour(e))]
+every_kind = pytest.mark.parametrize("e", EVERY_KIND.values(), ids=EVERY_KIND)
 
 
 def shoelace(ring):
@@ -85,7 +82,7 @@ def test_modules_built_into_another_tree_belong_to_the_packages(tmp_path, built_
     subprocess.run([sys.executable, "-W", "error", "-c", code], env=environment, check=True)
 
 
-@pytest.mark.parametrize("e", EVERY_KIND, ids=kind)
+@every_kind
 class TestEveryOutline:
     def test_is_an_array_of_points_that_nobody_can_write_to(self, e):
         ring = S.outline(e)
@@ -116,8 +113,8 @@ class TestEveryOutline:
 
     def test_finer_sampling_leads_to_the_exact_area(self, e, monkeypatch):
         monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(10**6))
-        monkeypatch.setattr(_outlines, "POINTS", 50_000)
-        monkeypatch.setattr(_outlines, "ARC_STEP", 0.05)
+        monkeypatch.setattr(loops, "POINTS", 50_000)
+        monkeypatch.setattr(loops, "ARC_STEP", math.radians(0.05))
         assert shoelace(S.outline(e)) == pytest.approx(S.area(e), rel=1e-7)
 
 
@@ -230,55 +227,11 @@ def test_arcs_that_meet_leave_no_straight_edge_between_them():
         assert np.hypot(*(ring - core).T) == pytest.approx([e["radius"]] * len(ring))
 
 
-def star(radii):
-    """A free outline round the origin: simple, as its corners' directions increase."""
-    step = 2 * HALF_TURN / len(radii)
-    return [[r * math.cos(k * step), r * math.sin(k * step)] for k, r in enumerate(radii)]
-
-
-def ends(edge, at_start):
-    """A point and the direction of travel at one end of a line or an arc."""
-    if isinstance(edge, _outlines.Line):
-        way = np.subtract(edge.end, edge.start) / edge.length
-        return (edge.start if at_start else edge.end), way
-    point = edge.start if at_start else edge.end
-    out = np.subtract(point, edge.centre) / edge.radius
-    return point, np.array([-out[1], out[0]]) * math.copysign(1.0, edge.sweep)
-
-
-@settings(deadline=None, max_examples=200)
-@given(st.lists(st.floats(0.2, 1.0), min_size=3, max_size=12), st.floats(0.001, 0.3))
-def test_roundings_are_tangent_to_both_edges_or_refused(radii, radius):
-    corners = star(radii)
-    try:
-        S.outline(polygon(corners, radius))
-    except ValueError:
-        assume(False)
-    loop = _outlines.rounded([tuple(corner) for corner in corners], radius, 1e-8)
-    assert all(edge.radius == radius for edge in loop if isinstance(edge, _outlines.Arc))
-    for before, after in zip(loop, [*loop[1:], loop[0]]):
-        (point, way), (next_point, next_way) = ends(before, False), ends(after, True)
-        assert next_point == pytest.approx(point, abs=3e-8)
-        both_straight = isinstance(before, _outlines.Line) and isinstance(after, _outlines.Line)
-        if not both_straight:
-            assert next_way == pytest.approx(way, abs=1e-6)
-
-
-@settings(deadline=None, max_examples=100)
-@given(st.lists(st.floats(0.2, 1.0), min_size=3, max_size=12), st.floats(0.01, 0.2))
-def test_convex_roundings_stay_within_the_sharp_outline(radii, radius):
-    sharp = polygon(star(radii))
-    try:
-        ring = S.outline({**sharp, "radius": radius})
-    except ValueError:
-        assume(False)
-    reach = Polygon(S.outline(sharp)).convex_hull.buffer(1e-9)
-    assert reach.contains(Polygon(ring))
-
-
 class TestInside:
     @settings(deadline=None, max_examples=200)
-    @given(st.sampled_from(EVERY_KIND), st.floats(-0.02, 0.08), st.floats(-0.05, 0.08))
+    @given(
+        st.sampled_from(list(EVERY_KIND.values())), st.floats(-0.02, 0.08), st.floats(-0.05, 0.08)
+    )
     def test_agrees_with_shapely_off_the_outline(self, e, u, v):
         ring = S.outline(e)
         shape = Polygon(ring)
@@ -315,91 +268,3 @@ class TestInside:
     @pytest.mark.parametrize("p", [(math.nan, 0.01), (0.01, math.nan), (math.inf, -math.inf)])
     def test_no_point_that_is_not_finite_is_inside(self, p):
         assert S.inside(S.outline(circle()), p) is False
-
-
-class TestMemory:
-    @pytest.mark.parametrize("e", EVERY_KIND, ids=kind)
-    def test_an_outline_asked_for_again_is_the_same_array(self, e):
-        assert S.outline(e) is S.outline(dict(e))
-
-    def test_a_number_changed_in_place_is_seen(self):
-        e = circle(r=0.015)
-        before = S.outline(e)
-        e["r"] = 0.03
-        assert S.outline(e)[0, 0] == pytest.approx(0.04)
-        assert S.area(e) == pytest.approx(HALF_TURN * 0.03**2)
-        e["r"] = 0.015
-        assert S.outline(e) is before
-
-    def test_a_corner_changed_in_place_is_seen(self):
-        e = polygon([[0.0, 0.0], [1.0, 0.0], [0.0, 1.0]])
-        assert S.area(e) == 0.5
-        e["points"][1][0] = 2.0
-        assert S.area(e) == 1.0
-        assert S.corners(e)[1].tolist() == [2.0, 0.0]
-        e["points"].append([-1.0, 0.5])
-        assert S.area(e) == 1.5
-
-    def test_a_changed_type_is_seen(self):
-        e = {**circle(), **regular()}
-        assert len(S.corners(e)) == 6
-        e["type"] = "circle"
-        assert len(S.corners(e)) == 0
-
-    def test_other_keys_do_not_matter(self):
-        e = circle()
-        ring = S.outline(e)
-        e["note"] = [object()]
-        assert S.outline(e) is ring
-
-    def test_equal_numbers_of_any_type_are_the_same_shape(self):
-        ints = {"type": "rectangle", "x": 0, "y": 0, "w": 2, "h": 1, "radius": 0}
-        floats = rectangle(0.0, 0.0, 2.0, 1.0, 0.0)
-        numpy = {**floats, "w": np.float64(2), "h": np.int64(1), "x": np.float32(0)}
-        assert S.outline(ints) is S.outline(floats) is S.outline(numpy)
-        tuples = polygon(tuple(map(tuple, ELL)))
-        rows = polygon(list(np.array(ELL)))
-        for alike in (polygon(np.array(ELL)), tuples, rows):
-            assert S.outline(alike) is S.outline(polygon(ELL))
-        assert S.outline(regular(n=6.0)) is S.outline(regular(n=6))
-
-    @pytest.mark.parametrize("bad", [circle(r=-1.0), polygon([[0.0, 0.0], [1.0, 1.0]])])
-    def test_shapes_and_refusals_are_worked_out_once(self, bad, monkeypatch):
-        monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(1000))
-        built = []
-
-        def counted(key, build=_shapes._built):
-            built.append(key)
-            return build(key)
-
-        monkeypatch.setattr(_shapes, "_built", counted)
-        for _ in range(3):
-            S.outline(circle())
-            with pytest.raises(ValueError):
-                S.outline(bad)
-        assert len(built) == 2
-
-    def test_what_was_not_asked_for_lately_is_forgotten(self):
-        memo = _shapes.Memo(10)
-        for k in range(100):
-            memo.put(k, str(k), 3)
-            assert memo.get(0) == "0"
-            assert memo.get(k) == str(k)
-        assert [k for k in range(1, 90) if memo.get(k)] == []
-        assert len(memo._young) + len(memo._old) <= 2 * 10 // 3
-
-    def test_outlines_count_by_their_points_also_when_refused(self, monkeypatch):
-        memo = _shapes.Memo(10_000)
-        monkeypatch.setattr(_shapes, "_shapes", memo)
-        for k in range(50):
-            zigzag = [[float(n), float(n % 2)] for n in range(999)]
-            for e in (polygon([*zigzag, [float(k), -1.0]]), polygon([*zigzag, [float(k), 9.0]])):
-                with contextlib.suppress(ValueError):
-                    S.outline(e)
-        assert 5 < len(memo._young) + len(memo._old) <= 20
-
-    def test_a_value_too_large_to_keep_does_no_harm(self):
-        memo = _shapes.Memo(10)
-        for k in range(5):
-            memo.put(k, str(k), 1000)
-        assert len(memo._young) + len(memo._old) == 2

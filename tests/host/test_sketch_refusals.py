@@ -10,8 +10,9 @@ import numpy as np
 import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
-from tandrel import _outlines, _reasons
+from tandrel import _reasons
 from tandrel import sketch as S
+from tandrel.kinds import polygon
 from tandrel.units import set_units
 
 RECTANGLE = {"type": "rectangle", "x": 0.0, "y": 0.0, "w": 0.04, "h": 0.02, "radius": 0.0}
@@ -225,7 +226,7 @@ def test_a_reason_speaks_the_units_and_the_language_of_the_moment(monkeypatch):
 
 def test_a_verdict_without_a_place_is_still_a_reason():
     with pytest.raises(ValueError, match="the outline is not a simple closed line"):
-        _outlines._complain("Hole lies outside shell", "", "")
+        polygon._complain("Hole lies outside shell", "", "")
 
 
 def cyclic():

@@ -51,7 +51,7 @@ def messages():
     """The texts of the catalogue that tell what is wrong with a sketch."""
     entries = CATALOGUE.read_text().split("\n\n")
     for entry in entries:
-        if not re.search(r"#:.*(_checks|_outlines|_shapes|tools|side_panel)\.", entry):
+        if not re.search(r"#:.*(_checks|_shapes|kinds/\w+|tools|side_panel)\.", entry):
             continue
         parts = re.search(r'^msgid ((?:".*"\n?)+)', entry, re.MULTILINE).group(1)
         yield "".join(part[1:-1] for part in parts.splitlines())

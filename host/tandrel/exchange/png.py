@@ -9,7 +9,8 @@ from PIL import Image, ImageDraw
 
 from tandrel import profile
 from tandrel import sketch as S
-from tandrel.contours import contour, divided
+from tandrel._shapes import contour
+from tandrel.geometry.loops import divided
 from tandrel.progress import Tick
 from tandrel.storage import Document
 

@@ -7,7 +7,8 @@ import xml.etree.ElementTree as ET
 from typing import Any, Dict, Iterator, List, Sequence
 
 from tandrel import profile
-from tandrel.contours import Edge, contour
+from tandrel._shapes import contour
+from tandrel.geometry.edges import Edge
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS

@@ -7,8 +7,7 @@ from collections import defaultdict
 from itertools import product
 from typing import Iterator
 
-from tandrel._outlines import Point
-from tandrel.contours import Edge
+from tandrel.geometry.edges import Edge, Point
 
 # How far apart ends may lie that meet: metres, and a part of the extent of all open lines.
 _FARTHEST, _FARTHEST_PART = 1e-6, 1e-5

@@ -15,12 +15,13 @@ from itertools import chain
 from typing import Iterator, NamedTuple, Sequence
 
 import numpy as np
+import numpy.typing as npt
 from shapely.geometry import JOIN_STYLE, LinearRing
 from shapely.ops import nearest_points
 from shapely.prepared import PreparedGeometry, prep
 
-from tandrel._outlines import Point
-from tandrel._shapes import Shape
+from tandrel.geometry.edges import Point
+from tandrel.geometry.shapes import Shape
 
 ROWS = 64  # shapes whose boxes are compared with others at a time
 
@@ -31,6 +32,31 @@ class Touch(NamedTuple):
     inner: int
     outer: int
     place: Point
+
+
+def inside(ring: npt.ArrayLike, p: Sequence[float]) -> bool:
+    """Whether a point lies inside a closed outline, given as a sequence of points.
+
+    Of the outline itself the left and lower edges count as inside, the right and upper ones don't:
+    of two shapes that share an edge exactly one owns a point on it.
+
+    A ray from the point to the right crosses the outline an odd number of times.
+    """
+    points = np.asarray(ring, dtype=np.float64).reshape(-1, 2)
+    if not len(points):
+        return False
+    u, v = float(p[0]), float(p[1])
+    above = points[:, 1] > v
+    crossed = np.flatnonzero(above[1:] != above[:-1]).tolist()
+    if above[0] != above[-1]:
+        crossed.append(-1)
+    within = False
+    for k in crossed:
+        # Upwards, whichever way the outline runs, so that rounding is the same for both sides.
+        (v1, u1), (v2, u2) = sorted([points[k].tolist()[::-1], points[k + 1].tolist()[::-1]])
+        if (u2 - u1) * (v - v1) > (u - u1) * (v2 - v1):
+            within = not within
+    return within
 
 
 # A repaint asks for the depths of the same shapes again and again while the pointer moves.

@@ -1,0 +1,78 @@
+"""Sketches written as drawings."""
+
+from __future__ import annotations
+
+import io
+from contextlib import contextmanager
+from decimal import Decimal
+from typing import Any, Iterator
+
+import ezdxf
+
+from tandrel import sketch as S
+from tandrel._shapes import drawn
+from tandrel.exchange.dxf.placing import noted
+from tandrel.exchange.dxf.units import CODES
+from tandrel.geometry.loops import box, is_circle, joined
+from tandrel.progress import Tick
+from tandrel.storage import Document
+from tandrel.units import SYSTEMS
+
+CONTOURS, HOLES = "CONTOUR", "HOLES"
+_COLOURS = {CONTOURS: 7, HOLES: 5}  # the drawing program's foreground; blue
+
+
+def written(document: Document, unit: str, tick: Tick) -> bytes:
+    """A drawing with the contours of a sketch, which S.check must have passed.
+
+    Circles are circles, everything else is a closed polyline with exact arcs. The same sketch
+    always makes the same bytes.
+    """
+    sketch = document.sketch
+    with _reproducible():
+        drawing: Any = ezdxf.new("R2010", units=CODES[unit])
+        for name, colour in _COLOURS.items():
+            drawing.layers.add(name, color=colour)
+        for name, value in noted(sketch):
+            drawing.header.custom_vars.append(name, value)
+        space = drawing.modelspace()
+        metres = SYSTEMS[unit].metres
+
+        def shown(length: float) -> float:
+            return float(Decimal(repr(float(length))) / metres)
+
+        entities, boxes = sketch["entities"], []
+        for k, (entity, depth) in enumerate(zip(entities, S.depths(sketch))):
+            tick(k / len(entities))
+            loop = drawn(entity).loop
+            edges = joined(loop)
+            boxes.append(box(edges))
+            where = {"layer": HOLES if depth % 2 else CONTOURS}
+            if is_circle(loop):
+                centre = shown(loop[0].centre[0]), shown(loop[0].centre[1])
+                space.add_circle(centre, shown(loop[0].radius), dxfattribs=where)
+            else:
+                vertices = [(*map(shown, edge.start), edge.bulge) for edge in edges]
+                space.add_lwpolyline(vertices, format="xyb", close=True, dxfattribs=where)
+        lefts, lows, rights, highs = zip(*boxes)
+        left, low, right, high = map(shown, (min(lefts), min(lows), max(rights), max(highs)))
+        space.reset_extents((left, low, 0), (right, high, 0))
+        height = max(high - low, right - left) * 1.1
+        drawing.set_modelspace_vport(height, ((left + right) / 2, (low + high) / 2))
+        # The library would name the classes of the drawing's parts in the order of a set.
+        for kind in sorted(drawing.entitydb.dxf_types_in_use()):
+            drawing.classes.add_class(kind)
+        text = io.StringIO()
+        drawing.write(text)
+    return bytes(drawing.encode(text.getvalue()))
+
+
+@contextmanager
+def _reproducible() -> Iterator[None]:
+    """No dates and no identifiers made up at random in the drawings that are made meanwhile."""
+    before = ezdxf.options.write_fixed_meta_data_for_testing
+    ezdxf.options.write_fixed_meta_data_for_testing = True
+    try:
+        yield
+    finally:
+        ezdxf.options.write_fixed_meta_data_for_testing = before
