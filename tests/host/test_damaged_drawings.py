@@ -9,7 +9,8 @@ from support.drawings import LWPOLYLINE, binary, new_drawing, opened, raw, read,
 from support.shapes import PLATE
 from tandrel import exchange
 from tandrel import sketch as S
-from tandrel.exchange import ExchangeError, dxf
+from tandrel.exchange import ExchangeError
+from tandrel.exchange.dxf import parts
 
 
 SOUND = text_of(*PLATE)
@@ -103,7 +104,7 @@ class TestExcess:
         assert notes == ["Left out (1): blocks too deep within each other"]
 
     def test_blocks_that_multiply(self, monkeypatch):
-        monkeypatch.setattr(dxf, "_MOST_PARTS", 3000)
+        monkeypatch.setattr(parts, "_MOST_PARTS", 3000)
         drawing, space = new_drawing()
         for k in range(8):
             block = drawing.blocks.new(f"B{k}")
