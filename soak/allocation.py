@@ -37,8 +37,8 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.harness.suite import quietly  # noqa: E402
-from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.suite import quietly  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
 COMMAND = [sys.executable, str(Path(__file__).resolve())]

@@ -1,44 +1,73 @@
-"""Line and branch coverage of the C++ by the test suite.
+"""Coverage of the C++ by the test suite: each line, and each branch of the source both ways.
 
-Builds the coverage preset, runs the suite on it and counts with gcovr; what counts as reached
-stands in harness/executed.py.
+Builds the coverage preset with clang, runs the suite on it and has llvm-cov count: as the source is
+written, so that what the compiler adds for exceptions, which gcov counts as branches, never shows.
 """
 
 from __future__ import annotations
 
 import argparse
+import json
+import os
+import shutil
+import subprocess
 import sys
+from collections.abc import Iterator
 from pathlib import Path
+from typing import Any
 
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from soak.harness import executed  # noqa: E402
-from soak.harness.suite import run_tests  # noqa: E402
+from soak.common.suite import quietly, run_tests  # noqa: E402
 
 FOLDER = ROOT / "build" / "coverage"
+COUNTS = FOLDER / "counts"
 
 
-def main() -> int:
-    parser = argparse.ArgumentParser(
-        description=__doc__, formatter_class=argparse.RawTextHelpFormatter
-    )
+def main(arguments: list[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--counted", action="store_true", help="report what the last run counted")
     parser.add_argument("--jobs", type=int, default=1, help="of the test suite")
     parser.add_argument("tests", nargs="*", default=["tests"], help="the whole suite by default")
-    options = parser.parse_args()
-    if not options.counted:
-        print("building", file=sys.stderr)
-        executed.build(FOLDER)
-        module = str(FOLDER.relative_to(ROOT))
-        status = run_tests(ROOT, module, options.tests, sys.stderr, jobs=options.jobs)
-        if status:
-            sys.exit(f"coverage: the suite ended with status {status} and has to pass first")
-    result = executed.of_module(FOLDER)
-    for fault in result.faults:
-        print(fault)
-    print(result.figure)
-    return 1 if result.faults else 0
+    options = parser.parse_args(arguments)
+    if not options.counted and (status := count(options.tests, options.jobs)):
+        sys.exit(f"coverage: the suite ended with status {status} and has to pass first")
+    counted = counts_of(FOLDER / "tandrel" / "gui" / "sketcher.abi3.so", COUNTS)
+    missed = [line for file in counted["files"] for line in missed_in(file)]
+    print(*missed, sep="\n")
+    parts = (counted["totals"][kind] for kind in ("lines", "branches"))
+    lines, branches = (f"{part['covered']:,} of {part['count']:,}" for part in parts)
+    print(f"coverage: {lines} lines, {branches} branches")
+    return 1 if missed else 0
+
+
+def count(tests: list[str], jobs: int) -> int:
+    """Run tests on a build that counts; how pytest ended."""
+    quietly("cmake", "--preset", "coverage")
+    quietly("cmake", "--build", "--preset", "coverage")
+    shutil.rmtree(COUNTS, ignore_errors=True)
+    os.environ["LLVM_PROFILE_FILE"] = f"{COUNTS}/%2m.profraw"
+    return run_tests(ROOT, str(FOLDER.relative_to(ROOT)), tests, sys.stderr, jobs=jobs)
+
+
+def counts_of(program: Path, counts: Path) -> Any:
+    """What llvm-cov exports of a program or module."""
+    merged = counts / "all.profdata"
+    quietly("llvm-profdata", "merge", *map(str, counts.glob("*.profraw")), "-o", str(merged))
+    command = ["llvm-cov", "export", str(program), f"-instr-profile={merged}"]
+    return json.loads(subprocess.check_output(command))["data"][0]
+
+
+def missed_in(file: Any) -> Iterator[str]:
+    """Where code begins that never ran, and conditions that never were true, or never false."""
+    name = os.path.relpath(file["filename"], ROOT)
+    for line, column, times, counted, begins, *_ in file["segments"]:
+        if counted and begins and not times:
+            yield f"{name}:{line}:{column}: never executed"
+    for line, column, _, _, true, false, *_ in file["branches"]:
+        if not true or not false:
+            yield f"{name}:{line}:{column}: never {'false' if true else 'true'}"
 
 
 if __name__ == "__main__":

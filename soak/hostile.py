@@ -33,7 +33,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 BATCH = 500  # cases of one child
 WINDOWS_EVERY = 8

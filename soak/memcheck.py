@@ -22,7 +22,7 @@ sys.path[:0] = [str(ROOT)]
 
 from harness.display import x_server  # noqa: E402
 from harness.places import BUILD, HOST  # noqa: E402
-from soak.harness.planted_build import PLANTS, plant  # noqa: E402
+from soak.common.planted_build import PLANTS, plant  # noqa: E402
 
 MODULE = "sketcher.abi3.so"
 VALGRIND = ["valgrind", "--tool=memcheck", "--xml=yes", "--num-callers=40", "--trace-children=yes"]

@@ -2,8 +2,7 @@
 
 For each way a few cycles warm up; then, over the way's share of the cycles, the growth is taken of
 Tcl commands, Tcl variables, windows (with timers, images and fonts), Python objects, references to
-what the application keeps, allocated blocks and file descriptors. Ways of a plain tkinter dialog
-run beside: what they leave behind too is Tk's or the interpreter's.
+what the application keeps, allocated blocks and file descriptors.
 
     soak/opening.py --cycles 10000 [--ways "every tip" "parent destroyed"]
 """
@@ -26,8 +25,8 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.harness import growth  # noqa: E402
-from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common import growth  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
@@ -64,19 +63,15 @@ def serve(
     telling = Telling()
     # Not before the child: the parent needs no Tk.
     from soak.dialogs.ways import WAYS, Stage
-    from soak.dialogs.plain import PLAIN_WAYS
     from tandrel.gui.widgets import main_window
 
     root = main_window("Opening and closing")
     stage = Stage(root)
     root.report_callback_exception = lambda kind, *_: stage.raised.append(kind.__name__)
     root.update()
-    every: dict[str, Callable[[Any], None]] = {}
-    every |= {**(WAYS if ways is None else ways), **PLAIN_WAYS}
-    ours = only or [name for name in every if name not in PLAIN_WAYS]
-    beside = [] if only else [(name, max(cycles // len(ours), 1)) for name in PLAIN_WAYS]
+    every = WAYS if ways is None else ways
     watched = watched_objects(stage)
-    for name, count in [*shares(ours, cycles), *beside]:
+    for name, count in shares(only or list(every), cycles):
         telling.result(grown_by(stage, watched, telling, name, every[name], count))
     root.destroy()
 
@@ -191,14 +186,13 @@ def replay(way: str, cycle: int) -> str:
 
 
 def figure(rows: list[dict[str, Any]], findings: list[Finding]) -> int:
-    """The last line: the growth of every measure over all ways of the editor's dialog."""
-    ours = [row for row in rows if not row["way"].startswith("plain dialog")]
-    totals = {name: sum(row["grew"][name] for row in ours) for name in growth.MEASURES}
-    cycles = sum(row["cycles"] for row in ours)
+    """The last line: the growth of every measure over all ways."""
+    totals = {name: sum(row["grew"][name] for row in rows) for name in growth.MEASURES}
+    cycles = sum(row["cycles"] for row in rows)
     amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
     broken = f"; {len(findings)} faults" if findings else ""
-    print(f"open and close: {cycles:,} cycles in {len(ours)} ways: {amounts}{broken}")
-    return 1 if any(totals.values()) or findings or not ours else 0
+    print(f"open and close: {cycles:,} cycles in {len(rows)} ways: {amounts}{broken}")
+    return 1 if any(totals.values()) or findings or not rows else 0
 
 
 if __name__ == "__main__":

@@ -1,89 +1,158 @@
-"""Small wrong changes to the C++, one at a time: does the test suite notice each?
+"""Small wrong changes to the C++, made at random, one at a time: do the tests notice each?
 
-They stand in soak/faults/, a file for each unit. Each is put into a copy of the tree, which is
-built and tested until the first failure. A crash and a suite that doesn't end count as noticed.
-The copy without any fault has to pass the same tests, so that nothing else counts as noticing.
+The changes are those of common/changes.py, every kind of them as often as another. Each is put into
+a copy of the tree, which is built and tested until the first failure: first the tests that noticed
+a change of that file before. A crash and a test that doesn't end count as noticed. A change that
+doesn't compile, or after which the compiler writes the same file, isn't counted. Those that change
+nothing for anybody stand in argued_faults.toml, by the text of their line, with the reason.
 """
 
 from __future__ import annotations
 
 import argparse
-import queue
+import filecmp
+import json
+import random
 import re
 import shutil
 import sys
 import tempfile
+import threading
 import tomllib
+from collections import Counter, defaultdict
+from collections.abc import Iterator, Sequence
 from concurrent.futures import ThreadPoolExecutor
-from contextlib import contextmanager
 from pathlib import Path
-from typing import Iterator, NamedTuple, Optional, Sequence
+from typing import NamedTuple, Optional
 
 ROOT = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT))
 
-from soak.harness.suite import TooSlow, quietly, run_tests  # noqa: E402
+from soak.common.changes import Change, changes_in  # noqa: E402
+from soak.common.suite import TooSlow, quietly, run_tests  # noqa: E402
 
-FAULTS = ROOT / "soak" / "faults"
+ARGUED = ROOT / "soak" / "argued_faults.toml"
+HISTORY = ROOT / "build" / "soak" / "noticed.json"  # which tests noticed a change of which file
 SOURCES = Path("tandrel/gui/sketcher")
+MODULE = Path("build/tandrel/gui/sketcher.abi3.so")
 NOT_COPIED = shutil.ignore_patterns(".git", "build", "__pycache__", ".*_cache", ".hypothesis")
-EVERYTHING = ("tests",)
-# Quickly built, and what a fault leaves unused is no reason to reject it.
-OPTIONS = ("-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O0")
-PATIENCE = 900.0  # seconds
-# Exit statuses of pytest.
-PASSED, FAILED, BROKEN_OFF = 0, 1, 2
+# Optimised, so that what changes nothing is seen to; what a fault leaves unused is no reason to
+# reject it.
+OPTIONS = ("-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O1")
+MOST_SECONDS = 300.0  # of one test
+PATIENCE = 3600.0  # of all of them
+NOT_COUNTED = ("not compiled", "same file")
+# They prove the tools, or build and measure for minutes what the others try as well.
+NOT_HERE = ("tests/soak", "tests/test_packaging.py", "tests/test_benchmarks.py")
+LIKELY = 8  # test files that are tried before the others
+PASSED, FAILED, BROKEN_OFF = 0, 1, 2  # exit statuses of pytest
 
 
 class Fault(NamedTuple):
-    """`old` becomes `new` in `file`; `tests` are likely to notice and run first."""
+    """One change in one file."""
 
-    unit: str
     file: str
-    old: str
+    kind: str
+    line: int
+    old: str  # the lines that it changes, in single spaces, without what is the same around them
     new: str
-    wrong: str
-    tests: tuple[str, ...]
+    text: str  # the whole file with it
 
     def __str__(self) -> str:
-        return f"{self.unit}: {self.wrong}"
+        return f"{self.file}:{self.line}: {self.kind}: {self.old}  ->  {self.new}"
 
-    def put_into(self, text: str) -> str:
-        """The file's text with the fault; ValueError unless `old` occurs exactly once."""
-        if text.count(self.old) != 1 or self.old == self.new:
-            raise ValueError(f"occurs {text.count(self.old)} times in {self.file}:\n{self.old}")
-        return text.replace(self.old, self.new)
+    @property
+    def key(self) -> tuple[str, str, str]:
+        return self.file, self.old, self.new
+
+
+def fault_of(file: str, text: str, change: Change) -> Fault:
+    start = text.rfind("\n", 0, change.start) + 1
+    end = text.find("\n", change.end)
+    old = text[start:end]
+    new = text[start : change.start] + change.new + text[change.end : end]
+    line = text.count("\n", 0, change.start) + 1
+    joined = (" ".join(part.split()) for part in (old, new))
+    return Fault(file, change.kind, line, *joined, change.made_in(text))
+
+
+def sample(sources: Path, seed: int, only: str = "") -> Iterator[Fault]:
+    """All faults in a random order, each kind as often as another as long as there are any."""
+    kinds: defaultdict[str, list[Fault]] = defaultdict(list)
+    for path in sorted(sources.rglob("*.[ch]pp")):
+        text, name = path.read_text(), str(path.relative_to(sources))
+        for change in changes_in(text) if re.search(only, name) else ():
+            kinds[change.kind].append(fault_of(name, text, change))
+    chance = random.Random(seed)
+    for kind in sorted(kinds):
+        chance.shuffle(kinds[kind])
+    while kinds:
+        kind = chance.choice(sorted(kinds))
+        yield kinds[kind].pop()
+        if not kinds[kind]:
+            del kinds[kind]
 
 
 class Verdict(NamedTuple):
     fault: Fault
-    kind: str  # "found", "SURVIVED" or "ERROR"
-    why: str = ""
+    kind: str  # "noticed", "argued", "SURVIVED", "not compiled" or "same file"
+    by: str = ""
 
     def __str__(self) -> str:
-        return f"{self.kind:8} {self.fault}" + (f"\n         {self.why}" if self.why else "")
+        return f"{self.kind:8} {self.fault}" + (f"\n         {self.by}" if self.by else "")
 
 
 class Tree:
     """A copy of the tree, with a build of its own."""
 
-    def __init__(self, root: Path, source: Path = ROOT) -> None:
-        self.root = root
+    def __init__(self, root: Path, tests: Sequence[str], source: Path = ROOT) -> None:
+        self.root, self.tests = root, tests
         shutil.copytree(source, root, ignore=NOT_COPIED, dirs_exist_ok=True, symlinks=True)
-        self._sound: set[tuple[str, ...]] = set()
-
-    def configure(self) -> None:
-        quietly("cmake", "--preset", "release", *OPTIONS, cwd=self.root)
+        quietly("cmake", "--preset", "release", *OPTIONS, cwd=root)
+        self.build()
+        shutil.copytree(root / "build" / "tandrel", root / "build" / "sound" / "tandrel")
+        self._sound: set[str] = set()
 
     def build(self) -> None:
-        """RuntimeError with the compiler's output where it doesn't build."""
+        """What was changed; RuntimeError with the compiler's output where it doesn't build."""
         quietly("cmake", "--build", "--preset", "release", cwd=self.root)
 
-    def noticed_by(self, tests: Sequence[str]) -> str:
-        """What failed first, empty where all pass."""
+    def judged(self, fault: Fault, likely: Sequence[str]) -> Verdict:
+        path = self.root / SOURCES / fault.file
+        sound = path.read_text()
+        path.write_text(fault.text)
+        try:
+            self.build()
+            if filecmp.cmp(self.root / MODULE, self.sound_file(), shallow=False):
+                return Verdict(fault, "same file")
+            noticed = self.noticed_by(likely) or self.noticed_by(self.tests, likely)
+        except RuntimeError:
+            return Verdict(fault, "not compiled")
+        finally:
+            path.write_text(sound)
+        return Verdict(fault, "noticed" if noticed else "SURVIVED", noticed)
+
+    def sound_file(self) -> Path:
+        return self.root / "build" / "sound" / MODULE.relative_to("build")
+
+    def noticed_by(self, tests: Sequence[str], but: Sequence[str] = ()) -> str:
+        """What failed first, empty where all pass. It passes without the fault, or the run ends."""
+        if not tests:
+            return ""
+        failed = self.failed("build", tests, but)
+        file = failed.split("::")[0]
+        if (self.root / file).is_file() and file not in self._sound:
+            if wrong := self.failed("build/sound", [file]):
+                sys.exit(f"planted faults: fails without any fault: {wrong}")
+            self._sound.add(file)
+        return failed
+
+    def failed(self, build: str, tests: Sequence[str], but: Sequence[str] = ()) -> str:
+        but = [*NOT_HERE, *but]
+        options = ["-x", "-o", f"timeout={MOST_SECONDS:g}", *(f"--ignore={file}" for file in but)]
         with tempfile.TemporaryFile() as output:
             try:
-                status = run_tests(self.root, "build", tests, output, ["-x"], PATIENCE)
+                status = run_tests(self.root, build, tests, output, options, PATIENCE)
             except TooSlow as error:
                 return str(error)
             output.seek(0)
@@ -92,114 +161,89 @@ class Tree:
             return ""
         if status < 0:
             return f"ended by signal {-status}"
-        if status in (FAILED, BROKEN_OFF):
-            failed = re.search(r"^(?:FAILED|ERROR) (.*)$", said, re.M)
-            return failed[1] if failed else "pytest was broken off"
-        raise RuntimeError(f"pytest: exit status {status}\n{said}")
+        failed = re.search(r"^(?:FAILED|ERROR) (.*)|^\++ (Timeout) \++$", said, re.M)
+        if status not in (FAILED, BROKEN_OFF) or failed is None:
+            sys.exit(f"planted faults: pytest: exit status {status}\n{said}")
+        return failed[1] or failed[2]
 
-    def require_sound(self, tests: tuple[str, ...]) -> None:
-        """RuntimeError where the copy, built without a fault, doesn't pass these tests."""
-        if tests not in self._sound:
-            self.build()
-            if noticed := self.noticed_by(tests):
-                raise RuntimeError(f"without any fault: {noticed}")
-            self._sound.add(tests)
 
-    @contextmanager
-    def with_fault(self, fault: Fault) -> Iterator[None]:
-        path = self.root / SOURCES / fault.file
-        sound = path.read_text()
-        path.write_text(fault.put_into(sound))
-        try:
-            yield
-        finally:
-            path.write_text(sound)
+class Likely:
+    """The tests that noticed changes of a file before, kept from run to run."""
+
+    def __init__(self, history: Path = HISTORY) -> None:
+        self._path = history
+        kept = json.loads(history.read_text()) if history.exists() else {}
+        self._noticed = defaultdict(Counter, {file: Counter(row) for file, row in kept.items()})
+
+    def of(self, file: str, root: Path) -> list[str]:
+        """The likeliest first; of a file of which nothing is known, those for any."""
+        known = self._noticed[file] or sum(self._noticed.values(), Counter())
+        return [test for test, _ in known.most_common() if (root / test).is_file()][:LIKELY]
+
+    def learn(self, verdict: Verdict) -> None:
+        test = verdict.by.split("::")[0]
+        if test.endswith(".py"):
+            self._noticed[verdict.fault.file][test] += 1
+            self._path.parent.mkdir(parents=True, exist_ok=True)
+            self._path.write_text(json.dumps(self._noticed))
+
+
+def argued_in(path: Path) -> dict[tuple[str, str, str], str]:
+    rows = tomllib.loads(path.read_text()).get("fault", [])
+    return {(row["file"], row["line"], row["becomes"]): row["reason"] for row in rows}
+
+
+class Run:
+    """Faults judged until enough of them count, each tree at work on one at a time."""
+
+    def __init__(self, faults: Iterator[Fault], number: int, likely: Likely) -> None:
+        self.counts: Counter[str] = Counter()
+        self._faults, self._left, self._likely = faults, number, likely
+        self._argued = argued_in(ARGUED)
+        self._lock = threading.Lock()
+
+    def on(self, trees: Sequence[Tree]) -> None:
+        with ThreadPoolExecutor(len(trees)) as pool:
+            try:
+                list(pool.map(self._work, trees))
+            finally:
+                self._left = 0
+
+    def _work(self, tree: Tree) -> None:
+        while (fault := self._next()) is not None:
+            if fault.key in self._argued:
+                verdict = Verdict(fault, "argued", self._argued[fault.key])
+            else:
+                verdict = tree.judged(fault, self._likely.of(fault.file, tree.root))
+            with self._lock:
+                self._likely.learn(verdict)
+                self.counts[verdict.kind] += 1
+                self._left += verdict.kind in NOT_COUNTED
+                print(verdict, flush=True)
+
+    def _next(self) -> Optional[Fault]:
+        with self._lock:
+            self._left -= 1
+            return next(self._faults, None) if self._left >= 0 else None
 
 
 def main(arguments: Optional[Sequence[str]] = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("tests", nargs="*", default=["tests"], help="all but those of the tools")
+    parser.add_argument("--faults", type=int, default=300, metavar="N")
+    parser.add_argument("--seed", type=int, default=random.randrange(1_000_000))
+    parser.add_argument("--only", default="", metavar="PATTERN", help="of the file's name")
     parser.add_argument("--jobs", type=int, default=1, help="copies of the tree at work at once")
-    parser.add_argument("--only", default="", metavar="PATTERN", help="of 'unit: what is wrong'")
-    parser.add_argument("--list", action="store_true", help="only tell which there are")
     options = parser.parse_args(arguments)
-    faults = [fault for fault in read_faults(FAULTS) if re.search(options.only, str(fault))]
-    if wrong := [verdict for fault in faults for verdict in not_applicable(fault)]:
-        print(*wrong, sep="\n")
-        return 1
-    if options.list:
-        print(*faults, f"{len(faults)} faults", sep="\n")
-        return 0
+    run = Run(sample(ROOT / SOURCES, options.seed, options.only), options.faults, Likely())
     with tempfile.TemporaryDirectory(prefix="planted-faults-") as folder:
-        return report(faults, all_judged(faults, Path(folder), options.jobs))
-
-
-def read_faults(folder: Path) -> list[Fault]:
-    return [
-        Fault(
-            path.stem,
-            row["file"],
-            row["old"],
-            row["new"],
-            row["wrong"],
-            tuple(row.get("tests", ())),
-        )
-        for path in sorted(folder.glob("*.toml"))
-        for row in tomllib.loads(path.read_text())["fault"]
-    ]
-
-
-def not_applicable(fault: Fault, root: Path = ROOT) -> list[Verdict]:
-    missing = [name for name in fault.tests if not (root / name).exists()]
-    try:
-        fault.put_into((root / SOURCES / fault.file).read_text())
-    except (ValueError, OSError) as error:
-        return [Verdict(fault, "ERROR", str(error))]
-    return [Verdict(fault, "ERROR", f"no such tests: {missing}")] if missing else []
-
-
-def all_judged(faults: list[Fault], folder: Path, jobs: int) -> Iterator[Verdict]:
-    """The verdicts in order. Each job works on a tree of its own."""
-    trees: queue.SimpleQueue[Tree] = queue.SimpleQueue()
-    for job in range(jobs):
-        tree = Tree(folder / str(job))
-        tree.configure()
-        trees.put(tree)
-
-    def verdict(fault: Fault) -> Verdict:
-        tree = trees.get()
-        try:
-            return judged(fault, tree)
-        finally:
-            trees.put(tree)
-
-    with ThreadPoolExecutor(jobs) as pool:
-        try:
-            yield from pool.map(verdict, faults)
-        finally:
-            pool.shutdown(cancel_futures=True)
-
-
-def judged(fault: Fault, tree: Tree) -> Verdict:
-    """Tries the tests that are likely to notice, then, where they don't, the whole suite."""
-    for tests in filter(None, (fault.tests, EVERYTHING)):
-        tree.require_sound(tests)
-        with tree.with_fault(fault):
-            try:
-                tree.build()
-            except RuntimeError as error:
-                return Verdict(fault, "ERROR", f"doesn't build: {error}")
-            if noticed := tree.noticed_by(tests):
-                return Verdict(fault, "found", noticed)
-    return Verdict(fault, "SURVIVED")
-
-
-def report(faults: Sequence[Fault], verdicts: Iterator[Verdict]) -> int:
-    found = 0
-    for verdict in verdicts:
-        print(verdict, flush=True)
-        found += verdict.kind == "found"
-    print(f"planted faults: {found} of {len(faults)} found")
-    return 0 if found == len(faults) else 1
+        run.on([Tree(Path(folder) / str(job), options.tests) for job in range(options.jobs)])
+    noticed, argued, survived = (run.counts[kind] for kind in ("noticed", "argued", "SURVIVED"))
+    print(
+        f"planted faults, seed {options.seed}: {noticed} of {noticed + survived} noticed; "
+        f"{argued} argued to change nothing"
+    )
+    return 1 if survived or not noticed else 0
 
 
 if __name__ == "__main__":

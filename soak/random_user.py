@@ -26,7 +26,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.harness.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 SILENCE_SECONDS = 60.0  # from one event to the next, on a busy machine
 SCREEN = (1024, 800)

@@ -2,9 +2,8 @@
 UndefinedBehaviorSanitizer and LeakSanitizer, without any suppression.
 
 Every report of a Python process counts. Of the leaks those count whose allocation has a frame of
-the module in its stack: what the interpreter, Tk and the fonts leave behind is told as a number,
-beside what they leave behind in a process that never loads the module. Leaks are looked for at the
-end of each Python process, while its interpreter is whole (see harness/leak_check.c); in the few
+the module in its stack: what the interpreter, Tk and the fonts leave behind is told as a number.
+Leaks are looked for at the end of each Python process, while its interpreter is whole (see common/usercustomize.py); in the few
 that ignore the environment they can't be, as Python's own allocator hides them there.
 
     soak/sanitizers.py [tests/test_pointer.py ...] [--with-random-user 1000000]
@@ -15,25 +14,24 @@ from __future__ import annotations
 import argparse
 import os
 import re
+import shutil
 import subprocess
 import sys
-import sysconfig
 import tempfile
 from collections.abc import Iterator
 from contextlib import contextmanager
 from pathlib import Path
 from typing import NamedTuple
 
-sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+sys.path[:0] = [str(root := Path(__file__).resolve().parent.parent), str(root / "tests")]
 
 from harness.places import ROOT  # noqa: E402
-from soak.harness import executed  # noqa: E402
-from soak.harness.planted_build import PLANTS, plant  # noqa: E402
-from soak.harness.suite import quietly, run_tests  # noqa: E402
+from soak.common.planted_build import PLANTS, plant  # noqa: E402
+from soak.common.suite import quietly, run_tests  # noqa: E402
+from support.interpreters import VERSIONS  # noqa: E402
 
 BUILD = ROOT / "build" / "sanitize"
-COUNTING_BUILD = ROOT / "build" / "sanitize-coverage"
-SHIM = ROOT / "build" / "soak" / "leak_check.so"
+AT_EXIT = ROOT / "soak" / "common" / "usercustomize.py"
 MODULE = "sketcher.abi3.so"
 # Other tools that can run: the command and its option for a size.
 TOOLS = {
@@ -51,20 +49,6 @@ NOT_HERE = [
 ]
 # Enough to see who asked the interpreter for an object, and no more: frames cost time.
 FRAMES = 8
-WITHOUT_MODULE = """
-import os, tkinter.ttk, numpy
-from harness.display import x_server
-with x_server() as name:
-    os.environ["DISPLAY"] = name
-    root = tkinter.Tk()
-    top = tkinter.Toplevel(root)
-    tkinter.ttk.Treeview(top).pack()
-    canvas = tkinter.Canvas(top)
-    canvas.pack()
-    canvas.create_text(50, 50, text="x")
-    root.update()
-    root.destroy()
-"""
 
 
 class Reports(NamedTuple):
@@ -81,13 +65,13 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("tests", nargs="*", default=["tests"], help="all unless told otherwise")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, help="of the test suite")
     parser.add_argument("--plant", choices=sorted(PLANTS), help="build this fault in, to see it")
-    parser.add_argument("--coverage", action="store_true", help="show what of the C++ runs, too")
     for name in TOOLS:
         parser.add_argument(f"--with-{name.replace(' ', '-')}", type=int, metavar="N", default=0)
     options = parser.parse_args(arguments)
-    build = COUNTING_BUILD if options.coverage else BUILD
-    make(build)
-    make_shim()
+    build = BUILD
+    if not (build / "build.ninja").exists():
+        quietly("cmake", "--preset", build.name)
+    quietly("cmake", "--build", "--preset", build.name)
     with tempfile.TemporaryDirectory(prefix="sanitizers-") as name:
         folder = Path(name)
         if options.plant:
@@ -110,33 +94,12 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
     reports = read(logs, build)
     for text in (*reports.faults, *reports.leaks):
         print(text, end="\n\n")
-    print(f"{reports.processes} processes looked for leaks. Allocations that others leaked:")
-    print(f"  {reports.others} in all of them, {without_module(folder)} without the module")
-    if options.coverage:
-        # Not judged: the sanitizers' own branches are counted with the others.
-        print(executed.of_module(build).figure)
+    print(f"{reports.processes} processes looked for leaks; others leaked {reports.others} objects")
     if not passed:
         print("Something failed, see above.")
     found = len(reports.faults) + len(reports.leaks)
     print(f"sanitizers: {', '.join(done)}: {found} reports")
     return 0 if passed and tests and not found else 1
-
-
-def make(build: Path) -> None:
-    if build == COUNTING_BUILD:
-        executed.build(build)
-        return
-    if not (build / "build.ninja").exists():
-        quietly("cmake", "--preset", build.name)
-    quietly("cmake", "--build", "--preset", build.name)
-
-
-def make_shim() -> None:
-    SHIM.parent.mkdir(parents=True, exist_ok=True)
-    source = ROOT / "soak" / "harness" / "leak_check.c"
-    command = ["cc", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra", "-Wl,-z,lazy"]
-    command += [f"-I{sysconfig.get_path('include')}", str(source), "-o", str(SHIM)]
-    quietly(*command)
 
 
 @contextmanager
@@ -145,8 +108,12 @@ def sanitized(build: Path, logs: Path) -> Iterator[None]:
     before = dict(os.environ)
     files = [
         subprocess.check_output(["g++", f"-print-file-name={name}"], text=True).strip()
-        for name in ("libasan.so", "libstdc++.so.6")
+        for name in ("libasan.so", "libubsan.so", "libstdc++.so.6")
     ]
+    for version in VERSIONS:
+        folder = logs / "user" / "lib" / f"python{version}" / "site-packages"
+        folder.mkdir(parents=True)
+        shutil.copy(AT_EXIT, folder)
     address = f"log_path={logs}/report:log_exe_name=1:detect_leaks=1:leak_check_at_exit=0"
     # The interpreter keeps no frame pointers. Finding names for thousands of leaks of others would
     # take minutes; see `named`.
@@ -160,7 +127,8 @@ def sanitized(build: Path, logs: Path) -> Iterator[None]:
             "ASAN_OPTIONS": address,
             "UBSAN_OPTIONS": "print_stacktrace=1",
             "UNDEFINED_BEHAVIOR_REPORT": f"{logs}/report.python.undefined",
-            "LD_PRELOAD": " ".join([*files, str(SHIM)]),
+            "PYTHONUSERBASE": f"{logs}/user",
+            "LD_PRELOAD": " ".join(files),
         }
     )
     try:
@@ -180,15 +148,6 @@ def run_suite(tests: list[str], jobs: int, build: Path) -> tuple[bool, int]:
     if status:
         print(said)
     return status == 0, int(counted[1]) if counted else 0
-
-
-def without_module(folder: Path) -> int:
-    """Allocations that leak in a process with a window that never loads the module."""
-    logs = folder / "without"
-    logs.mkdir()
-    with sanitized(BUILD, logs):
-        subprocess.run([sys.executable, "-c", WITHOUT_MODULE], cwd=ROOT, check=True)
-    return read(logs, BUILD).others
 
 
 def read(logs: Path, build: Path) -> Reports:

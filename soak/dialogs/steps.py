@@ -11,7 +11,7 @@ from collections.abc import Callable
 from typing import Any, NamedTuple
 
 from support import neighbours
-from support.operations import DRAG_TOOLS, OPERATIONS, run_all, sound
+from support.operations import OPERATIONS, TOOLS, run_all, sound
 from support.plain import Event
 
 MODULE = "tandrel.gui.sketcher"
@@ -81,11 +81,15 @@ def open_dialog(window: Window, sketch: Any = None) -> Any:
 
 
 def make_dialog() -> Window:
+    """In the middle of everything, with the size of a rectangle typed."""
     root = make_root().root
     editor = open_dialog(Window(root, None))
     editor.update()
     editor.select(0)
     editor.update()
+    for name in "clicks", "drag", "refs":
+        setattr(editor, name, getattr(sound(), name))
+    editor.vars["w"].set("12")
     return Window(root, editor)
 
 
@@ -115,7 +119,7 @@ def dialog_works(window: Window) -> None:
     root.destroy()
 
 
-def on_canvas(tool: str, act: Callable[[Any], None]) -> Callable[[Window], None]:
+def on_canvas(act: Callable[[Any], None], tool: str = "select") -> Step:
     """The user's hand with a tool on an open dialog."""
 
     def run(window: Window) -> None:
@@ -124,13 +128,7 @@ def on_canvas(tool: str, act: Callable[[Any], None]) -> Callable[[Window], None]
         window.editor.tool.set(tool)
         act(Send(window.editor))
 
-    return run
-
-
-def clicks(hand: Any) -> None:
-    for pixel in ((100, 300), (200, 300), (150, 360), (100, 300)):
-        hand.motion(*pixel)
-        hand.click(*pixel)
+    return Step(make_dialog, run, dialog_works)
 
 
 def keys(window: Window) -> None:
@@ -143,20 +141,10 @@ def choose_row(window: Window) -> None:
     window.editor.update()
 
 
-def apply_number(window: Window) -> None:
-    window.editor.vars["w"].set("12")
-    window.editor.apply_props()
-
-
 def apply_corners(window: Window) -> None:
     window.editor.select(4)
     window.editor.points_text.insert("end", "\n1, 2")
     window.editor.apply_props()
-
-
-def choose_plane(window: Window) -> None:
-    window.editor.plane.set("YZ")
-    window.editor._plane_changed()
 
 
 def show(window: Window) -> Any:
@@ -174,33 +162,28 @@ def show(window: Window) -> Any:
         window.root.after_cancel(end)
 
 
-def dialog_step(act: Callable[[Window], Any]) -> Step:
-    return Step(make_dialog, act, dialog_works)
+def operation(act: Callable[[Any], Any]) -> Step:
+    """An operation of the editor, on an open dialog."""
+    return Step(make_dialog, lambda window: act(window.editor), dialog_works)
 
 
 REAL = {
     "construction": Step(make_root, open_dialog, dialog_works),
-    "repaint": dialog_step(lambda w: w.editor.redraw()),
+    **{f"{name} in a window": operation(act) for name, act in OPERATIONS.items()},
     **{
-        f"drawing with {tool}": dialog_step(
-            on_canvas(tool, lambda hand: hand.stroke((100, 100), (140, 120)))
-        )
-        for tool in (*DRAG_TOOLS, "select")
+        f"stroke with {tool}": on_canvas(lambda hand: hand.stroke((100, 100), (140, 120)), tool)
+        for tool in TOOLS
     },
-    **{f"clicks with {tool}": dialog_step(on_canvas(tool, clicks)) for tool in ("line", "slot")},
-    "wheel": dialog_step(on_canvas("select", lambda hand: hand.wheel(50, 60, 120))),
-    "pan by mouse": dialog_step(
-        on_canvas("select", lambda hand: hand.stroke((50, 60), (70, 90), button=3))
-    ),
-    "keys": dialog_step(keys),
-    "row": dialog_step(choose_row),
-    "form": dialog_step(lambda w: w.editor.show_props()),
-    "apply": dialog_step(apply_number),
-    "apply corners": dialog_step(apply_corners),
-    "plane": dialog_step(choose_plane),
-    "OK": dialog_step(lambda w: w.editor.ok()),
-    "Cancel": dialog_step(lambda w: w.editor.destroy()),
-    "run": dialog_step(show),
+    "wheel": on_canvas(lambda hand: hand.wheel(50, 60, 120)),
+    "pan by mouse": on_canvas(lambda hand: hand.stroke((50, 60), (70, 90), button=3)),
+    "keys": Step(make_dialog, keys, dialog_works),
+    "row": Step(make_dialog, choose_row, dialog_works),
+    "form": operation(lambda editor: editor.show_props()),
+    "apply": operation(lambda editor: editor.apply_props()),
+    "apply corners": Step(make_dialog, apply_corners, dialog_works),
+    "plane": operation(lambda editor: editor._plane_changed()),
+    "Cancel": operation(lambda editor: editor.destroy()),
+    "run": Step(make_dialog, show, dialog_works),
 }
 
 

@@ -150,12 +150,7 @@ class Dialog:
             return None
         return shadow
 
-    def _act(
-        self,
-        shadow: Shadow,
-        script: Script,
-        faults: list[BaseException],
-    ) -> None:
+    def _act(self, shadow: Shadow, script: Script, faults: list[BaseException]) -> None:
         """Use the dialog from within its modal loop, which can't pass errors on."""
         try:
             self._use(shadow, script)

@@ -1,63 +1,10 @@
-"""The coverage tool tells what isn't reached, and isn't told what can't be."""
+"""The coverage tool tells what isn't reached, and nothing of what only an exception's way is."""
 
 import shutil
 import subprocess
-import tomllib
 
 import pytest
-from harness.places import ROOT
-from soak.harness import executed
-from soak.harness.executed import Line, counted, judged
-
-REACHED = Line("a.cpp", 1, "if (a) b();", 7, [3, 4])
-ONE_WAY = Line("a.cpp", 2, "if (c) d();", 7, [0, 7])
-DEAD = Line("a.cpp", 3, "e();", 0, [])
-
-
-def argued(line, missed):
-    return {"file": line.file, "line": line.text, "missed": missed, "reason": "none"}
-
-
-class TestJudgement:
-    def test_all_is_well_where_everything_is_reached(self):
-        faults, figure = judged([REACHED], [])
-        assert faults == []
-        assert figure == (
-            "coverage: 100.0 % of 1 lines, 100.0 % of 2 reachable branches "
-            "(0 unreachable, each argued)"
-        )
-
-    def test_a_branch_and_a_line_that_nobody_reaches_are_faults(self):
-        faults, figure = judged([REACHED, ONE_WAY, DEAD], [])
-        assert faults == [
-            "a.cpp:2: 1 branches not taken: if (c) d();",
-            "a.cpp:3: never executed: e();",
-        ]
-        assert "66.6 % of 3 lines, 75.0 % of 4 reachable branches (0 un" in figure
-
-    def test_what_is_argued_is_left_out_of_the_figure(self):
-        faults, figure = judged([REACHED, ONE_WAY, DEAD], [argued(ONE_WAY, 1), argued(DEAD, 1)])
-        assert faults == []
-        assert "100.0 % of 2 lines, 100.0 % of 3 reachable branches (2 unreachable" in figure
-
-    @pytest.mark.parametrize("line, missed", [(REACHED, 1), (ONE_WAY, 2), (DEAD, 2)])
-    def test_an_entry_that_is_reached_after_all_is_a_fault(self, line, missed):
-        faults, _ = judged([line], [argued(line, missed)])
-        assert len(faults) == 1 and f"{missed} argued and {line.missed} missed" in faults[0]
-
-    def test_an_entry_speaks_of_one_file(self):
-        faults, _ = judged([ONE_WAY, ONE_WAY._replace(file="b.cpp")], [argued(ONE_WAY, 1)])
-        assert faults == ["b.cpp:2: 1 branches not taken: if (c) d();"]
-
-    def test_an_entry_whose_line_is_gone_is_a_fault(self):
-        faults, _ = judged([REACHED], [argued(DEAD, 1)])
-        assert faults == ["unreachable.toml: no line of a.cpp reads e();"]
-
-    def test_nearly_all_is_not_all(self):
-        lines = [REACHED._replace(number=number) for number in range(9999)]
-        _, figure = judged([*lines, DEAD], [])
-        assert "99.9 % of 10,000 lines" in figure
-
+from soak import coverage
 
 PROGRAM = """
 #include <string>
@@ -77,27 +24,55 @@ int main(int argc, char**) {
 """
 
 
-@pytest.mark.skipif(not shutil.which("gcovr"), reason="coverage is counted by gcovr")
-def test_branches_that_only_an_exception_takes_do_not_count(tmp_path):
-    """Those of clean-up code have no mark of their own in what gcov writes."""
-    source = tmp_path / "program.cpp"
-    source.write_text(PROGRAM)
-    compiler = ["g++", "--coverage", *executed.FLAGS.split(), "-o", "program", source.name]
-    subprocess.run(compiler, cwd=tmp_path, check=True)
-    subprocess.run(["./program"], cwd=tmp_path, check=True)
-    missed = {
-        line.text: line.missed for line in counted(tmp_path, tmp_path, "program") if line.missed
-    }
-    assert missed == {
-        "if (argc > 1) {": 1,
-        "sum += 4;": 1,
-        "return sum == 3 && argc == 1 ? 0 : 1;": 2,
-    }
+@pytest.fixture
+def counted(tmp_path):
+    """What is counted of a program that was run once."""
+    needed = [name for name in ("clang++", "llvm-cov", "llvm-profdata") if not shutil.which(name)]
+    if needed:
+        pytest.skip(f"needs {needed}")
+    (tmp_path / "program.cpp").write_text(PROGRAM)
+    flags = ["-fprofile-instr-generate", "-fcoverage-mapping"]
+    subprocess.run(["clang++", *flags, "program.cpp", "-o", "program"], cwd=tmp_path, check=True)
+    environment = {"LLVM_PROFILE_FILE": str(tmp_path / "1.profraw")}
+    subprocess.run([tmp_path / "program"], env=environment, check=True)
+    return coverage.counts_of(tmp_path / "program", tmp_path)
 
 
-def test_every_entry_has_its_line_and_a_reason():
-    entries = tomllib.loads(executed.UNREACHABLE.read_text())["unreachable"]
-    for entry in entries:
-        lines = (ROOT / entry["file"]).read_text().splitlines()
-        assert entry["line"] in map(str.strip, lines)
-        assert len(entry["reason"]) > 40
+def test_what_is_not_reached_is_told(counted):
+    (file,) = counted["files"]
+    places = [line.partition("program.cpp:")[2] for line in coverage.missed_in(file)]
+    assert sorted(places) == [
+        "11:17: never executed",
+        "11:7: never true",
+        "14:10: never false",
+        "14:22: never false",
+        "14:38: never executed",
+    ]
+    assert counted["totals"]["branches"]["covered"] == counted["totals"]["branches"]["count"] - 3
+
+
+def test_the_suite_has_to_pass(monkeypatch):
+    monkeypatch.setattr(coverage, "count", lambda tests, jobs: 1)
+    with pytest.raises(SystemExit, match="has to pass first"):
+        coverage.main([])
+
+
+@pytest.mark.parametrize("reached, status", [(True, 0), (False, 1)])
+def test_the_figure_is_judged(monkeypatch, capsys, reached, status):
+    totals = {
+        kind: {"count": 1000, "covered": 1000 - (not reached)} for kind in ("lines", "branches")
+    }
+    file = {
+        "filename": "a.cpp",
+        "segments": [],
+        "branches": [[3, 5, 3, 9, 7, int(reached), 0, 0, 4]],
+    }
+    monkeypatch.setattr(coverage, "count", lambda tests, jobs: 0)
+    monkeypatch.setattr(coverage, "counts_of", lambda *_: {"files": [file], "totals": totals})
+    assert coverage.main([]) == status
+    told = capsys.readouterr().out.strip().splitlines()
+    of = "1,000 of 1,000" if reached else "999 of 1,000"
+    assert told[-1] == f"coverage: {of} lines, {of} branches"
+    assert [line.partition("a.cpp")[2] for line in told[:-1]] == (
+        [] if reached else [":3:5: never false"]
+    )

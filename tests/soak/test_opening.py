@@ -5,7 +5,7 @@ from pathlib import Path
 
 import pytest
 from soak import opening
-from soak.harness.growth import MEASURES
+from soak.common.growth import MEASURES
 
 ROOT = Path(__file__).resolve().parents[2]
 NOTHING = ", ".join(f"{measure} +0" for measure in MEASURES)
@@ -16,7 +16,6 @@ def test_nothing_is_left_of_any_way(capsys):
     told = capsys.readouterr().out
     assert told.splitlines()[-1] == f"open and close: 200 cycles in 37 ways: {NOTHING}"
     assert status == 0
-    assert "plain dialog: OK" in told
 
 
 PLANTED = """

@@ -23,15 +23,6 @@ def test_nothing_is_reported_of_the_module(capsys):
     assert "1 processes looked for leaks" in printed
 
 
-def test_what_the_tests_executed_is_shown_on_demand(capsys):
-    status, printed, tests, reports = report(capsys, "--coverage")
-    assert (status, reports) == (0, 0), printed
-    shown = re.search(r"^coverage: (\d+\.\d) % of ([\d,]+) lines, ", printed, re.M)
-    # One file of the tests runs a part of the code only, and all of it is counted.
-    assert 5 < float(shown[1]) < 90
-    assert int(shown[2].replace(",", "")) > 1500
-
-
 @pytest.mark.parametrize(
     "fault, said",
     {

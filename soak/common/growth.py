@@ -16,15 +16,7 @@ from collections import Counter
 from collections.abc import Mapping
 from typing import NamedTuple
 
-MEASURES = (
-    "commands",
-    "variables",
-    "windows",
-    "objects",
-    "references",
-    "blocks",
-    "descriptors",
-)
+MEASURES = ("commands", "variables", "windows", "objects", "references", "blocks", "descriptors")
 
 # Every namespace of the interpreter, each before those in it.
 _NAMESPACES = """

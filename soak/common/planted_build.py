@@ -9,7 +9,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 from harness.places import ROOT
-from soak.harness.suite import quietly
+from soak.common.suite import quietly
 
 _FILE = "tandrel/gui/sketcher.abi3.so"
 _SOURCES = ROOT / "tandrel" / "gui" / "sketcher"
@@ -41,9 +41,7 @@ PLANTS = {
         _NUMBER + "volatile char* copy = new char[3]; copy[3] = 0; delete[] copy;",
     ),
     "signed overflow": Plant(
-        "python/object.cpp",
-        _NUMBER,
-        _NUMBER + "volatile int most = 2147483647; most = most + 1;",
+        "python/object.cpp", _NUMBER, _NUMBER + "volatile int most = 2147483647; most = most + 1;"
     ),
     "value never set": Plant(
         "python/object.cpp",
