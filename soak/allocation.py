@@ -4,7 +4,7 @@ code can handle, and the next dialog works in the same process.
 Steps are the import, every operation on an editor without window, and, in real windows, the
 construction, repaints, each handler, OK and Cancel. Each point is a process of its own, forked
 before the module is loaded, and counts the allocations that the module asks for itself, of the
-interpreter or of C++ (see harness/failing_allocator.cpp): not those of the Python code, numpy and
+interpreter or of C++ (see common/failing_allocator.cpp): not those of the Python code, numpy and
 Tk that it calls. At every point memory is tried to fail once, and to stay away until the step has
 ended.
 
@@ -25,7 +25,6 @@ import sysconfig
 import tempfile
 import traceback
 from collections import Counter
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import Any, NamedTuple, NoReturn
 
@@ -38,7 +37,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 sys.path[:0] = SEARCH_PATH
 
 from soak.common.suite import quietly  # noqa: E402
-from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Progress, Telling, watch_all  # noqa: E402
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
@@ -78,7 +77,7 @@ def build_shim() -> None:
     SHIM.parent.mkdir(parents=True, exist_ok=True)
     command = ["c++", "-std=c++20", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra"]
     command += ["-Wl,-z,lazy", f"-I{sysconfig.get_path('include')}"]
-    quietly(*command, str(ROOT / "soak" / "harness" / "failing_allocator.cpp"), "-o", str(SHIM))
+    quietly(*command, str(ROOT / "soak" / "common" / "failing_allocator.cpp"), "-o", str(SHIM))
 
 
 def report(options: argparse.Namespace) -> int:
@@ -86,36 +85,26 @@ def report(options: argparse.Namespace) -> int:
     words = ["--points", str(options.points)] if options.points else []
     words += ["--only", options.only] if options.only else []
     words += ["--jobs", str(options.jobs)]
-    with x_server(1280, 1024) as display, ThreadPoolExecutor(options.jobs) as pool:
+    outcomes: Counter[str] = Counter()
+    progress = Progress()
+
+    def heard(kind: str, value: str) -> None:
+        if kind == "result":
+            outcomes[value] += 1
+        else:
+            progress.tell(value)
+
+    with x_server(1280, 1024) as display:
         os.environ["DISPLAY"] = display
         commands = [[*COMMAND, *words, "--part", str(part)] for part in range(options.jobs)]
-        parts = list(pool.map(run_part, commands))
-    findings = [finding for _, found in parts for finding in found]
-    outcomes = sum((outcomes for outcomes, _ in parts), Counter[str]())
+        findings = watch_all(commands, SILENCE, heard)
     for finding in findings:
-        print(f"{finding.step}: {finding.what}\n  replay: {replay(finding.step)}")
+        replay = f"soak/allocation.py --only {str(finding.step)!r}"
+        print(f"{finding.step}: {finding.what}\n  replay: {replay}")
     print("ended with:", ", ".join(f"{name} {n:,}" for name, n in outcomes.most_common()))
     points = sum(outcomes.values())
     print(f"allocation failure: {points:,} points: {len(findings)} faults")
     return 0 if points and not findings else 1
-
-
-def run_part(command: list[str]) -> tuple[Counter[str], list[Finding]]:
-    progress = Progress()
-    outcomes: Counter[str] = Counter()
-    findings: list[Finding] = []
-    for kind, value in watch(command, SILENCE):
-        if kind == "begin":
-            progress.tell(value)
-        elif kind == "result":
-            outcomes[value] += 1
-        else:
-            findings.append(value)
-    return outcomes, findings
-
-
-def replay(point: Any) -> str:
-    return f"soak/allocation.py --only {str(point)!r}"
 
 
 # -- the child ---------------------------------------------------------------------------------

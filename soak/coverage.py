@@ -12,6 +12,7 @@ import os
 import shutil
 import subprocess
 import sys
+from collections import Counter
 from collections.abc import Iterator
 from pathlib import Path
 from typing import Any
@@ -65,9 +66,12 @@ def missed_in(file: Any) -> Iterator[str]:
     for line, column, times, counted, begins, *_ in file["segments"]:
         if counted and begins and not times:
             yield f"{name}:{line}:{column}: never executed"
-    for line, column, _, _, true, false, *_ in file["branches"]:
-        if not true or not false:
-            yield f"{name}:{line}:{column}: never {'false' if true else 'true'}"
+    taken: Counter[tuple[int, int, str]] = Counter()
+    for line, column, _, _, true, false, *_ in file["branches"]:  # a row for each of a template
+        taken.update({(line, column, "true"): true, (line, column, "false"): false})
+    for (line, column, way), times in taken.items():
+        if not times:
+            yield f"{name}:{line}:{column}: never {way}"
 
 
 if __name__ == "__main__":

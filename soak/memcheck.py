@@ -10,10 +10,10 @@ from __future__ import annotations
 
 import argparse
 import os
+import re
 import subprocess
 import sys
 import tempfile
-import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 from typing import NamedTuple
 
@@ -24,8 +24,8 @@ from harness.display import x_server  # noqa: E402
 from harness.places import BUILD, HOST  # noqa: E402
 from soak.common.planted_build import PLANTS, plant  # noqa: E402
 
-MODULE = "sketcher.abi3.so"
-VALGRIND = ["valgrind", "--tool=memcheck", "--xml=yes", "--num-callers=40", "--trace-children=yes"]
+OURS = re.compile(r"sketcher\.abi3\.so|\btandrel::")  # in a frame
+VALGRIND = ["valgrind", "--tool=memcheck", "--num-callers=40", "--trace-children=yes"]
 # Nor is what a skipped program starts looked at.
 VALGRIND += ["--trace-children-skip=*/Xvfb", "--error-limit=no"]
 
@@ -82,7 +82,7 @@ def report(commands: dict[str, list[str]], environment: dict[str, str], folder: 
     for name, command in commands.items():
         logs = folder / name.replace(" ", "-")
         logs.mkdir()
-        valgrind = [*VALGRIND, f"--xml-file={logs}/%p.xml", sys.executable]
+        valgrind = [*VALGRIND, f"--log-file={logs}/%p.log", sys.executable]
         done = subprocess.run(
             [*valgrind, *command], env=environment, capture_output=True, text=True, cwd=ROOT
         )
@@ -101,35 +101,14 @@ def report(commands: dict[str, list[str]], environment: dict[str, str], folder: 
 
 def read(logs: Path) -> Errors:
     """The errors that valgrind wrote down, and how many there are without a frame of the module."""
-    ours, others = [], 0
-    for log in logs.glob("*.xml"):
-        for error in errors_in(log):
-            if error.findtext("kind", "").startswith("Leak_"):
-                continue
-            if any(MODULE in frame.findtext("obj", "") for frame in error.iter("frame")):
-                ours.append(told(error))
-            else:
-                others += 1
-    return Errors(ours, others)
-
-
-def errors_in(log: Path) -> list[ElementTree.Element]:
-    """The errors in a log, also in one that broke off because its process was killed."""
-    parser = ElementTree.XMLPullParser(["end"])
-    try:
-        parser.feed(log.read_text(errors="replace"))
-    except ElementTree.ParseError:
-        pass
-    return [element for _, element in parser.read_events() if element.tag == "error"]
-
-
-def told(error: ElementTree.Element) -> str:
-    lines = [error.findtext("what") or error.findtext("xwhat/text") or "?"]
-    for frame in error.iter("frame"):
-        place = frame.findtext("fn") or frame.findtext("obj") or frame.findtext("ip")
-        file, line = frame.findtext("file"), frame.findtext("line")
-        lines.append(f"    {place}" + (f" ({file}:{line})" if file else ""))
-    return "\n".join(lines)
+    errors = [
+        re.sub(r"^==\d+== ?", "", block, flags=re.M)
+        for log in sorted(logs.iterdir())
+        for block in re.split(r"^==\d+== *\n", log.read_text(errors="replace"), flags=re.M)
+        if re.search(r"^==\d+==    at 0x", block, re.M)
+    ]
+    ours = [error for error in errors if OURS.search(error)]
+    return Errors(ours, len(errors) - len(ours))
 
 
 if __name__ == "__main__":

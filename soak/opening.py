@@ -26,7 +26,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 sys.path[:0] = SEARCH_PATH
 
 from soak.common import growth  # noqa: E402
-from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
@@ -160,15 +160,15 @@ def report(command: list[str], environment: Mapping[str, str]) -> int:
     print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}   memory, kB")
     progress = Progress()
     rows: list[dict[str, Any]] = []
-    findings: list[Finding] = []
-    for kind, value in watch(command, SILENCE, environment):
+
+    def heard(kind: str, value: Any) -> None:
         if kind == "begin":
             progress.tell(f"{value[0]}, cycle {value[1]}")
-        elif kind == "result":
+        else:
             rows.append(value)
             print(row_text(value), flush=True)
-        else:
-            findings.append(value)
+
+    findings = watch_all([command], SILENCE, heard, environment)
     for finding in findings:
         way, cycle = finding.step or ("start", 0)
         print(f"{way}, cycle {cycle}: {finding.what}\n  replay: {replay(way, cycle)}")

@@ -11,9 +11,7 @@ import argparse
 import faulthandler
 import importlib
 import os
-import queue
 import sys
-import threading
 from collections.abc import Callable
 from pathlib import Path
 from typing import Any, NamedTuple
@@ -26,7 +24,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
 
 SILENCE_SECONDS = 60.0  # from one event to the next, on a busy machine
 SCREEN = (1024, 800)
@@ -121,7 +119,7 @@ def use(
             one.play(root, cls, plan.events - done)
         except Exception as error:
             faults += 1
-            found([dialog, one.steps], session.told(error) + session.shortest_way(root, cls, one))
+            found([dialog, one.steps], session.told(error))
         done += one.steps
         dialog += plan.stride
     root.destroy()
@@ -133,28 +131,15 @@ def use(
 
 def run(plan: Plan, jobs: int = 1, silence: float = SILENCE_SECONDS) -> tuple[int, list[Finding]]:
     """Do a plan in watched processes side by side; how many events were done, what went wrong."""
-    told: queue.Queue[tuple[str, Any] | None] = queue.Queue(maxsize=1000)
-
-    def listen(share: Plan) -> None:
-        try:
-            for message in watch(command(share), silence):
-                told.put(message)
-        finally:
-            told.put(None)
-
-    for share in plan.shares(jobs):
-        threading.Thread(target=listen, args=[share], daemon=True).start()
-    begun, working, faults = 0, jobs, []
+    begun = 0
     progress = Progress()
-    while working:
-        message = told.get()
-        if message is None:
-            working -= 1
-        elif message[0] == "found":
-            faults.append(message[1])
-        elif message[0] == "begin":
-            begun += message[1][1] > 0
-            progress.tell(f"random user: {begun:,} of {plan.events:,} events")
+
+    def heard(_kind: str, value: Any) -> None:
+        nonlocal begun
+        begun += isinstance(value, list) and value[1] > 0
+        progress.tell(f"random user: {begun:,} of {plan.events:,} events")
+
+    faults = watch_all([command(share) for share in plan.shares(jobs)], silence, heard)
     return begun, faults
 
 

@@ -3,8 +3,9 @@ UndefinedBehaviorSanitizer and LeakSanitizer, without any suppression.
 
 Every report of a Python process counts. Of the leaks those count whose allocation has a frame of
 the module in its stack: what the interpreter, Tk and the fonts leave behind is told as a number.
-Leaks are looked for at the end of each Python process, while its interpreter is whole (see common/usercustomize.py); in the few
-that ignore the environment they can't be, as Python's own allocator hides them there.
+Leaks are looked for at the end of each Python process, while its interpreter is whole (see
+common/usercustomize.py); not in the few that ignore the environment, as Python's own allocator
+hides them there.
 
     soak/sanitizers.py [tests/test_pointer.py ...] [--with-random-user 1000000]
 """

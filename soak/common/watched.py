@@ -20,8 +20,10 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
-from collections.abc import Iterator, Mapping, Sequence
+from collections.abc import Callable, Iterator, Mapping, Sequence
+from concurrent.futures import ThreadPoolExecutor
 from typing import IO, Any, NamedTuple
 
 STACK_LINES = 30
@@ -106,6 +108,26 @@ def watch(
         if hangs or status != 0:
             how = f"hang: silent for {silence:g} s" if hangs else _ending(status)
             yield "found", Finding(step, f"{how}\n{_tail(errors)}".rstrip(), fatal=True)
+
+
+def watch_all(
+    commands: Sequence[Sequence[str]],
+    silence: float,
+    heard: Callable[[str, Any], None],
+    environment: Mapping[str, str] | None = None,
+) -> list[Finding]:
+    """Run children side by side; what they found. Whatever else they tell is heard as it comes."""
+    findings: list[Finding] = []
+    lock = threading.Lock()
+
+    def listen(command: Sequence[str]) -> None:
+        for kind, value in watch(command, silence, environment):
+            with lock:
+                findings.append(value) if kind == "found" else heard(kind, value)
+
+    with ThreadPoolExecutor(len(commands)) as pool:
+        list(pool.map(listen, commands))
+    return findings
 
 
 def _lines(stream: IO[bytes], silence: float) -> Iterator[bytes | None]:

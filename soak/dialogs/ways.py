@@ -8,8 +8,8 @@ from __future__ import annotations
 
 import re
 import tkinter as tk
-from collections.abc import Callable, Iterator
-from contextlib import ExitStack, contextmanager
+from collections.abc import Callable
+from contextlib import ExitStack
 from dataclasses import dataclass, field
 from typing import Any
 from unittest.mock import patch
@@ -18,10 +18,13 @@ import numpy as np
 from support.desk import button, tool_button
 from support.events import Send
 from support.neighbours import one_of_each, polygon
-from support.walkthrough import draw
-from tandrel.gui import sketcher, widgets
+from tandrel.gui import i18n, sketcher, widgets
+
+from soak.user.session import Session
 
 TOOLS = [key for key, _ in sketcher.TOOLS]
+RANDOM_USES = 10
+MOST_EVENTS = 100  # of one
 
 
 class Failure(Exception):
@@ -286,31 +289,6 @@ def overridden_build_fails(stage: Stage) -> None:
 # -- uses --------------------------------------------------------------------------------------
 
 
-def every_tool(editor: Any) -> None:
-    """Draw a shape with every tool, pan, zoom and move."""
-    for _ in draw(editor, Send(editor)):
-        pass
-
-
-def every_size(editor: Any) -> None:
-    """Show every shape's form; apply a size, and one that is refused."""
-    for index, entity in enumerate(editor.sk["entities"]):
-        editor.list.selection_set(str(index))
-        editor.update()
-        name = "radius" if entity["type"] == "polygon" else sketcher.FIELDS[entity["type"]][0][0]
-        for text in "0", "x":
-            editor.vars[name].set(text)
-            button(editor, "Apply").invoke()
-    editor.points_text.insert("end", "\n1, 2, 3")
-    button(editor, "Apply").invoke()
-
-
-def every_row(editor: Any) -> None:
-    for row in editor.list.get_children():
-        editor.list.selection_set(row)
-        editor.update()
-
-
 def every_tip(editor: Any) -> None:
     """Let the pointer rest on each tool; the last tip is up when the dialog goes."""
     with patch.object(widgets.Tooltip, "DELAY_MS", 0):
@@ -324,41 +302,24 @@ def every_tip(editor: Any) -> None:
                 choice.event_generate("<Leave>")
 
 
-def every_choice(editor: Any) -> None:
-    for tool in TOOLS:
-        tool_button(editor, tool).invoke()
-        editor.update()
-    for plane in sketcher.S.PLANES:
-        editor.plane.set(plane)
-        editor._plane_changed()
-        editor.redraw()
-    editor.grid.set("nonsense")
-    editor.redraw()
-    editor.snap.set(False)
-    Send(editor).motion(50, 60)
+def random_use(seed: int) -> Callable[[Stage], None]:
+    """A dialog of the random user, the same one each time."""
 
+    def way(stage: Stage) -> None:
+        report, units, language = (
+            stage.root.report_callback_exception,
+            widgets.units(),
+            i18n.language(),
+        )
+        try:
+            session = Session(f"opening {seed}", lambda event: None)
+            session.play(stage.root, sketcher.SketchEditor, MOST_EVENTS)
+        finally:
+            stage.root.report_callback_exception = report  # type: ignore[method-assign]
+            widgets.set_units(units.name)
+            i18n.set_language(language)
 
-@contextmanager
-def units_restored() -> Iterator[None]:
-    before = widgets.units().name
-    try:
-        yield
-    finally:
-        widgets.set_units(before)
-
-
-def other_units(editor: Any) -> None:
-    with units_restored():
-        for name in widgets.SYSTEMS:
-            widgets.set_units(name)
-            editor.refresh_list()
-            editor.redraw()
-
-
-def shapes_deleted(editor: Any) -> None:
-    while editor.sk["entities"]:
-        editor.select(0)
-        key("<Delete>")(editor)
+    return way
 
 
 def used(use: Callable[[Any], None], ending: Callable[[Any], None]) -> Callable[[Stage], None]:
@@ -403,14 +364,7 @@ WAYS: dict[str, Callable[[Stage], None]] = {
         f"constructor: n-th {name}": constructor_fails_at_the_nth_call(name)
         for name in ("tr", "units", "num_text", "Tooltip", "px")
     },
-    "every tool, OK": used(every_tool, click("OK")),
-    "every tool, window closed": used(every_tool, close_window),
-    "every size, OK": used(every_size, click("OK")),
-    "every size, Cancel": used(every_size, click("Cancel")),
-    "every row": used(every_row, click("OK")),
     "every tip": used(every_tip, destroy),
-    "tools, planes, grid": used(every_choice, click("Cancel")),
-    "other units": used(other_units, click("OK")),
-    "shapes deleted": used(shapes_deleted, click("Cancel")),
+    **{f"random use {seed}": random_use(seed) for seed in range(RANDOM_USES)},
     "long outlines": long_outline,
 }

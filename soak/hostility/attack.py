@@ -7,10 +7,12 @@ the editor again, raises. What is done depends on the dice alone, so a seed repl
 
 from __future__ import annotations
 
+import copy
 import math
 import random
 import sys
 from collections.abc import Callable
+from functools import partial
 from typing import Any
 
 import numpy as np
@@ -41,44 +43,17 @@ class Unspeakable(ValueError):
 
 ERRORS: list[Callable[[], BaseException]] = [
     lambda: ValueError("bad {value} %s"),
-    lambda: KeyError("gone"),
-    lambda: TypeError("wrong type"),
-    lambda: IndexError("index"),
-    lambda: AttributeError("attribute"),
-    lambda: NameError("name"),
-    lambda: ZeroDivisionError("zero"),
-    lambda: OverflowError("big"),
     lambda: StopIteration(3),
-    lambda: RecursionError("deep"),
-    lambda: MemoryError(),
     lambda: UnicodeDecodeError("utf-8", b"x", 0, 1, "why"),
-    lambda: Unspeakable("x"),
-    lambda: Own("own"),
-    lambda: KeyboardInterrupt(),
-    lambda: GeneratorExit(),
-    lambda: OwnBase("base"),
+    *(KeyError, TypeError, IndexError, AttributeError, NameError, ZeroDivisionError, OverflowError),
+    *(RecursionError, MemoryError, KeyboardInterrupt, GeneratorExit, Unspeakable, Own, OwnBase),
 ]
-
+_PLAIN = [None, 0, -1, math.nan, math.inf, 10**400, True, "x", "nul\0\ud800", b"bytes", type]
+_LISTS: list[Any] = [[], {}, (), [[]], [None] * 3, [[1.0], [2.0]]]
+_LISTS += [[[math.nan, math.inf], [0.0, 1.0], [10**400, 0]]]
 NONSENSE: list[Callable[[], Any]] = [
-    lambda: None,
-    lambda: 0,
-    lambda: -1,
-    lambda: math.nan,
-    lambda: math.inf,
-    lambda: 10**400,
-    lambda: True,
-    lambda: "x",
-    lambda: "nul\0\ud800",
-    lambda: b"bytes",
-    list,
-    dict,
-    tuple,
+    *(partial(copy.deepcopy, answer) for answer in (*_PLAIN, *_LISTS)),
     object,
-    lambda: type,
-    lambda: [[]],
-    lambda: [None] * 3,
-    lambda: [[1.0], [2.0]],
-    lambda: [[math.nan, math.inf], [0.0, 1.0], [10**400, 0]],
     lambda: iter(()),
     lambda: iter([[0.0, 0.0], [0.01, 0.0], [0.0, 0.01]]),
     lambda: np.zeros(0),

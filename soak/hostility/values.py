@@ -16,32 +16,8 @@ from soak.hostility.attack import Attack
 _NO_MEMORY = [] if "asan" in os.environ.get("LD_PRELOAD", "") else [2**40, 2**62]
 LENGTHS: list[Any] = [0, 1, 2, 3, 1000, -1, 2**70, None, "x", *_NO_MEMORY]
 ENDLESS = 300  # items of an endless input, by which its reader has shown what it does
-NUMBERS: list[Any] = [
-    0.0,
-    -0.0,
-    1.0,
-    -2.5,
-    7,
-    math.nan,
-    math.inf,
-    -math.inf,
-    1e308,
-    -1.7e308,
-    5e-324,
-    1e-170,
-    1e154,
-    10**400,
-    2**63,
-    True,
-    None,
-    "1",
-    "nan",
-    "x",
-    "",
-    [],
-    {},
-    1j,
-]
+NUMBERS: list[Any] = [0.0, -0.0, 1.0, -2.5, 7, math.nan, math.inf, -math.inf, 1e308, -1.7e308]
+NUMBERS += [5e-324, 1e-170, 1e154, 10**400, 2**63, True, None, "1", "nan", "x", "", [], {}, 1j]
 TEXTS = ["", "x", "nul\0in it", "\ud800", "\udcff\ud800", "{", "{n}", "%s", "1e999", "-", "𝔘" * 9]
 
 
@@ -242,16 +218,8 @@ def damage_points(entity: Any, attack: Attack) -> None:
         return
     dice = attack.dice
     index = dice.randrange(len(points))
-    points[index] = dice.choice(
-        [
-            [1.0],
-            [],
-            None,
-            "uv",
-            [dice.choice(NUMBERS), dice.choice(NUMBERS)],
-            points,
-            hostile(points[index], attack),
-        ]
-    )
+    pair = [dice.choice(NUMBERS), dice.choice(NUMBERS)]
+    others = [[1.0], [], None, "uv", pair, points, hostile(points[index], attack)]
+    points[index] = dice.choice(others)
     if dice.random() < 0.3:
         entity["points"] = HostileList(points, attack)

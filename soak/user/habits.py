@@ -15,19 +15,8 @@ from tandrel.gui.i18n import languages
 from tandrel.gui.sketcher import TOOLS
 from tandrel.gui.widgets import SYSTEMS
 
-NEARBY = [
-    (0, 0),
-    (0, 0),
-    (1, 0),
-    (3, -2),
-    (8, 0),
-    (9, 0),
-    (0, -9),
-    (-6, 7),
-    (8, 8),
-    (-7, -7),
-    (10, 0),
-]
+NEARBY = [(0, 0), (0, 0), (1, 0), (3, -2), (8, 0), (9, 0)]  # pixels
+NEARBY += [(0, -9), (-6, 7), (8, 8), (-7, -7), (10, 0)]
 NUMBERS = ["0", "5", "8", "10", "12.5", "20", "40", "-3", "4.5", "4.6", " 7 ", "1e3", "0.01", "1_0"]
 NO_NUMBERS = ["", "x", "nan", "inf", "-inf", "1e999", "3,4", "1 2", "\u0664", "1e-320"]
 COUNTS = ["3", "4.5", "5.5", "4.6", "8", "2", "nan", "inf"]

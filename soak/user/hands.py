@@ -6,11 +6,13 @@ itself decides, for both alike, what is a double click, a focus that left, or a 
 
 from __future__ import annotations
 
-import _tkinter
+import sys
 import tkinter as tk
 from collections.abc import Callable
 from tkinter import ttk
 from typing import Any
+
+import _tkinter
 
 from soak.user.shadow import Shadow
 from support.widgets import walk
@@ -62,7 +64,8 @@ class Hands:
 
     def do(self, action: Action) -> None:
         """Do one action and let Tk handle what follows from it at once."""
-        getattr(self, "_do_" + action[0])(*action[1:])
+        # Interned: the interpreter keeps the names of methods that it looked up.
+        getattr(self, sys.intern("_do_" + action[0]))(*action[1:])
         self.settle()
 
     def settle(self) -> None:

@@ -8,7 +8,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterator, Sequence
-from typing import TYPE_CHECKING, Any, NamedTuple
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -16,9 +16,6 @@ from soak.user import shapes
 from soak.user.shapes import Entity, Point
 from tandrel import sketch as S
 from tandrel.gui.widgets import PAL
-
-if TYPE_CHECKING:
-    from soak.user.shadow import Shadow
 
 AXIS_U, AXIS_V, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 LEAST_GRID_PIXELS = 10
@@ -70,18 +67,9 @@ def oval(centre: Point, radius: float, fill: str, outline: str) -> Item:
     return "oval", (x - radius, y - radius, x + radius, y + radius), fill, outline, "1.0"
 
 
-def picture(state: Shadow) -> Iterator[Item]:
-    """All items, in the order in which they are painted."""
-    view = state.view()
-    if view.width < 2:
-        return
-    yield from grid(view, state.grid_step())
-    yield from axes(view, state.axis_names())
-    for _, points in state.refs:
-        if len(points) >= 2:
-            yield line(view.path([*points, points[0]]), PAL["muted"], dash="2 3")
-    yield from filled_shapes(view, state.sk, state.sel)
-    yield from preview(view, state)
+def reference(view: View, points: Any) -> Iterator[Item]:
+    if len(points) >= 2:
+        yield line(view.path([*points, points[0]]), PAL["muted"], dash="2 3")
 
 
 def grid(view: View, step: float) -> Iterator[Item]:
@@ -157,20 +145,18 @@ def dimensions(view: View, e: Entity) -> Iterator[Item]:
         yield text(view.to_screen(middle), shapes.summary(e), ORANGE)
 
 
-def preview(view: View, state: Shadow) -> Iterator[Item]:
-    """The shape being drawn, and the dot where a click would land."""
-    dot = view.to_screen(state.cursor)
-    if state.drag is not None and state.drag["kind"] == "new":
-        yield from rubber_band(view, state.from_drag(state.drag["start"], state.cursor))
-    corners = [view.to_screen(p) for p in state.clicks]
-    if state.tool == "line" and corners:
+def clicked(view: View, tool: str, clicks: Sequence[Point], cursor: Point) -> Iterator[Item]:
+    """The shape that is being clicked, and the dot where a click would land."""
+    dot = view.to_screen(cursor)
+    corners = [view.to_screen(p) for p in clicks]
+    if tool == "line" and corners:
         yield line(tuple(c for pixel in (*corners, dot) for c in pixel), ORANGE, 2)
         for pixel in corners:
             yield oval(pixel, 3, "", ORANGE)
-    if state.tool == "slot" and len(corners) == 1:
+    if tool == "slot" and len(corners) == 1:
         yield line((*corners[0], *dot), ORANGE, 2, "5 3")
-    elif state.tool == "slot" and corners:
-        yield from rubber_band(view, shapes.slot(state.clicks[0], state.clicks[1], state.cursor))
+    elif tool == "slot" and corners:
+        yield from rubber_band(view, shapes.slot(clicks[0], clicks[1], cursor))
     yield oval(dot, 2, ORANGE, "")
 
 

@@ -13,42 +13,12 @@ from soak.user.shapes import Entity
 from tandrel import sketch as S
 
 # What may stand where a number should.
-NO_NUMBERS: list[Any] = [
-    None,
-    "",
-    "x",
-    "12",
-    [],
-    [1.0],
-    {},
-    True,
-    b"1",
-    math.nan,
-    math.inf,
-    -math.inf,
-    10**400,
-]
-NO_CORNERS: list[Any] = [
-    None,
-    "ab",
-    5,
-    [],
-    [[]],
-    [[0.0]],
-    [[0.0, 0.0], None],
-    [["1", "2"]],
-    [[None, 1.0]],
-]
-NO_ENTITIES: list[Any] = [
-    None,
-    "circle",
-    7,
-    [],
-    {},
-    {"type": None},
-    {"type": "spline"},
-    {"type": ["circle"]},
-]
+NO_NUMBERS: list[Any] = [None, "", "x", "12", [], [1.0], {}, True, b"1"]
+NO_NUMBERS += [math.nan, math.inf, -math.inf, 10**400]
+NO_CORNERS: list[Any] = [None, "ab", 5, [], [[]], [[0.0]], [[0.0, 0.0], None]]
+NO_CORNERS += [[["1", "2"]], [[None, 1.0]]]
+NO_ENTITIES: list[Any] = [None, "circle", 7, [], {}]
+NO_ENTITIES += [{"type": None}, {"type": "spline"}, {"type": ["circle"]}]
 NO_SETTINGS: list[Any] = [None, "x", 3, math.nan]
 
 

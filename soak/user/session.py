@@ -3,11 +3,11 @@
 from __future__ import annotations
 
 import copy
+import itertools
 import tkinter as tk
 import traceback
-from collections.abc import Callable, Iterable, Iterator
+from collections.abc import Callable, Iterator
 from random import Random
-from tkinter import ttk
 from typing import Any
 
 from soak.user import random_sketches
@@ -21,7 +21,7 @@ from tandrel.gui.widgets import SYSTEMS, main_window, set_units
 
 LONGEST = 250  # events
 PAINTED_EVERY = 12  # events; the screen follows then, and options that nobody set are looked at
-MOST_TRIES = 300  # replays to find a shorter way to a fault
+TYPED_IN = ("TEntry", "TCombobox", "TSpinbox")
 ENDING: list[Action] = [("push", "cancel")]
 
 Script = Callable[[Shadow], Iterator[Action]]
@@ -40,8 +40,7 @@ class Session:
     """What one seed gives: a sketch, the arguments of a dialog, and what its user does.
 
     Nothing depends on other sessions. `begin` is told the number of each event before it is done,
-    from 1; before the dialog is opened it is told 0. `actions` is what has been done so far, and
-    `steps` how much of it the user did.
+    from 1; before the dialog is opened it is told 0. `steps` is how many events there were so far.
     """
 
     def __init__(self, seed: str, begin: Callable[[int], None]) -> None:
@@ -59,7 +58,6 @@ class Session:
         self.units = dice.choice(list(SYSTEMS))
         self.language = dice.choice(list(languages()))
         self._length = dice.randint(20, LONGEST)
-        self.actions: list[Action] = []
         self.steps = 0
 
     def play(self, root: tk.Tk, cls: EditorClass, most: int) -> None:
@@ -71,21 +69,11 @@ class Session:
                 self._begin(self.steps)
                 yield next(actions)
 
-        self._run(root, cls, script)
-
-    def replay(self, root: tk.Tk, cls: EditorClass, actions: Iterable[Action]) -> None:
-        """Open the dialog afresh and do these actions; a Fault where something is wrong."""
-        again = Session(self._seed, self._begin)
-        again._run(root, cls, lambda shadow: iter(actions))
-
-    def _run(self, root: tk.Tk, cls: EditorClass, script: Script) -> None:
         self._begin(0)
         set_units(self.units)
         set_language(self.language)
-        self.actions = []
-        given = copy.deepcopy(self.sketch)
         try:
-            Dialog(root, self, given).run(cls, script)
+            Dialog(root, self, copy.deepcopy(self.sketch)).run(cls, script)
         finally:
             for window in root.winfo_children():
                 window.destroy()
@@ -113,7 +101,7 @@ class Dialog:
         return canvas.winfo_width(), canvas.winfo_height()
 
     def is_typing(self) -> bool:
-        return isinstance(self._editor.focus_get(), (ttk.Entry, tk.Entry, ttk.Spinbox))
+        return self._root.tk.eval("catch {winfo class [focus]} class; set class") in TYPED_IN
 
     def run(self, cls: EditorClass, script: Script) -> None:
         """Open the dialog modally, do what the script says, and end it."""
@@ -167,30 +155,19 @@ class Dialog:
         self._check_entries(hands)
         ledger = Ledger(editor, shadow)
         self._check(hands, eye, shadow, full=True)
-        for action in script(shadow):
-            if self._do(action, hands, eye, ledger, shadow):
-                return
-        for action in ENDING:
-            self._do(action, hands, eye, ledger, shadow)
-
-    def _do(self, action: Action, hands: Hands, eye: Eye, ledger: Ledger, shadow: Shadow) -> bool:
-        """Do one action and see that all is well; whether it closed the dialog."""
-        done = self._session.actions
-        done.append(action)
-        paints = len(done) % PAINTED_EVERY == 0
-        ledger.take()
-        hands.do(action)
-        if shadow.closed:
-            demand(not self._editor.winfo_exists(), "the dialog is still open")
-            self._check_errors(hands)
-            demand(same(self._editor.sk, shadow.sk), "sketch", shadow.sk, self._editor.sk)
-            return True
-        demand(bool(self._editor.winfo_exists()), "the dialog is gone")
-        ledger.check(action, hands.errors)
-        if paints:
-            self._editor.update()
-        self._check(hands, eye, shadow, full=paints)
-        return False
+        for count, action in enumerate(itertools.chain(script(shadow), ENDING), 1):
+            ledger.take()
+            hands.do(action)
+            if shadow.closed:
+                break
+            demand(bool(editor.winfo_exists()), "the dialog is gone")
+            ledger.check(action)
+            if paints := count % PAINTED_EVERY == 0:
+                editor.update()
+            self._check(hands, eye, shadow, full=paints)
+        demand(not editor.winfo_exists(), "the dialog is still open")
+        self._check_errors(hands)
+        demand(same(editor.sk, shadow.sk), "sketch", shadow.sk, editor.sk)
 
     def _check_entries(self, hands: Hands) -> None:
         """Only a sketch in space can be placed, on another plane only where that is allowed."""
@@ -220,38 +197,3 @@ class Dialog:
 def told(error: BaseException) -> str:
     """A fault in words; an error of the tool's own with its trace."""
     return str(error) if isinstance(error, Fault) else "".join(traceback.format_exception(error))
-
-
-def shortest_way(root: tk.Tk, cls: EditorClass, session: Session) -> str:
-    """The fewest actions found that lead to the fault that a session ended with, in words."""
-    actions = shrunk(session.actions, lambda fewer: _ending(root, cls, session, fewer))
-    return "\n    ".join(["\nshortest way there found:", *map(str, actions)])
-
-
-def shrunk(actions: list[Action], ending: Callable[[list[Action]], str]) -> list[Action]:
-    """As few of the actions as still end in the same way.
-
-    Found by leaving runs of them out, ever shorter ones.
-    """
-    wanted, tries = ending(actions), 0
-    run = max(len(actions) // 2, 1)
-    while run and tries < MOST_TRIES:
-        start = 0
-        while start < len(actions) and tries < MOST_TRIES:
-            fewer = actions[:start] + actions[start + run :]
-            tries += 1
-            if ending(fewer) == wanted:
-                actions = fewer
-            else:
-                start += run
-        run //= 2
-    return actions
-
-
-def _ending(root: tk.Tk, cls: EditorClass, session: Session, actions: list[Action]) -> str:
-    """What kind of fault these actions lead to."""
-    try:
-        session.replay(root, cls, actions)
-    except Exception as error:
-        return told(error).partition(":")[0]
-    return "none"

@@ -8,13 +8,13 @@ from __future__ import annotations
 
 import copy
 import math
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
 from typing import Any, Protocol
 
 import numpy as np
 
-from soak.user import shapes
-from soak.user.picture import Item, View, picture
+from soak.user import picture, shapes
+from soak.user.picture import Item, View
 from soak.user.shapes import Entity, Point
 from soak.user.side_panel import SidePanel
 from tandrel import sketch as S
@@ -147,8 +147,22 @@ class Shadow(SidePanel):
 
     def redraw(self) -> None:
         self.shown = []
-        for item in picture(self):
+        for item in self.picture():
             self.shown.append(item)
+
+    def picture(self) -> Iterator[Item]:
+        """All items, in the order in which they are painted."""
+        view = self.view()
+        if view.width < 2:
+            return
+        yield from picture.grid(view, self.grid_step())
+        yield from picture.axes(view, self.axis_names())
+        for _, points in self.refs:
+            yield from picture.reference(view, points)
+        yield from picture.filled_shapes(view, self.sk, self.sel)
+        if self.drag is not None and self.drag["kind"] == "new":
+            yield from picture.rubber_band(view, self.from_drag(self.drag["start"], self.cursor))
+        yield from picture.clicked(view, self.tool, self.clicks, self.cursor)
 
     def axis_names(self) -> tuple[str, str]:
         return S.AXES.get(self.plane, ("x", "y")) if self.dim == 3 else ("x", "y")

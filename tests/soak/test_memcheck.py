@@ -20,14 +20,29 @@ def test_an_error_of_the_module_is_found(capsys, fault, said):
     assert said in printed
 
 
+LOG = """
+==7== Memcheck, a memory error detector
+==7==
+==7== Conditional jump or move depends on uninitialised value(s)
+==7==    at 0x1: f (in /usr/lib/libtk8.6.so)
+==7==
+==7== Invalid read of size 8
+==7==    at 0x2: PyList_Size (in /usr/bin/python3.11)
+==7==    by 0x3: tandrel::py::Ref::size() const (object.cpp:9)
+==7==  Address 0x4 is 8 bytes inside a block of size 56 free'd
+==7==    at 0x5: free (in /usr/lib/vgpreload.so)
+==7==
+==7== Invalid write of size 4
+==7==    at 0x6: ??? (in /x/sketcher.abi3.so)
+"""
+
+
 def test_errors_of_others_are_told_and_do_not_count(tmp_path):
-    frames = "<frame><ip>0x1</ip><obj>{}</obj><fn>f</fn></frame>"
-    error = "<error><kind>{}</kind><what>w</what><stack>" + frames + "</stack></error>"
-    (tmp_path / "1.xml").write_text(
-        "<valgrindoutput>"
-        + error.format("UninitCondition", "/usr/lib/libtk8.6.so")
-        + error.format("Leak_DefinitelyLost", "/x/sketcher.abi3.so")
-        + error.format("InvalidRead", "/x/sketcher.abi3.so")
-        + "<error><kind>of a process that was killed"
-    )
-    assert memcheck.read(tmp_path) == (["w\n    f"], 1)
+    (tmp_path / "7.log").write_text(LOG)
+    ours, others = memcheck.read(tmp_path)
+    assert [error.splitlines()[0] for error in ours] == [
+        "Invalid read of size 8",
+        "Invalid write of size 4",
+    ]
+    assert "inside a block" in ours[0]
+    assert others == 1
