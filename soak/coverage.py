@@ -9,11 +9,12 @@ from __future__ import annotations
 import argparse
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
 from collections import Counter
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 from pathlib import Path
 from typing import Any
 
@@ -34,8 +35,10 @@ def main(arguments: list[str] | None = None) -> int:
     options = parser.parse_args(arguments)
     if not options.counted and (status := count(options.tests, options.jobs)):
         sys.exit(f"coverage: the suite ended with status {status} and has to pass first")
-    counted = counts_of(FOLDER / "tandrel" / "gui" / "sketcher.abi3.so", COUNTS)
-    missed = [line for file in counted["files"] for line in missed_in(file)]
+    module = FOLDER / "tandrel" / "gui" / "sketcher.abi3.so"
+    (counted,) = json.loads(exported(module, COUNTS))["data"]
+    missed = list(missed_lines(exported(module, COUNTS, "-format=lcov")))
+    missed += missed_branches(counted["files"])
     print(*missed, sep="\n")
     parts = (counted["totals"][kind] for kind in ("lines", "branches"))
     lines, branches = (f"{part['covered']:,} of {part['count']:,}" for part in parts)
@@ -52,26 +55,29 @@ def count(tests: list[str], jobs: int) -> int:
     return run_tests(ROOT, str(FOLDER.relative_to(ROOT)), tests, sys.stderr, jobs=jobs)
 
 
-def counts_of(program: Path, counts: Path) -> Any:
-    """What llvm-cov exports of a program or module."""
+def exported(program: Path, counts: Path, *options: str) -> str:
+    """What llvm-cov tells of a program or module."""
     merged = counts / "all.profdata"
     quietly("llvm-profdata", "merge", *map(str, counts.glob("*.profraw")), "-o", str(merged))
-    command = ["llvm-cov", "export", str(program), f"-instr-profile={merged}"]
-    return json.loads(subprocess.check_output(command))["data"][0]
+    command = ["llvm-cov", "export", str(program), f"-instr-profile={merged}", *options]
+    return subprocess.check_output(command, text=True)
 
 
-def missed_in(file: Any) -> Iterator[str]:
-    """Where code begins that never ran, and conditions that never were true, or never false."""
-    name = os.path.relpath(file["filename"], ROOT)
-    for line, column, times, counted, begins, *_ in file["segments"]:
-        if counted and begins and not times:
-            yield f"{name}:{line}:{column}: never executed"
-    taken: Counter[tuple[int, int, str]] = Counter()
-    for line, column, _, _, true, false, *_ in file["branches"]:  # a row for each of a template
-        taken.update({(line, column, "true"): true, (line, column, "false"): false})
-    for (line, column, way), times in taken.items():
-        if not times:
-            yield f"{name}:{line}:{column}: never {way}"
+def missed_lines(lcov: str) -> Iterator[str]:
+    for record in lcov.split("end_of_record"):
+        for line in re.findall(r"^DA:(\d+),0$", record, re.M):
+            yield f"{re.search('SF:(.*)', record)[1]}:{line}: never executed"  # type: ignore[index]
+
+
+def missed_branches(files: Iterable[Any]) -> Iterator[str]:
+    """Conditions that never were true, or never false; not those that the compiler knew."""
+    for file in files:
+        taken: Counter[tuple[int, int, bool]] = Counter()
+        for line, column, _, _, true, false, *_ in file["branches"]:  # for each use of a template
+            taken.update({(line, column, True): true, (line, column, False): false})
+        for (line, column, way), times in taken.items():
+            if not times and taken[line, column, not way]:
+                yield f"{file['filename']}:{line}:{column}: never {str(way).lower()}"
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 """The coverage tool tells what isn't reached, and nothing of what only an exception's way is."""
 
+import json
 import shutil
 import subprocess
 
@@ -35,20 +36,19 @@ def counted(tmp_path):
     subprocess.run(["clang++", *flags, "program.cpp", "-o", "program"], cwd=tmp_path, check=True)
     environment = {"LLVM_PROFILE_FILE": str(tmp_path / "1.profraw")}
     subprocess.run([tmp_path / "program"], env=environment, check=True)
-    return coverage.counts_of(tmp_path / "program", tmp_path)
+    return lambda *options: coverage.exported(tmp_path / "program", tmp_path, *options)
 
 
 def test_what_is_not_reached_is_told(counted):
-    (file,) = counted["files"]
-    places = [line.partition("program.cpp:")[2] for line in coverage.missed_in(file)]
-    assert sorted(places) == [
-        "11:17: never executed",
+    files = json.loads(counted())["data"][0]["files"]
+    missed = [*coverage.missed_lines(counted("-format=lcov")), *coverage.missed_branches(files)]
+    assert sorted(place.partition("program.cpp:")[2] for place in missed) == [
         "11:7: never true",
+        "12: never executed",
+        "13: never executed",
         "14:10: never false",
         "14:22: never false",
-        "14:38: never executed",
     ]
-    assert counted["totals"]["branches"]["covered"] == counted["totals"]["branches"]["count"] - 3
 
 
 def test_the_suite_has_to_pass(monkeypatch):
@@ -59,20 +59,17 @@ def test_the_suite_has_to_pass(monkeypatch):
 
 @pytest.mark.parametrize("reached, status", [(True, 0), (False, 1)])
 def test_the_figure_is_judged(monkeypatch, capsys, reached, status):
-    totals = {
-        kind: {"count": 1000, "covered": 1000 - (not reached)} for kind in ("lines", "branches")
-    }
-    file = {
-        "filename": "a.cpp",
-        "segments": [],
-        "branches": [[3, 5, 3, 9, 7, int(reached), 0, 0, 4]],
-    }
+    part = {"count": 1000, "covered": 1000 - (not reached)}
+    file = {"filename": "a.cpp", "branches": [[3, 5, 3, 9, 7, int(reached), 0, 0, 4]]}
+    counts = {"data": [{"files": [file], "totals": {"lines": part, "branches": part}}]}
+    lcov = f"SF:a.cpp\nDA:3,{int(reached)}\nend_of_record\n"
     monkeypatch.setattr(coverage, "count", lambda tests, jobs: 0)
-    monkeypatch.setattr(coverage, "counts_of", lambda *_: {"files": [file], "totals": totals})
-    assert coverage.main([]) == status
-    told = capsys.readouterr().out.strip().splitlines()
-    of = "1,000 of 1,000" if reached else "999 of 1,000"
-    assert told[-1] == f"coverage: {of} lines, {of} branches"
-    assert [line.partition("a.cpp")[2] for line in told[:-1]] == (
-        [] if reached else [":3:5: never false"]
+    monkeypatch.setattr(
+        coverage, "exported", lambda *words: lcov if words[2:] else json.dumps(counts)
     )
+    assert coverage.main([]) == status
+    *missed, figure = capsys.readouterr().out.strip().splitlines()
+    of = "1,000 of 1,000" if reached else "999 of 1,000"
+    assert figure == f"coverage: {of} lines, {of} branches"
+    told = ["a.cpp:3: never executed", "a.cpp:3:5: never false"]
+    assert missed == ([] if reached else told)
