@@ -20,7 +20,6 @@ ROOT = Path(__file__).resolve().parent.parent
 RESULTS = ROOT / "build" / "soak"
 
 TOOLS = {
-    "interpreters": "soak/interpreters.py",
     "coverage": "soak/coverage.py --jobs 2",
     "opening": "soak/opening.py --cycles 10000",
     "hostile": "soak/hostile.py --cases 200000 --jobs 2",
@@ -28,7 +27,7 @@ TOOLS = {
     "allocation": "soak/allocation.py",
     "sanitizers": "soak/sanitizers.py --with-random-user 20000",
     "memcheck": "soak/memcheck.py --events 2000",
-    "planted_faults": "soak/planted_faults.py --jobs 2",
+    "planted_faults": "soak/planted_faults.py --jobs 2 --faults 300",
 }
 
 

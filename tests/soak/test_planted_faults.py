@@ -1,106 +1,140 @@
-"""Planted faults: each still fits the source, and one that the tests let through is told."""
+"""Generated faults: what the rules make of code, and what becomes of each."""
+
+import sys
 
 import pytest
 from soak import planted_faults
-from soak.planted_faults import EVERYTHING, FAULTS, SOURCES, Fault, Tree, judged, report
+from soak.common.changes import changes_in
+from soak.planted_faults import SOURCES, Likely, Run, Tree, fault_of, sample
 
-ALL = planted_faults.read_faults(FAULTS)
-CODE = "int a = 1;\nint b = 2;\n"
+CODE = """#include <cmath>  // "1 < 2"
+void f(int a, int b) {
+  if (a < 1 && !b) {
+    g("name"_n, a);
+    return;
+  }
+  h(a + b);  // 1 + 1
+}
+"""
 
 
-def test_there_are_faults_in_every_unit():
-    units = {path.stem for path in (planted_faults.ROOT / SOURCES).glob("*.cpp")}
-    planted = {fault.file.split(".")[0] for fault in ALL}
-    assert len(ALL) >= 80
-    assert units - planted <= set()
-    assert len(set(map(str, ALL))) == len(ALL)
+def made(code=CODE):
+    """The changed lines by kind."""
+    found = {}
+    for change in changes_in(code):
+        found.setdefault(change.kind, []).append(fault_of("a.cpp", code, change).new)
+    return found
 
 
-@pytest.mark.parametrize("fault", ALL, ids=str)
-def test_every_fault_still_fits(fault):
-    assert planted_faults.not_applicable(fault) == []
+def test_every_kind_of_change_is_made_where_there_is_a_place_for_it():
+    changes = made()
+    assert changes["operator"] == [
+        "if (a <= 1 && !b) {",
+        "if (a < 1 || !b) {",
+        "h(a - b); // 1 + 1",
+    ]
+    assert changes["number"] == ["if (a < 0 && !b) {"]
+    assert changes["sign"] == ["if (a < 1 && b) {"]
+    assert changes["name"] == ['g("namex"_n, a);']
+    assert changes["condition"] == ["if (!(a < 1 && !b)) {"]
+    assert changes["exchange"] == ["void f(int b, int a) {", 'g(a, "name"_n);']
+    assert len(changes["statement"]) == 3
+    assert made("return true;\n")["word"] == ["return false;"]
+
+
+def test_every_change_changes_something():
+    for path in sorted((planted_faults.ROOT / SOURCES).rglob("*.cpp")):
+        text = path.read_text()
+        changes = list(changes_in(text))
+        assert changes, path
+        assert [change for change in changes if change.made_in(text) == text] == []
+
+
+def test_a_seed_gives_the_same_faults_and_each_kind_as_often():
+    sources = planted_faults.ROOT / SOURCES
+    some = [next_of for next_of, _ in zip(sample(sources, 5), range(400))]
+    assert some == [next_of for next_of, _ in zip(sample(sources, 5), range(400))]
+    assert some != [next_of for next_of, _ in zip(sample(sources, 6), range(400))]
+    kinds = [fault.kind for fault in some]
+    assert min(map(kinds.count, set(kinds))) > 20
+    assert {fault.file for fault in sample(sources, 5, "view")} == {"view.cpp"}
+
+
+def test_what_is_argued_still_stands_in_the_sources():
+    for (file, line, becomes), reason in planted_faults.argued_in(planted_faults.ARGUED).items():
+        made_of_file = {
+            fault.key for fault in sample(planted_faults.ROOT / SOURCES, 0, f"^{file}$")
+        }
+        assert (file, line, becomes) in made_of_file
+        assert len(reason) > 40
 
 
 class Scripted(Tree):
-    """A tree whose tests notice that `a` isn't 1 any more; it builds unless told otherwise."""
+    """A tree that "builds" by copying the text; its tests notice unless told otherwise."""
 
-    def __init__(self, tmp_path, notices=("tests/test_a.py", *EVERYTHING), fails=()):
-        self.root = tmp_path
-        self.path = tmp_path / SOURCES / "unit.cpp"
+    def __init__(self, root, lets_pass=()):
+        self.root, self.tests, self.lets_pass, self.ran = root, ["tests"], lets_pass, []
+        self._sound = set()
+        self.path = root / SOURCES / "a.cpp"
         self.path.parent.mkdir(parents=True)
         self.path.write_text(CODE)
-        self.notices, self.fails = notices, fails
-        self.ran = []
-        self._sound = set()
+        for module in root / planted_faults.MODULE, self.sound_file():
+            module.parent.mkdir(parents=True)
+        self.build()
+        self.sound_file().write_text((root / planted_faults.MODULE).read_text())
 
     def build(self):
-        self.built = self.path.read_text()
-        if "int c" in self.built:
-            raise RuntimeError("unit.cpp: error: c")
+        text = self.path.read_text()
+        if "int b, int a" in text:
+            raise RuntimeError("a.cpp: error")
+        (self.root / planted_faults.MODULE).write_text(text)
 
-    def noticed_by(self, tests):
-        self.ran.append((*tests, self.built == CODE))
-        if set(tests) & set(self.fails):
-            return "always fails"
-        return "" if "int a = 1;" in self.built or not set(tests) & set(self.notices) else "a"
-
-
-def fault(old, new, *tests):
-    return Fault("unit", "unit.cpp", old, new, "something", tests)
+    def failed(self, build, tests, but=()):
+        self.ran.append((build, *tests))
+        passes = build != "build" or any(text in self.path.read_text() for text in self.lets_pass)
+        return "" if passes else "tests/test_a.py::test"
 
 
-class TestJudgement:
-    def test_a_fault_is_found_by_the_tests_that_are_likely_to(self, tmp_path):
-        tree = Scripted(tmp_path)
-        verdict = judged(fault("a = 1", "a = 2", "tests/test_a.py"), tree)
-        assert (verdict.kind, verdict.why) == ("found", "a")
-        assert tree.ran == [("tests/test_a.py", True), ("tests/test_a.py", False)]
+@pytest.fixture
+def judged(tmp_path, monkeypatch, capsys):
+    """What a run of all faults of the code tells, given what the tests let pass and what is argued."""
+
+    def run(*lets_pass, argued=None):
+        monkeypatch.setattr(planted_faults, "argued_in", lambda path: argued or {})
+        tree = Scripted(tmp_path / "tree", lets_pass)
+        done = Run(sample(tmp_path / "tree" / SOURCES, 1), 50, Likely(tmp_path / "likely.json"))
+        done.on([tree])
         assert tree.path.read_text() == CODE
+        return done.counts, capsys.readouterr().out, tree
 
-    def test_or_by_the_whole_suite(self, tmp_path):
-        tree = Scripted(tmp_path, notices=EVERYTHING)
-        assert judged(fault("a = 1", "a = 2", "tests/test_a.py"), tree).kind == "found"
-        assert [tests for tests, _ in tree.ran[-2:]] == ["tests", "tests"]
-
-    def test_a_change_that_nothing_notices_survives_and_fails_the_run(self, tmp_path, capsys):
-        tree = Scripted(tmp_path)
-        faults = [fault("a = 1", "a = 2"), fault("b = 2;", "b = 2;  // two", "tests/test_a.py")]
-        assert report(faults, (judged(each, tree) for each in faults)) == 1
-        said = capsys.readouterr().out.splitlines()
-        assert "SURVIVED unit: something" in said
-        assert said[-1] == "planted faults: 1 of 2 found"
-
-    def test_a_run_that_finds_all_is_good(self, tmp_path, capsys):
-        faults = [fault("a = 1", "a = 2")]
-        tree = Scripted(tmp_path)
-        assert report(faults, (judged(each, tree) for each in faults)) == 0
-        assert capsys.readouterr().out.endswith("planted faults: 1 of 1 found\n")
-
-    def test_a_fault_that_does_not_build_is_not_found(self, tmp_path):
-        tree = Scripted(tmp_path)
-        verdict = judged(fault("a = 1", "c = 1"), tree)
-        assert verdict.kind == "ERROR" and "unit.cpp: error: c" in verdict.why
-        assert tree.path.read_text() == CODE
-
-    def test_tests_that_fail_without_a_fault_find_nothing(self, tmp_path):
-        tree = Scripted(tmp_path, fails=["tests/test_a.py"])
-        with pytest.raises(RuntimeError, match="without any fault: always fails"):
-            judged(fault("a = 1", "a = 2", "tests/test_a.py"), tree)
+    return run
 
 
-@pytest.mark.parametrize("old", ["a = 3", "int", "a = 1"])
-def test_a_fault_that_does_not_fit_is_an_error(tmp_path, old):
-    tree = Scripted(tmp_path)
-    planted = fault(old, "a = 1" if old == "a = 1" else "a = 2")
-    with pytest.raises(ValueError, match="occurs"):
-        planted.put_into(CODE)
-    (verdict,) = planted_faults.not_applicable(planted, tree.root)
-    assert verdict.kind == "ERROR"
+def test_faults_are_noticed_survive_or_are_not_counted(judged):
+    counts, told, tree = judged("h(a - b)")
+    assert counts["SURVIVED"] == 1 and "SURVIVED a.cpp:7: operator: h(a + b); // 1 + 1  ->" in told
+    assert counts["not compiled"] == 1
+    assert counts["noticed"] > 5
+    assert ("build", "tests") in tree.ran
 
 
-def test_tests_that_are_not_there_are_an_error():
-    (verdict,) = planted_faults.not_applicable(ALL[0]._replace(tests=("tests/test_none.py",)))
-    assert verdict.kind == "ERROR" and "test_none" in verdict.why
+def test_what_is_argued_is_not_tried(judged):
+    key = "a.cpp", "h(a + b); // 1 + 1", "h(a - b); // 1 + 1"
+    counts, told, _ = judged("h(a - b)", argued={key: "because"})
+    assert (counts["SURVIVED"], counts["argued"]) == (0, 1)
+    assert "because" in told
+
+
+def test_the_tests_that_noticed_are_tried_first(tmp_path):
+    likely = Likely(tmp_path / "likely.json")
+    (tmp_path / "tests").mkdir()
+    (tmp_path / "tests" / "test_a.py").touch()
+    change = next(changes_in(CODE))
+    fault = fault_of("a.cpp", CODE, change)
+    likely.learn(planted_faults.Verdict(fault, "noticed", "tests/test_a.py::test_it"))
+    likely.learn(planted_faults.Verdict(fault, "noticed", "tests/test_gone.py::test_it"))
+    kept = Likely(tmp_path / "likely.json")
+    assert kept.of("a.cpp", tmp_path) == kept.of("b.cpp", tmp_path) == ["tests/test_a.py"]
 
 
 class TestWhatTestsSay:
@@ -110,7 +144,7 @@ class TestWhatTestsSay:
     def noticed(self, tmp_path):
         def run(test):
             tree = Tree.__new__(Tree)
-            tree.root = tmp_path
+            tree.root, tree._sound = tmp_path, {"test_it.py"}
             (tmp_path / "test_it.py").write_text(test)
             return tree.noticed_by(["test_it.py"])
 
@@ -129,9 +163,25 @@ class TestWhatTestsSay:
         assert noticed("import os\ndef test(): os.abort()") == "ended by signal 6"
 
     def test_no_end(self, noticed, monkeypatch):
-        monkeypatch.setattr(planted_faults, "PATIENCE", 2.0)
-        assert noticed("import time\ndef test(): time.sleep(60)") == "not finished after 2 s"
+        monkeypatch.setattr(planted_faults, "MOST_SECONDS", 2.0)
+        assert "Timeout" in noticed("import time\ndef test(): time.sleep(60)")
 
     def test_no_tests_at_all(self, noticed):
-        with pytest.raises(RuntimeError, match="exit status 5"):
+        with pytest.raises(SystemExit, match="exit status 5"):
             noticed("")
+
+    def test_a_python_without_pytest(self, noticed, tmp_path, monkeypatch):
+        python = tmp_path / "python"
+        python.write_text("#!/bin/sh\nexit 1\n")
+        python.chmod(0o755)
+        monkeypatch.setattr(sys, "executable", str(python))
+        with pytest.raises(SystemExit, match="exit status 1"):
+            noticed("def test(): pass")
+
+    def test_tests_that_fail_without_a_fault_find_nothing(self, tmp_path):
+        tree = Scripted(tmp_path)
+        (tmp_path / "tests").mkdir()
+        (tmp_path / "tests" / "test_a.py").touch()
+        tree.failed = lambda *arguments: "tests/test_a.py::test"
+        with pytest.raises(SystemExit, match="fails without any fault"):
+            tree.noticed_by(["tests"])

@@ -47,13 +47,15 @@ def test_walkthrough_in_this_interpreter(reference_walkthrough):
     assert outcome["errors"] == []
 
 
-@pytest.mark.parametrize("options", [(), DEVELOPER_MODE], ids=["plain", "developer mode"])
-def test_walkthrough_is_the_same_in_every_version(interpreter, reference_walkthrough, options):
-    assert nearly_equal(walk_through(interpreter, *options, path=[BUILD]), reference_walkthrough)
-
-
-def test_walkthrough_in_developer_mode(reference_walkthrough):
-    outcome = walk_through(sys.executable, *DEVELOPER_MODE, path=[BUILD])
+@pytest.mark.parametrize(
+    "options, environment",
+    [((), {}), (DEVELOPER_MODE, {}), ((), {"PYTHONMALLOC": "debug"})],
+    ids=["plain", "developer mode", "debug allocator"],
+)
+def test_walkthrough_is_the_same_everywhere(
+    any_interpreter, reference_walkthrough, options, environment
+):
+    outcome = walk_through(any_interpreter, *options, path=[BUILD], **environment)
     assert nearly_equal(outcome, reference_walkthrough)
 
 
