@@ -306,11 +306,8 @@ def random_use(seed: int) -> Callable[[Stage], None]:
     """A dialog of the random user, the same one each time."""
 
     def way(stage: Stage) -> None:
-        report, units, language = (
-            stage.root.report_callback_exception,
-            widgets.units(),
-            i18n.language(),
-        )
+        report = stage.root.report_callback_exception
+        units, language = widgets.units(), i18n.language()
         try:
             session = Session(f"opening {seed}", lambda event: None)
             session.play(stage.root, sketcher.SketchEditor, MOST_EVENTS)
