@@ -20,7 +20,7 @@ test: build
 ## interpreter, types, pictures, benchmarks
 verify: build
 	@scripts/ensure-packages run test wheel verify
-	$(PYTHON) soak/sanitizers.py --coverage $(sort $(wildcard tests/test_*.py))
+	$(PYTHON) soak/sanitizers.py $(sort $(wildcard tests/test_*.py))
 	$(PYTHON) -m pytest tests/verify tests/soak $(PARALLEL)
 
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so

@@ -31,6 +31,7 @@ from typing import Any, NamedTuple, NoReturn
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
+from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
 from harness.places import SEARCH_PATH  # noqa: E402
 
@@ -41,8 +42,8 @@ from soak.common.watched import Progress, Telling, watch_all  # noqa: E402
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
-SECONDS = 30  # for one point
-SILENCE = 120.0
+SECONDS = round(patience.SECONDS)  # for one point
+SILENCE = 2 * patience.SECONDS
 MODES = ("once", "lasting")
 
 

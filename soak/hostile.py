@@ -28,6 +28,7 @@ from typing import NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
+from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
 from harness.places import SEARCH_PATH  # noqa: E402
 
@@ -37,7 +38,6 @@ from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
 
 BATCH = 500  # cases of one child
 WINDOWS_EVERY = 8
-SILENCE = 30.0  # seconds; a case takes a hundredth of one
 MEMORY = 2 << 30  # bytes that a child may take over what it starts with
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
 
@@ -47,7 +47,6 @@ def main(arguments: list[str] | None = None, command: list[str] | None = None) -
     parser.add_argument("--cases", type=int, default=200_000)
     parser.add_argument("--seed", type=int, default=0, help="of the first case")
     parser.add_argument("--jobs", type=int, default=1, help="children at a time")
-    parser.add_argument("--silence", type=float, default=SILENCE, help="seconds of a hang")
     parser.add_argument("--child", action="store_true", help=argparse.SUPPRESS)
     chosen = parser.parse_args(arguments)
     seeds = range(chosen.seed, chosen.seed + chosen.cases)
@@ -61,7 +60,7 @@ def main(arguments: list[str] | None = None, command: list[str] | None = None) -
             "PYTHONHASHSEED": "0",  # sets have the same order in every run
             "DISPLAY": display,
         }
-        child = Child(command or COMMAND, chosen.silence, environment)
+        child = Child(command or COMMAND, environment)
         return report(seeds, chosen.jobs, child)
 
 
@@ -118,10 +117,9 @@ def bound_memory() -> None:
 
 
 class Child(NamedTuple):
-    """How a process that runs cases is started, and how long it may be silent."""
+    """How a process that runs cases is started."""
 
     command: list[str]
-    silence: float
     environment: dict[str, str]
 
     def findings(self, batch: range) -> list[Finding]:
@@ -129,7 +127,7 @@ class Child(NamedTuple):
         found: list[Finding] = []
         while batch:
             words = ["--child", "--seed", str(batch.start), "--cases", str(len(batch))]
-            told = watch(self.command + words, self.silence, self.environment)
+            told = watch(self.command + words, patience.SECONDS, self.environment)
             found += (news := [value for kind, value in told if kind == "found"])
             if not news or not news[-1].fatal or news[-1].step is None:
                 break

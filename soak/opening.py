@@ -20,6 +20,7 @@ from typing import Any
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
+from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
 from harness.places import SEARCH_PATH  # noqa: E402
 
@@ -30,7 +31,6 @@ from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
-SILENCE = 60.0  # seconds; a cycle takes a hundredth of one
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
 
 
@@ -168,7 +168,7 @@ def report(command: list[str], environment: Mapping[str, str]) -> int:
             rows.append(value)
             print(row_text(value), flush=True)
 
-    findings = watch_all([command], SILENCE, heard, environment)
+    findings = watch_all([command], patience.SECONDS, heard, environment)
     for finding in findings:
         way, cycle = finding.step or ("start", 0)
         print(f"{way}, cycle {cycle}: {finding.what}\n  replay: {replay(way, cycle)}")

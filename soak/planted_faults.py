@@ -43,7 +43,7 @@ MOST_SECONDS = 300.0  # of one test
 PATIENCE = 3600.0  # of all of them
 NOT_COUNTED = ("not compiled", "same file")
 # They prove the tools, or build and measure for minutes what the others try as well.
-NOT_HERE = ("tests/soak", "tests/test_packaging.py", "tests/test_benchmarks.py")
+NOT_HERE = ("tests/soak", "tests/verify/test_packaging.py", "tests/verify/test_benchmarks.py")
 LIKELY = 8  # test files that are tried before the others
 PASSED, FAILED, BROKEN_OFF = 0, 1, 2  # exit statuses of pytest
 

@@ -19,6 +19,7 @@ from typing import Any, NamedTuple
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
 
+from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
 from harness.places import SEARCH_PATH  # noqa: E402
 
@@ -26,7 +27,6 @@ sys.path[:0] = SEARCH_PATH
 
 from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
 
-SILENCE_SECONDS = 60.0  # from one event to the next, on a busy machine
 SCREEN = (1024, 800)
 EDITOR = "tandrel.gui.sketcher:SketchEditor"
 
@@ -129,7 +129,7 @@ def use(
 # -- all jobs ----------------------------------------------------------------------------------
 
 
-def run(plan: Plan, jobs: int = 1, silence: float = SILENCE_SECONDS) -> tuple[int, list[Finding]]:
+def run(plan: Plan, jobs: int = 1) -> tuple[int, list[Finding]]:
     """Do a plan in watched processes side by side; how many events were done, what went wrong."""
     begun = 0
     progress = Progress()
@@ -139,7 +139,7 @@ def run(plan: Plan, jobs: int = 1, silence: float = SILENCE_SECONDS) -> tuple[in
         begun += isinstance(value, list) and value[1] > 0
         progress.tell(f"random user: {begun:,} of {plan.events:,} events")
 
-    faults = watch_all([command(share) for share in plan.shares(jobs)], silence, heard)
+    faults = watch_all([command(share) for share in plan.shares(jobs)], patience.SECONDS, heard)
     return begun, faults
 
 

@@ -26,8 +26,9 @@ from collections.abc import Callable, Iterator, Mapping, Sequence
 from concurrent.futures import ThreadPoolExecutor
 from typing import IO, Any, NamedTuple
 
+from harness import patience
+
 STACK_LINES = 30
-_GRACE_SECONDS = 5.0  # to write the stack
 # Ends the child with its parent, even when that one is killed.
 _GUARD = ["setpriv", "--pdeathsig", "KILL", "--"]
 
@@ -147,7 +148,7 @@ def _lines(stream: IO[bytes], silence: float) -> Iterator[bytes | None]:
 def _abort(child: subprocess.Popen[bytes]) -> None:
     child.send_signal(signal.SIGABRT)
     try:
-        child.wait(_GRACE_SECONDS)
+        child.wait(patience.SECONDS)  # to write the stack
     except subprocess.TimeoutExpired:
         pass
 

@@ -58,8 +58,8 @@ def test_a_crash_is_told_with_its_seed_and_the_others_are_run(planted):
 
 
 def test_a_hang_is_told_with_its_seed(planted):
-    status, lines = planted("time.sleep(10**6)", "--silence", "10")
-    assert lines[0] == "seed 7: hang: silent for 10 s"
+    status, lines = planted("time.sleep(10**6)")
+    assert lines[0] == "seed 7: hang: silent for 60 s"
     assert any("planted.py" in line and "strike" in line for line in lines), "no stack"
     assert (status, lines[-1]) == (1, "hostile: 20 cases, seed 1: 1 faults")
 
