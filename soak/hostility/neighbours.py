@@ -17,7 +17,7 @@ from soak.hostility.values import HostileDict
 
 # Nonsense from these could only make the interpreter itself work for ever (10 ** 10 ** 400).
 TRUSTED = {"math", "tk", "ttk"}
-MOST_ITEMS = 5000  # of one picture, even of the longest input
+MOST_ITEMS = 210_000  # of one picture: as many grid lines as are drawn at most, and shapes
 # What S.outline makes of more sides is its own affair.
 MOST_SIDES = 1000
 
