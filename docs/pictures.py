@@ -3,17 +3,19 @@
     make pictures
 
 The editor runs on an X server of its own with one font, so that the same sources give the same
-pictures.
+pictures but for the dots of letters, which another version of the font sets differently: each
+picture carries its texts, and where they stand, under "texts".
 """
 
 from __future__ import annotations
 
 import argparse
+import json
 import os
 import sys
 import tempfile
 import tkinter as tk
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import Any, Dict, List, Tuple
 
@@ -25,7 +27,8 @@ from harness.places import SEARCH_PATH  # noqa: E402
 sys.path[:0] = SEARCH_PATH
 
 from harness.display import x_server  # noqa: E402
-from PIL import ImageGrab  # noqa: E402
+from PIL import Image, ImageGrab  # noqa: E402
+from PIL.PngImagePlugin import PngInfo  # noqa: E402
 
 IMAGES = ROOT / "docs" / "images"
 FONTS = """<?xml version="1.0"?>
@@ -168,12 +171,50 @@ SCENES: List[Scene] = [
         joining,
         "drawing",
     ),
-    ("refused", [PLATE, HOLE], refused, "dialog"),
+    ("refused", [PLATE, HOLE], refused, "form and message"),
 ]
 
 
+Box = Tuple[int, int, int, int]  # left, top, right and bottom on the screen
+
+
+def box_of(widget: Any) -> Box:
+    left, top = widget.winfo_rootx(), widget.winfo_rooty()
+    return left, top, left + widget.winfo_width(), top + widget.winfo_height()
+
+
+def explained(editor: Any, part: str) -> List[Box]:
+    """The places that a picture shows, one below the other: none that another is there to show."""
+    whole, canvas, status = box_of(editor), box_of(editor.canvas), box_of(editor.status)
+    if part == "dialog":
+        return [whole]
+    if part == "drawing":
+        return [canvas]
+    form = (canvas[0], canvas[1], whole[2], canvas[3])
+    return [form, (whole[0], status[1], whole[0] + form[2] - form[0], status[3])]
+
+
+def texts(widget: Any) -> Iterator[Tuple[Box, str]]:
+    """Every text that the widget and those in it show."""
+    if isinstance(widget, tk.Canvas):
+        left, top, _, _ = box_of(widget)
+        for item in widget.find_all():
+            if widget.type(item) == "text":
+                x1, y1, x2, y2 = widget.bbox(item)
+                box = (left + x1, top + y1, left + x2, top + y2)
+                yield box, " ".join(widget.itemcget(item, name) for name in ("text", "fill"))
+    elif hasattr(widget, "selection_set"):
+        rows = [widget.item(row) for row in widget.get_children()]
+        yield box_of(widget), json.dumps([(row["text"], row["values"]) for row in rows])
+    elif hasattr(widget, "icursor"):
+        yield box_of(widget), widget.get()
+    elif "text" in widget.keys():
+        yield box_of(widget), str(widget.cget("text"))
+    for child in widget.winfo_children():
+        yield from texts(child)
+
+
 def take(root: tk.Tk, scene: Scene, folder: Path) -> None:
-    """One picture: of the whole dialog, or of the tools and the drawing."""
     from tandrel.application.editor import Editor
 
     name, entities, act, part = scene
@@ -184,14 +225,20 @@ def take(root: tk.Tk, scene: Scene, folder: Path) -> None:
     act(Hands(editor))
     editor.focus_set()
     editor.update()
-    left, top = editor.winfo_rootx(), editor.winfo_rooty()
-    right, bottom = left + editor.winfo_width(), top + editor.winfo_height()
-    if part == "drawing":
-        canvas = editor.canvas
-        top, right = canvas.winfo_rooty(), canvas.winfo_rootx() + canvas.winfo_width()
-        bottom = top + canvas.winfo_height()
-    picture = ImageGrab.grab((left, top, right, bottom), xdisplay=root.winfo_screen())
-    picture.save(folder / f"{name}.png", optimize=True)
+    places = explained(editor, part)
+    picture = Image.new("RGB", (places[0][2] - places[0][0], sum(p[3] - p[1] for p in places)))
+    shown, below = [], 0
+    for left, top, right, bottom in places:
+        grabbed = ImageGrab.grab((left, top, right, bottom), xdisplay=root.winfo_screen())
+        picture.paste(grabbed, (0, below))
+        dx, dy = -left, below - top
+        for (x1, y1, x2, y2), text in texts(editor):
+            if left <= x1 < right and top <= y1 < bottom:
+                shown.append(((x1 + dx, y1 + dy, x2 + dx, y2 + dy), text))
+        below += bottom - top
+    about = PngInfo()
+    about.add_text("texts", json.dumps(shown))
+    picture.save(folder / f"{name}.png", optimize=True, pnginfo=about)
     editor.destroy()
 
 
