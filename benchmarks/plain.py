@@ -8,6 +8,7 @@ import math
 
 import numpy as np
 from tandrel.gui import sketcher
+from tests.support.types import CARD
 
 AXIS_1, AXIS_2, HIGHLIGHT = "#D2504B", "#3E9B5B", "#E8833A"
 
@@ -34,14 +35,13 @@ class PythonEditor(sketcher.SketchEditor):
     def key_points(self):
         points = [np.zeros(2)]
         for e in self.sk["entities"]:
-            kind = e["type"]
+            known = CARD.get(e["type"])
+            if known is None:
+                continue
             try:
-                if kind in ("circle", "regular"):
-                    points.append(np.array([float(e["xc"]), float(e["yc"])]))
-                if kind == "slot":
-                    points.append(np.array([float(e["x1"]), float(e["y1"])]))
-                    points.append(np.array([float(e["x2"]), float(e["y2"])]))
-                if kind in ("rectangle", "polygon", "regular"):
+                for u, v in known.centres:
+                    points.append(np.array([float(e[u]), float(e[v])]))
+                if known.has_corners:
                     for corner in sketcher.S.corners(e):
                         points.append(np.array(corner))
             except (ValueError, KeyError):

@@ -1,5 +1,5 @@
 """Every list of the types of entities, or of the tools, has all of them: those of the program and
-its manuals, and the samples that the other tests go through."""
+its manuals, and the cards that the other tests read."""
 
 import re
 from random import Random
@@ -7,16 +7,11 @@ from random import Random
 import pytest
 from harness.places import ROOT
 from soak.user import random_sketches
-from support import form, shapes
-from support.neighbours import PLACES, one_of_each
 from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import Event, PlainEditor, Var
+from support.types import CARDS
 from tandrel import sketch as S
 from tandrel.kinds import KINDS
-
-
-def types(entities):
-    return [e["type"] for e in entities]
 
 
 def written(file, pattern):
@@ -24,13 +19,11 @@ def written(file, pattern):
 
 
 KNOWN = {
+    "the cards": [card.name for card in CARDS],
     "the application": KINDS,
     "the stub": written("tandrel/gui/sketcher.pyi", r'^    type: Literal\["(\w+)"\]'),
     "the programmer's manual": written("docs/programming.md", r'^\| `"(\w+)"` \|'),
     "the random sketches": {random_sketches.entity(Random(n))["type"] for n in range(100)},
-    "one_of_each": types(one_of_each()["entities"]),
-    "EVERY_TYPE": form.EVERY_TYPE,
-    "EVERY_KIND": types(shapes.EVERY_KIND.values()),
 }
 
 
@@ -39,22 +32,27 @@ def test_all_types_are_there(sketcher, known):
     assert set(known) == set(sketcher.TYPE_LABEL)
 
 
-def test_the_front_page_names_all_types(sketcher):
-    (sentence,) = written("README.md", r"^`entities`: (.+) dictionaries")
-    assert set(re.findall(r'"(\w+)"', sentence)) == set(sketcher.TYPE_LABEL)
-
-
 def test_the_application_and_the_editor_call_them_alike(sketcher):
     assert {kind: known.label for kind, known in KINDS.items()} == sketcher.TYPE_LABEL
 
 
-def test_one_of_each_is_one_of_each(sketcher):
-    entities = one_of_each()["entities"]
-    assert len(entities) == len(PLACES) == len(sketcher.TYPE_LABEL)
-    for k, place in enumerate(PLACES):
-        assert [S.inside(S.outline(e), place) for e in entities] == [
-            n == k for n in range(len(entities))
-        ]
+@pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
+class TestCard:
+    def test_its_samples_have_all_keys_and_are_sound(self, card):
+        keys = [field.key for field in card.fields] + ["points"] * (card.corners_text is not None)
+        for entity in (card.sample, card.placed, card.moved, card.make()):
+            assert set(entity) == {"type", *keys}
+            S.outline(entity)
+        values = [card.sample[field.key] for field in card.fields]
+        assert len(set(values)) == len(values) == len(card.shown)
+
+    def test_its_variants_have_the_area_that_it_says(self, card):
+        for entity, _, _, area in card.variants.values():
+            assert S.area(entity) == pytest.approx(area, rel=1e-13)
+
+    def test_its_place_is_in_its_own_sample_only(self, card):
+        inside = [S.inside(S.outline(other.placed), card.place) for other in CARDS]
+        assert inside == [other is card for other in CARDS]
 
 
 def test_all_tools_are_tried(sketcher, neighbours):

@@ -6,7 +6,7 @@ from tkinter import ttk
 import pytest
 from support.application import in_editor
 from support.events import Send, settle
-from support.form import EVERY_TYPE
+from support.types import CARD, CARDS
 from support.roots import close_root, open_root
 from support.widgets import button, walk
 from tandrel.application.editor import Editor
@@ -43,7 +43,7 @@ def open_one(catalogues, monkeypatch):
         widgets.set_units(unit)
         theme.use_palette(palette)
         widgets.install(root)
-        editor = Editor(root, {"entities": list(EVERY_TYPE.values())}, size)
+        editor = Editor(root, {"entities": [card.sample for card in CARDS]}, size)
         settle(editor, lambda: editor.canvas.winfo_width() > 1)
         return editor
 
@@ -62,10 +62,10 @@ def places(editor):
 
 def showing(editor):
     """Have the editor show one thing after another, each as long as may be; yields what it is."""
-    for index in (*range(len(EVERY_TYPE)), None):
+    for index in (*range(len(CARDS)), None):
         editor.select(index)
         yield f"shape {index}"
-    editor.select(list(EVERY_TYPE).index("polygon"))
+    editor.select(list(CARD).index("polygon"))
     editor.points_text.insert("1.0", "1000000.123456 1000000.123456\n" * 50)
     for variable in (*editor.vars.values(), editor.grid, editor.offset, editor.sides):
         variable.set("1000000.123456" * 3)
@@ -78,7 +78,7 @@ def showing(editor):
         editor.status.configure(text="a message of some length " * 8 * count)
         yield f"{count} messages"
     editor.status.configure(text="")
-    editor.sk["entities"] += 30 * [EVERY_TYPE["circle"]]
+    editor.sk["entities"] += 30 * [CARD["circle"].sample]
     editor.refresh_list()
     yield "a long list"
 
@@ -109,7 +109,7 @@ def test_the_least_window_shows_its_buttons(screen, open_one, language):
     assert width < editor.winfo_screenwidth() and height < editor.winfo_screenheight()
     for label in ("OK", "Cancel"):
         assert lies_within(button(editor, i18n.tr(label)), editor)
-    for index in range(len(EVERY_TYPE)):
+    for index in range(len(CARDS)):
         editor.select(index)
         editor.update()
         (apply,) = [w for w in editor.props.winfo_children() if isinstance(w, ttk.Button)]
@@ -121,7 +121,7 @@ def test_the_least_window_shows_its_buttons(screen, open_one, language):
 @pytest.mark.parametrize("language", LANGUAGES)
 def test_the_form_is_no_wider_than_the_list(screen, open_one, language):
     editor = open_one(screen, language)
-    for unit, index in product(widgets.SYSTEMS, range(len(EVERY_TYPE))):
+    for unit, index in product(widgets.SYSTEMS, range(len(CARDS))):
         widgets.set_units(unit)
         editor.select(index)
         editor.update_idletasks()

@@ -10,6 +10,7 @@ import numpy as np
 import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
+from support.types import CARDS
 from tandrel import _reasons
 from tandrel import sketch as S
 from tandrel.kinds import polygon
@@ -20,112 +21,11 @@ CIRCLE = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
 REGULAR = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 0.01, "n": 6, "angle": 0.0}
 SLOT = {"type": "slot", "x1": 0.0, "y1": 0.0, "x2": 0.03, "y2": 0.0, "r": 0.004}
 OUTLINE = {"type": "polygon", "points": [[0.0, 0.0], [0.02, 0.0], [0.0, 0.01]], "radius": 0.0}
-EVERY_KIND = [RECTANGLE, CIRCLE, REGULAR, SLOT, OUTLINE]
+EVERY_KIND = [card.sample for card in CARDS]
 
-
-def drawn(*points, radius=0.0):
-    """A free outline with its corners in millimetres."""
-    corners = [[u / 1000, v / 1000] for u, v in points]
-    return {"type": "polygon", "points": corners, "radius": radius}
-
-
-# A strip that is 0.01 mm wide along the first corner and widens further away.
-NECK = drawn(
-    *[(0, 0), (600, 0), (600, 150), (80, 0.7), (0.02, 0.06), (0.02, 80), (150, 600), (0, 600)],
-    radius=0.0168,
-)
 
 REFUSED = [
-    ({**RECTANGLE, "w": 0.0}, "the width must be greater than zero"),
-    ({**RECTANGLE, "w": -0.01}, "the width must be greater than zero"),
-    ({**RECTANGLE, "h": -0.01}, "the height must be greater than zero"),
-    ({**RECTANGLE, "radius": -0.001}, "the corner radius must not be negative"),
-    (
-        {**RECTANGLE, "radius": 0.011},
-        "the corner radius 11 mm is larger than half of the shorter side, 10 mm",
-    ),
-    ({**CIRCLE, "r": 0.0}, "the radius must be greater than zero"),
-    ({**CIRCLE, "r": -0.01}, "the radius must be greater than zero"),
-    ({**REGULAR, "r": 0.0}, "the radius must be greater than zero"),
-    ({**REGULAR, "n": 2}, "the number of sides must lie between 3 and 1000"),
-    ({**REGULAR, "n": -6}, "the number of sides must lie between 3 and 1000"),
-    ({**REGULAR, "n": 1001}, "the number of sides must lie between 3 and 1000"),
-    ({**REGULAR, "n": 4.5}, "the number of sides must be a whole number"),
-    ({**REGULAR, "n": 10**30}, "Sides: the number is too large"),
-    ({**SLOT, "r": 0.0}, "the half width must be greater than zero"),
-    ({**OUTLINE, "points": []}, "an outline needs at least three corners"),
-    (drawn((0, 0), (1, 0)), "an outline needs at least three corners"),
-    (
-        drawn((0, 0), (20, 20), (20, 0), (0, 20)),
-        "the outline crosses itself near u = 10 mm, v = 10 mm",
-    ),
-    (
-        drawn((0, 0), (24, 6), (24, 0), (0, 6)),
-        "the outline crosses itself near u = 12 mm, v = 3 mm",
-    ),
-    (
-        drawn((0, 0), (20, 0), (20, 20), (10, 0), (0, 20)),
-        "the outline touches itself near u = 10 mm, v = 0 mm",
-    ),
-    (
-        drawn((0, 0), (20, 0), (20, 20), (20, 0), (0, 20)),
-        "the outline touches itself near u = 20 mm, v = 0 mm",
-    ),
-    (
-        drawn((0, 0), (20, 10), (40, 20), (10, 5)),
-        "the outline encloses no area: all its corners lie on one line",
-    ),
-    (
-        drawn((0, 0), (20, 0), (20, 0), (0, 20)),
-        "corners 2 and 3 are the same point, u = 20 mm, v = 0 mm",
-    ),
-    (
-        drawn((5, 5), (20, 0), (0, 20), (5, 5)),
-        "corners 4 and 1 are the same point, u = 5 mm, v = 5 mm",
-    ),
-    ({**OUTLINE, "radius": -0.001}, "the corner radius must not be negative"),
-    (
-        drawn((0, 0), (40, 0), (40, 20), (20, 20), (20, 30), (0, 30), radius=0.006),
-        "the corner radius 6 mm does not fit near u = 20 mm, v = 20 mm: at most 5 mm fits there",
-    ),
-    (NECK, "the rounded outline is too narrow near u = 1.56604 mm, v = 10.0531 mm"),
-    ({**CIRCLE, "xc": math.nan}, "Centre u: not a number"),
-    ({**CIRCLE, "yc": math.inf}, "Centre v: the number is too large"),
-    ({**CIRCLE, "r": 1e308}, "Radius: the number is too large"),
-    ({**CIRCLE, "xc": -1e308}, "Centre u: the number is too large"),
-    ({**CIRCLE, "xc": 10**400}, "Centre u: the number is too large"),
-    ({**RECTANGLE, "x": math.nan}, "Corner u: not a number"),
-    ({**RECTANGLE, "y": math.inf}, "Corner v: the number is too large"),
-    ({**RECTANGLE, "w": math.inf}, "Width: the number is too large"),
-    ({**RECTANGLE, "h": math.nan}, "Height: not a number"),
-    ({**RECTANGLE, "radius": math.inf}, "Corner radius: the number is too large"),
-    ({**REGULAR, "angle": math.nan}, "Angle of first corner (degrees): not a number"),
-    ({**SLOT, "x1": math.nan}, "End 1 centre u: not a number"),
-    ({**SLOT, "y1": math.nan}, "End 1 centre v: not a number"),
-    ({**SLOT, "x2": math.nan}, "End 2 centre u: not a number"),
-    ({**SLOT, "y2": math.nan}, "End 2 centre v: not a number"),
-    ({**SLOT, "r": math.nan}, "Half width: not a number"),
-    ({**OUTLINE, "points": [[0.0, 0.0], [1.0, math.nan], [0.0, 1.0]]}, "corner 2: not a number"),
-    (
-        {**OUTLINE, "points": [[0.0, 0.0], [1.0, 0.0], [0.0, 1e300]]},
-        "corner 3: the number is too large",
-    ),
-    ({**OUTLINE, "points": [[0.0, 0.0], [1.0], [0.0, 1.0]]}, "corner 2: two numbers are needed"),
-    ({**OUTLINE, "points": [[0.0, 0.0], "01", [0.0, 1.0]]}, "corner 2: two numbers are needed"),
-    ({**OUTLINE, "points": [None, None, None]}, "corner 1: two numbers are needed"),
-    (
-        {**OUTLINE, "points": [[float(k), 0.0] for k in range(10_001)]},
-        "an outline can have 10000 corners at most",
-    ),
-    ({**CIRCLE, "r": 1e-300}, "the shape is too small to be drawn exactly where it lies"),
-    (
-        {**CIRCLE, "xc": 1e6, "r": 1e-3},
-        "the shape is too small to be drawn exactly where it lies",
-    ),
-    (
-        {**RECTANGLE, "w": 1e6, "h": 1e-3},
-        "the shape is too small to be drawn exactly where it lies",
-    ),
+    *(row for card in CARDS for row in card.refused),
     ({"type": "spline"}, "'spline' is no kind of shape"),
     ({"type": None}, "None is no kind of shape"),
     ({"type": ["circle"]}, "['circle'] is no kind of shape"),

@@ -6,7 +6,7 @@ from tkinter import font, ttk
 import pytest
 from support.application import dialogs, in_editor, labels, shown
 from support.events import Send, settle
-from support.form import EVERY_TYPE
+from support.types import CARDS
 from support.widgets import walk
 from tandrel import storage
 from tandrel.application.dialogs import Question
@@ -34,7 +34,7 @@ def language(start, catalogues, monkeypatch, request):
 @pytest.fixture
 def every_type(tmp_path):
     """A file with a shape of each type."""
-    sketch = {"plane": "XY", "offset": 0.0, "entities": list(EVERY_TYPE.values())}
+    sketch = {"plane": "XY", "offset": 0.0, "entities": [card.sample for card in CARDS]}
     path = tmp_path / "TEST.json"
     storage.write(path, storage.Document("TEST", sketch))
     return path
@@ -99,7 +99,7 @@ def seen(sketcher, monkeypatch):
 def test_everything_in_the_editor_is_translated(language, sketcher, start, every_type, seen):
     def look(editor):
         texts = seen
-        for index in (None, *range(len(EVERY_TYPE))):
+        for index in (None, *range(len(CARDS))):
             editor.select(index)
             editor.update()
             texts += texts_in(editor)
@@ -228,7 +228,7 @@ def test_nothing_is_cut_off_in_the_smallest_window(language, start, every_type, 
 @IN_EVERY_LANGUAGE
 def test_nothing_is_cut_off_in_the_editor(language, start, every_type, screen):
     def look(editor):
-        for index in (None, *range(len(EVERY_TYPE))):
+        for index in (None, *range(len(CARDS))):
             editor.select(index)
             assert list(cut_off(editor)) == []
 

@@ -3,17 +3,6 @@
 import tkinter as tk
 from tkinter import ttk
 
-from .neighbours import circle, polygon, rectangle, regular, slot
-
-# An entity of each type whose values are all different; a new type comes last.
-EVERY_TYPE = {
-    "rectangle": rectangle(0.001, 0.002, 0.03, 0.04, 0.005),
-    "circle": circle(0.001, 0.002, 0.03),
-    "regular": regular(0.001, 0.002, 0.03, 7, 12.5),
-    "slot": slot(0.001, 0.002, 0.03, 0.04, 0.005),
-    "polygon": polygon((0.0, 0.0), (0.03, 0.0), (0.0, 0.0205), radius=0.001),
-}
-
 
 class GridForm(ttk.Frame):
     """The form of the widgets module: a grid of labels, entries and units."""

@@ -4,9 +4,11 @@ import numpy as np
 
 from .neighbours import circle, one_of_each
 from .plain import Event, PlainEditor, Var
+from .types import CARDS
 
-DRAG_TOOLS = ["rectangle", "circle", "regular"]
-TOOLS = ["select", "line", *DRAG_TOOLS, "slot"]
+DRAG_TOOLS = [card.tool.name for card in CARDS if card.tool.dragged]
+CLICK_TOOLS = [card.tool.name for card in CARDS if not card.tool.dragged]
+TOOLS = ["select", *DRAG_TOOLS, *CLICK_TOOLS]
 
 
 def sound(tool="select"):

@@ -13,37 +13,17 @@ from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from harness.places import ROOT
 from support.canvas import items
-from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.neighbours import circle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
+from support.types import random_entity
 from tandrel import sketch as geometry
 
 OVERRIDDEN = ("to_screen", "to_world", "key_points", "snapped", "pick", "redraw")
 
 
-def random_entity(dice):
-    """A shape of any type and size about the origin, now and then one that can't be built."""
-
-    def number(limit=0.1):
-        return dice.uniform(-limit, limit)
-
-    size = abs(number()) + 1e-4
-    made = dice.choice(
-        [
-            lambda: rectangle(number(), number(), size, size * 2, dice.choice([0.0, size / 5])),
-            lambda: circle(number(), number(), size),
-            lambda: regular(number(), number(), size, dice.randint(3, 9), number(180.0)),
-            lambda: slot(number(), number(), number(), number(), size / 4),
-            lambda: polygon(*[(number(), number()) for _ in range(dice.randint(3, 5))]),
-        ]
-    )()
-    if dice.random() < 0.05:
-        del made[dice.choice([key for key in made if key != "type"])]
-    return made
-
-
 def random_sketch(dice):
-    entities = [random_entity(dice) for _ in range(dice.randint(0, 25))]
+    entities = [random_entity(dice, 0.1) for _ in range(dice.randint(0, 25))]
     return {"plane": dice.choice(geometry.PLANES), "offset": 0.0, "entities": entities}
 
 
