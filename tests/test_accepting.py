@@ -119,13 +119,6 @@ def test_messages_of_the_check_refuse_a_plain_region_too(sketcher, neighbours):
     assert editor.calls == []
 
 
-def test_single_message_stands_alone(sketcher, neighbours):
-    neighbours.S.answers["check"] = ["nothing drawn"]
-    editor = accepting()
-    sketcher.SketchEditor.ok(editor)
-    assert editor.status.texts == ["nothing drawn"]
-
-
 def test_value_error_of_the_check_passes(sketcher, neighbours):
     neighbours.S.fail["check"] = ValueError("broken")
     editor = accepting()
@@ -200,11 +193,3 @@ def test_plane_chooser_is_copied_into_the_sketch(sketcher):
     editor = PlainEditor(plane=Var("XZ"))
     assert sketcher.SketchEditor._plane_changed(editor) is None
     assert editor.sk == {"entities": [], "plane": "XZ"}
-
-
-def test_cancelling_keeps_plane_and_offset_out(open_editor):
-    editor = open_editor(one_of_each())
-    editor.offset.set("99")
-    editor.destroy()
-    assert editor.result is None
-    assert editor.sk["offset"] == 0.0

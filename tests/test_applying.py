@@ -4,8 +4,13 @@ import copy
 
 import pytest
 
-from support.neighbours import circle, polygon, rectangle, regular
+from support.canvas import items
+from support.events import type_text
+from support.form import corners_text, form_of, form_texts, type_corners
+from support.neighbours import circle, one_of_each, polygon, rectangle, regular
 from support.plain import PlainEditor, Var
+from support.types import CARDS
+from support.widgets import button, walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
@@ -30,6 +35,8 @@ def applying(entity, typed=None, corners=None, others=()):
     return editor
 
 
+HINT = "Select a shape to type its exact size."
+CORNERS = "Corners (u v, one pair per line):"
 CIRCLE_TEXTS = {"xc": "1", "yc": "2", "r": "3"}
 OUTLINE_TEXTS = {"radius": "0"}
 
@@ -180,12 +187,6 @@ def test_field_that_is_no_number_is_not_applied(sketcher, neighbours, key, text)
     assert editor.vars[key].get() == text
 
 
-def test_first_bad_field_is_the_one_reported(sketcher):
-    editor = applying(circle(), {"xc": "1", "yc": "two", "r": "three"})
-    sketcher.SketchEditor.apply_props(editor)
-    assert editor.status.texts == ["Not applied: could not convert string to float: 'two'"]
-
-
 def test_entity_that_the_sketch_module_rejects_is_not_applied(sketcher):
     entity = circle()
     editor = applying(entity, {**CIRCLE_TEXTS, "r": "-1"})
@@ -195,12 +196,21 @@ def test_entity_that_the_sketch_module_rejects_is_not_applied(sketcher):
     assert editor.calls == []
 
 
-def test_message_is_translated_and_then_filled(sketcher, neighbours):
+@pytest.mark.parametrize(
+    "error, why", [(ValueError("bad {why} {0}"), "bad {why} {0}"), (ValueError(), "")]
+)
+def test_message_is_translated_and_then_filled(sketcher, neighbours, error, why):
     neighbours.tr.texts = {"Not applied: {why}": "{why} (nicht angewendet)"}
-    neighbours.S.fail["outline"] = ValueError("bad {why} {0}")
+    neighbours.S.fail["outline"] = error
     editor = applying(circle(), CIRCLE_TEXTS)
     sketcher.SketchEditor.apply_props(editor)
-    assert editor.status.texts == ["bad {why} {0} (nicht angewendet)"]
+    assert editor.status.texts == [f"{why} (nicht angewendet)"]
+
+
+def test_first_bad_field_is_the_one_reported(sketcher):
+    editor = applying(circle(), {"xc": "1", "yc": "two", "r": "three"})
+    sketcher.SketchEditor.apply_props(editor)
+    assert editor.status.texts == ["Not applied: could not convert string to float: 'two'"]
 
 
 def test_value_error_of_the_units_is_not_applied(sketcher, neighbours):
@@ -219,13 +229,6 @@ def test_value_error_of_asking_for_the_units_passes(sketcher, monkeypatch):
     with pytest.raises(ValueError, match="no units today"):
         sketcher.SketchEditor.apply_props(editor)
     assert editor.status.texts == []
-
-
-def test_value_error_without_a_message(sketcher, neighbours):
-    neighbours.S.fail["outline"] = ValueError()
-    editor = applying(circle(), CIRCLE_TEXTS)
-    sketcher.SketchEditor.apply_props(editor)
-    assert editor.status.texts == ["Not applied: "]
 
 
 @pytest.mark.parametrize("error", [KeyError, TypeError, ZeroDivisionError, OverflowError])
@@ -355,13 +358,109 @@ def test_empty_corners_are_left_to_the_sketch_module(sketcher, neighbours, text)
     assert editor.status.texts == ["Not applied: the outline has no area"]
 
 
-def test_corners_may_be_added_and_removed(sketcher):
-    editor = applying(polygon(), OUTLINE_TEXTS, "0 0\n1 0\n1 1\n0 1\n-1 .5")
-    sketcher.SketchEditor.apply_props(editor)
-    assert len(editor.sk["entities"][0]["points"]) == 5
-
-
 def test_old_corners_are_not_needed(sketcher):
     editor = applying({"type": "polygon"}, OUTLINE_TEXTS, "0 0\n1 0\n1 1")
     sketcher.SketchEditor.apply_props(editor)
     assert len(editor.sk["entities"][0]["points"]) == 3
+
+
+# --- in the window
+
+
+@pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
+def test_form_that_is_applied_unchanged_changes_nothing(select, card):
+    entity = card.sample
+    editor = select(entity)
+    editor.apply_props()
+    assert editor.sk["entities"] == [entity]
+    assert [(k, type(v)) for k, v in editor.sk["entities"][0].items()] == [
+        (k, type(v)) for k, v in entity.items()
+    ]
+    assert editor.status.cget("text") == ""
+
+
+def test_return_in_any_field_applies_the_whole_form(select, send):
+    editor = select(rectangle())
+    entries = form_of(editor).entries()
+    for entry, text in zip(entries, ("1", "2", "3", "4", "0.5")):
+        type_text(entry, text)
+    send(editor).key("Return", entries[0])
+    assert editor.sk["entities"] == [rectangle(0.001, 0.002, 0.003, 0.004, 0.0005)]
+
+
+def test_return_in_a_field_is_followed_by_the_dialogs_own(open_editor, sketcher, send):
+    calls = []
+
+    class Editor(sketcher.SketchEditor):
+        def apply_props(self, *args):
+            calls.append(("apply_props", args))
+
+        def close_line(self, *args):
+            calls.append(("close_line", args))
+
+    editor = open_editor({"entities": [circle()]}, cls=Editor)
+    editor.select(0)
+    for entry in form_of(editor).entries():
+        calls.clear()
+        send(editor).key("Return", entry)
+        assert calls == [("apply_props", ()), ("close_line", ())]
+    button(editor, "Apply").invoke()
+    assert calls[2:] == [("apply_props", ())]
+
+
+def test_applied_form_keeps_its_texts_and_widgets(select):
+    editor = select(circle())
+    editor.update()
+    widgets = list(walk(editor.props))
+    editor.vars["xc"].set(" 2.50 ")
+    button(editor, "Apply").invoke()
+    editor.update()
+    assert list(walk(editor.props)) == widgets
+    assert form_texts(editor) == [" 2.50 ", "0", "1000"]
+    assert editor.sel == 0
+    assert editor.list.selection() == ("0",)
+
+
+def test_failed_apply_changes_only_the_status_line(select):
+    editor = select(*one_of_each()["entities"], index=4)
+    before = copy.deepcopy(editor.sk), items(editor.canvas), form_texts(editor)
+    rows = [editor.list.item(iid) for iid in editor.list.get_children()]
+    type_corners(editor, "0 0\n1 1\n2 2 2")
+    widgets = list(walk(editor.props))
+    button(editor, "Apply").invoke()
+    editor.update()
+    assert (editor.sk, items(editor.canvas), form_texts(editor)) == before
+    assert [editor.list.item(iid) for iid in editor.list.get_children()] == rows
+    assert list(walk(editor.props)) == widgets
+    assert corners_text(editor) == "0 0\n1 1\n2 2 2"
+    assert editor.sel == 4
+    assert editor.status.cget("text") == "Not applied: each corner needs two numbers"
+
+
+def test_broken_entity_can_be_mended_in_the_form(select):
+    editor = select({"type": "circle"})
+    assert editor.list.set("0", "size") == "?"
+    editor.vars["r"].set("10")
+    editor.apply_props()
+    assert editor.sk["entities"] == [circle(r=0.01)]
+    assert editor.list.set("0", "size") == "diameter 20 mm"
+
+
+def test_language_may_change_while_the_dialog_is_open(select, neighbours):
+    editor = select(polygon())
+    neighbours.tr.texts = {
+        "Apply": "Anwenden",
+        CORNERS: "Ecken:",
+        "Corner radius (0 = sharp)": "Radius",
+        "Not applied: {why}": "Fehler: {why}",
+        "each corner needs two numbers": "zwei Zahlen",
+        HINT: "Form wählen",
+    }
+    type_corners(editor, "1")
+    editor.apply_props()
+    assert editor.status.cget("text") == "Fehler: zwei Zahlen"
+    editor.show_props()
+    texts = [w.cget("text") for w in walk(editor.props) if "text" in w.keys()]
+    assert {"Anwenden", "Ecken:", "Radius"} <= set(texts)
+    editor.select(None)
+    assert [w.cget("text") for w in editor.props.winfo_children()] == ["Form wählen"]

@@ -57,26 +57,6 @@ def test_choosing_a_tool_abandons_the_drawing(spied, sketcher):
         calls.clear()
 
 
-def test_choosing_a_tool_drops_the_corners_of_an_outline(open_editor, send):
-    editor = open_editor()
-    editor.tool.set("line")
-    hand = send(editor)
-    hand.click(100, 100)
-    hand.click(200, 100)
-    button(editor, "Slot").invoke()
-    assert editor.clicks == []
-    assert editor.tool.get() == "slot"
-
-
-def test_return_in_an_entry_of_the_form_applies_and_reaches_the_dialog(spied, send):
-    editor, calls = spied("apply_props", "close_line", sketch=one_of_each())
-    editor.select(1)
-    calls.clear()
-    entry = next(w for w in walk(editor.props) if type(w) is ttk.Entry)
-    send(editor).key("Return", entry)
-    assert calls == once("apply_props") + once("close_line")
-
-
 def test_operations_replaced_on_the_open_editor_are_called_where_they_are_looked_up(
     open_editor, send
 ):
@@ -238,16 +218,6 @@ def test_wheel_buttons_zoom_about_the_pointer(spied, send, number, factor):
     editor, calls = spied("_zoom")
     send(editor).press(31, 47, button=number)
     assert calls == once("_zoom", factor, 31, 47)
-
-
-def test_wheel_in_and_out_restores_the_scale(open_editor, send):
-    editor = open_editor()
-    scale, centre = editor.scale, editor.centre.copy()
-    send(editor).wheel(31, 47, 120)
-    assert editor.scale == scale * 1.2
-    send(editor).wheel(31, 47, -120)
-    assert editor.scale == pytest.approx(scale, rel=1e-15)
-    assert editor.centre.tolist() == pytest.approx(centre.tolist(), abs=1e-15)
 
 
 def test_double_click_closes_the_outline(spied, send):

@@ -5,8 +5,9 @@ import math
 import numpy as np
 import pytest
 from support import canvas as shown
-from support.neighbours import circle, one_of_each, outline_points, polygon, rectangle, slot
+from support.neighbours import circle, one_of_each, outline_points, polygon, rectangle
 from support.plain import PlainEditor, Recorder, Var
+from support.watchdog import finishes
 
 AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 GRID, MUTED, ACCENT = "#eeeeee", "#666666", "#1155aa"
@@ -162,6 +163,16 @@ class TestGrid:
         with pytest.raises(KeyError):
             editor.redraw()
 
+    def test_that_runs_backwards_has_no_lines(self, editor):
+        """The step is wide enough on the screen, and would never reach the upper bound."""
+        editor.grid_step, editor.scale = lambda: -1.0, -40.0
+        editor.to_world = lambda x, y: (x, -y)
+        assert finishes(lambda: grid_lines(editor)) == ([], [])
+
+    def test_of_more_lines_than_can_be_meant_has_none(self, editor):
+        editor.to_world = lambda x, y: (x * 1e7, 0.0)
+        assert all(len(lines) <= 1 for lines in finishes(lambda: grid_lines(editor)))
+
 
 class TestAxes:
     def axes(self, editor):
@@ -205,6 +216,14 @@ class TestAxes:
         with pytest.raises(ValueError):
             editor.redraw()
 
+    @pytest.mark.parametrize(
+        "dim, letters", [(3.0, ["x", "z"]), (np.int64(3), ["x", "z"]), (3.5, ["x", "y"])]
+    )
+    def test_lie_in_space_for_any_number_that_equals_three(self, editor, dim, letters):
+        editor.dim = dim
+        editor.plane.set("XZ")
+        assert self.letters(editor) == letters
+
 
 class TestReferences:
     def references(self, editor):
@@ -238,144 +257,6 @@ class TestReferences:
     def test_are_drawn_while_there_is_no_shape(self, editor):
         editor.refs = [("edge", [[0.0, 0.0], [1.0, 0.0]])]
         assert len(self.references(editor)) == 1
-
-
-class TestShapes:
-    def test_an_empty_sketch_shows_grid_axes_and_preview_only(self, editor):
-        previews = []
-        editor._preview = lambda: previews.append(len(editor.canvas.drawn))
-        calls = painted(editor)
-        assert {name for name, _, _ in calls} == {"create_line", "create_text"}
-        assert previews == [len(calls)]
-
-    def test_a_shape_is_a_filled_polygon_with_its_outline_s_points(self, editor):
-        box = rectangle(1.0, -1.0, 2.0, 1.5)
-        editor.sk["entities"] = [box]
-        coordinates = (240.0, 190.0, 320.0, 190.0, 320.0, 130.0, 240.0, 130.0)
-        assert polygons(editor) == [(coordinates, {"fill": SOLID, "outline": ACCENT, "width": 2})]
-
-    def test_an_outline_may_be_any_sequence_of_points(self, editor, neighbours):
-        neighbours.S.answers["outline"] = [(0, 0), [1, 0], np.array([0.0, 1.0])]
-        editor.sk["entities"] = [circle()]
-        neighbours.S.answers["depths"] = [0]
-        assert polygons(editor)[0][0] == (200.0, 150.0, 240.0, 150.0, 200.0, 110.0)
-
-    def test_holes_and_islands_alternate(self, editor):
-        island = rectangle(2.0, 2.0, 1.0, 1.0)
-        hole = rectangle(1.0, 1.0, 4.0, 4.0)
-        plate = rectangle(0.0, 0.0, 6.0, 6.0)
-        editor.sk["entities"] = [island, plate, hole]
-        found = polygons(editor)
-        order = [corners_on_screen(editor, e) for e in (plate, hole, island)]
-        assert [args for args, _ in found] == order
-        assert [options["fill"] for _, options in found] == [SOLID, HOLE, SOLID]
-
-    def test_equal_depths_keep_the_stored_order(self, editor, neighbours):
-        entities = [rectangle(float(k), 0.0) for k in range(5)]
-        editor.sk["entities"] = entities
-        neighbours.S.answers["depths"] = [2, 0, 1, 0, 2]
-        order = [corners_on_screen(editor, entities[k]) for k in (1, 3, 2, 0, 4)]
-        found = polygons(editor)
-        assert [args for args, _ in found] == order
-        assert [options["fill"] for _, options in found] == [SOLID, SOLID, HOLE, SOLID, SOLID]
-
-    @pytest.mark.parametrize("depths", [(3, 0, 1), np.array([3, 0, 1]), [3.0, 0.0, 1.0]])
-    def test_depths_may_be_any_sequence_of_numbers(self, editor, neighbours, depths):
-        editor.sk["entities"] = [rectangle(), rectangle(1.0), rectangle(2.0)]
-        neighbours.S.answers["depths"] = depths
-        assert fills(editor) == [SOLID, HOLE, HOLE]
-
-    def test_depths_are_asked_once_for_the_whole_sketch(self, editor, neighbours):
-        editor.sk["entities"] = [rectangle(), circle()]
-        editor.redraw()
-        assert [args[0] for args in neighbours.S.named("depths")] == [editor.sk]
-        assert neighbours.S.named("depths")[0][0] is editor.sk
-
-    @pytest.mark.parametrize("bad", [circle(r=-1.0), {"type": "slot"}, {"type": "nonsense"}])
-    def test_a_bad_shape_is_not_drawn_and_flattens_the_others(self, editor, neighbours, bad):
-        plate, hole = rectangle(0.0, 0.0, 6.0, 6.0), rectangle(1.0, 1.0, 4.0, 4.0)
-        editor.sk["entities"] = [hole, bad, plate]
-        found = polygons(editor)
-        assert [args for args, _ in found] == [corners_on_screen(editor, e) for e in (hole, plate)]
-        assert [options["fill"] for _, options in found] == [SOLID, SOLID]
-        assert neighbours.S.count("depths") == 0
-
-    def test_the_validity_of_all_is_asked_up_to_the_first_bad_one(self, editor):
-        first, bad, last = rectangle(), circle(), slot()
-        asked = []
-        editor._ok = lambda e: asked.append(e) or e is not bad
-        editor.sk["entities"] = [first, bad, last]
-        editor.redraw()
-        assert [id(e) for e in asked] == [id(e) for e in (first, bad, first, bad, last)]
-
-    @pytest.mark.parametrize("error", [ValueError, KeyError])
-    def test_refused_depths_flatten_all_shapes(self, editor, neighbours, error):
-        editor.sk["entities"] = [rectangle(1.0, 1.0, 4.0, 4.0), rectangle(0.0, 0.0, 6.0, 6.0)]
-        neighbours.S.fail["depths"] = error("no")
-        assert fills(editor) == [SOLID, SOLID]
-        assert polygons(editor)[0][0] == corners_on_screen(editor, editor.sk["entities"][0])
-
-    @pytest.mark.parametrize("error", [TypeError, RuntimeError, ZeroDivisionError])
-    def test_lets_other_errors_of_depths_through(self, editor, neighbours, error):
-        editor.sk["entities"] = [rectangle()]
-        neighbours.S.fail["depths"] = error("broken")
-        with pytest.raises(error):
-            editor.redraw()
-
-    def test_lets_other_errors_of_an_outline_through(self, editor, neighbours):
-        editor.sk["entities"] = [rectangle()]
-        neighbours.S.fail["outline"] = RuntimeError("broken")
-        with pytest.raises(RuntimeError):
-            editor.redraw()
-
-    def test_too_few_depths_are_an_error(self, editor, neighbours):
-        editor.sk["entities"] = [rectangle(), circle()]
-        neighbours.S.answers["depths"] = [0]
-        with pytest.raises(IndexError):
-            editor.redraw()
-
-
-class TestSelection:
-    def test_the_selected_shape_has_a_thick_orange_outline(self, editor):
-        editor.sk["entities"] = [rectangle(), circle(), slot()]
-        editor.sel = 1
-        outlines = [(options["outline"], options["width"]) for _, options in polygons(editor)]
-        assert outlines == [(ACCENT, 2), (ORANGE, 3), (ACCENT, 2)]
-
-    def test_the_first_shape_is_selected_by_zero(self, editor):
-        editor.sk["entities"] = [rectangle(), circle()]
-        editor.sel = 0
-        assert [options["outline"] for _, options in polygons(editor)] == [ORANGE, ACCENT]
-
-    def test_the_fill_is_that_of_its_depth(self, editor):
-        editor.sk["entities"] = [rectangle(0.0, 0.0, 6.0, 6.0), rectangle(1.0, 1.0, 1.0, 1.0)]
-        editor.sel = 1
-        options = polygons(editor)[1][1]
-        assert options == {"fill": HOLE, "outline": ORANGE, "width": 3}
-
-    def test_its_labels_come_right_after_its_polygon(self, editor):
-        labelled = []
-        editor._dimensions = lambda e: labelled.append((e, len(editor.canvas.drawn)))
-        editor.sk["entities"] = [rectangle(), circle(), slot()]
-        editor.sel = 1
-        calls = painted(editor)
-        ((entity, count),) = labelled
-        assert entity is editor.sk["entities"][1]
-        assert calls[count - 1][2]["outline"] == ORANGE
-        assert [name for name, _, _ in calls[count:]] == ["create_polygon"]
-
-    @pytest.mark.parametrize("sel", [None, 2, 7])
-    def test_without_a_selected_shape_nothing_is_orange(self, editor, sel):
-        editor._dimensions = lambda e: pytest.fail("labelled")
-        editor.sk["entities"] = [rectangle(), circle()]
-        editor.sel = sel
-        assert [options["outline"] for _, options in polygons(editor)] == [ACCENT, ACCENT]
-
-    def test_a_selected_bad_shape_shows_nothing(self, editor):
-        editor._dimensions = lambda e: pytest.fail("labelled")
-        editor.sk["entities"] = [rectangle(), circle(r=-1.0)]
-        editor.sel = 1
-        assert [options["outline"] for _, options in polygons(editor)] == [ACCENT]
 
 
 class TestThroughTheEditor:
@@ -481,21 +362,6 @@ class TestOnTheScreen:
         editor.redraw()
         editor.redraw()
         assert [item[:2] for item in shown.items(editor.canvas)] == before
-
-    def test_a_resize_repaints_with_the_same_view(self, open_editor):
-        editor = open_editor(one_of_each())
-        scale, centre = editor.scale, editor.centre.copy()
-        width = editor.winfo_width()
-        editor.geometry(f"{width + 100}x{editor.winfo_height() + 60}")
-        deadline = 200
-        while editor.winfo_width() != width + 100 and deadline:
-            editor.update()
-            deadline -= 1
-        editor.update()
-        (axis,) = shown.of_kind(editor.canvas, "line", fill=AXIS_1)
-        assert axis.coords[2] == editor.canvas.winfo_width()
-        assert editor.scale == scale
-        assert list(editor.centre) == list(centre)
 
     def test_a_polygon_outline_is_drawn_open_and_closed_by_tk(self, open_editor):
         triangle = polygon((0.0, 0.0), (0.03, 0.0), (0.0, 0.02))

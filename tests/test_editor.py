@@ -333,39 +333,3 @@ def test_key_reaches_its_operation_without_arguments(open_editor, sketcher, send
     assert calls == [((), {})]
     send(editor).key(key, editor.list)
     assert len(calls) == 2
-
-
-def test_escape_abandons_the_outline_and_leaves_the_dialog_open(open_editor, send):
-    editor = open_editor()
-    editor.tool.set("line")
-    hand = send(editor)
-    for pixel in ((100, 100), (300, 100), (300, 300)):
-        hand.click(*pixel)
-    assert len(editor.clicks) == 3
-    hand.key("Escape")
-    assert editor.clicks == []
-    assert editor.sk["entities"] == []
-    assert editor.winfo_exists()
-    hand.key("Return")
-    assert editor.sk["entities"] == []
-
-
-def test_return_closes_the_outline(open_editor, send):
-    editor = open_editor()
-    editor.tool.set("line")
-    hand = send(editor)
-    for pixel in ((100, 100), (300, 100), (300, 300)):
-        hand.click(*pixel)
-    hand.key("Return")
-    assert [e["type"] for e in editor.sk["entities"]] == ["polygon"]
-
-
-@pytest.mark.parametrize("key", ["Delete", "BackSpace"])
-def test_delete_keys_remove_the_selected_shape(open_editor, send, key):
-    editor = open_editor(one_of_each())
-    editor.select(1)
-    send(editor).key(key)
-    expected = one_of_each()["entities"]
-    del expected[1]
-    assert editor.sk["entities"] == expected
-    assert editor.sel is None

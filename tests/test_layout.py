@@ -6,7 +6,7 @@ from tkinter import ttk
 import pytest
 
 from support.neighbours import FakeUnits, circle, one_of_each
-from support.widgets import button, walk
+from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
@@ -296,23 +296,6 @@ def test_plane_and_offset_have_widgets_only_in_space(open_editor, dim, bar):
     editor = open_editor(dim=dim)
     texts = [w.cget("text") for w in walk(editor) if isinstance(w, ttk.Label)]
     assert ("Plane" in texts) == ("Offset along the normal" in texts) == bar
-
-
-def test_plain_region_starts_with_the_snap_switch(open_editor):
-    editor = open_editor(dim=2)
-    top_bar = editor.winfo_children()[0].winfo_children()[0]
-    assert top_bar.winfo_children()[0].cget("text") == "Snap to grid"
-
-
-def test_fixed_plane_starts_with_the_offset(open_editor):
-    editor = open_editor(allow_plane=False)
-    top_bar = editor.winfo_children()[0].winfo_children()[0]
-    assert top_bar.winfo_children()[0].cget("text") == "Offset along the normal"
-
-
-def test_ok_stands_to_the_left_of_cancel(open_editor):
-    editor = open_editor()
-    assert button(editor, "OK").winfo_x() < button(editor, "Cancel").winfo_x()
 
 
 def test_named_widgets_are_the_ones_of_the_tree(open_editor):

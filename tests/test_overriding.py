@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 
 from support.neighbours import circle, one_of_each
-from support.plain import Event, PlainEditor, Recorder
+from support.plain import Event, PlainEditor
 from support.widgets import button
 
 pytestmark = pytest.mark.usefixtures("neighbours")
@@ -175,31 +175,6 @@ def test_overridden_operation_is_used(
     assert calls and set(calls) == {callee}
 
 
-@pytest.mark.parametrize(
-    "operation, callee, prepare, arguments",
-    [row for row in CALLS if row[1] not in ("focus_get", "destroy")],
-    ids=lambda v: v if isinstance(v, str) else "",
-)
-def test_operation_given_to_a_plain_object_is_used(sketcher, operation, callee, prepare, arguments):
-    calls = []
-    editor = PlainEditor(entities=one_of_each()["entities"], width=622, height=462, scale=5000.0)
-    editor.vars = {key: Recorder(get="1") for key in ("xc", "yc", "r")}
-    editor.show_props = lambda: None
-    spy = spy_on(sketcher.SketchEditor, callee, calls)
-    bound = spy if callee in STATIC else lambda *args, **kwargs: spy(editor, *args, **kwargs)
-    if callee == "show_props":
-        bound = lambda: calls.append(callee)  # noqa: E731
-    setattr(editor, callee, bound)
-    if operation == "apply_props":
-        editor.sel = 1
-    else:
-        prepare(editor)
-    arguments = [a(editor) if callable(a) else a for a in arguments]
-    calls.clear()
-    vars(sketcher.SketchEditor)[operation].__get__(editor, type(editor))(*arguments)
-    assert calls and set(calls) == {callee}
-
-
 @pytest.mark.parametrize("level", ["class", "subclass"])
 @pytest.mark.parametrize(
     "callee", ["_build", "_default_grid", "_extent", "fit", "redraw", "refresh_list", "show_props"]
@@ -233,30 +208,6 @@ def test_operation_set_on_the_instance_before_construction_is_used(open_editor, 
     button(editor, "Fit").invoke()
     button(editor, "Slot").invoke()
     assert calls == ["fit", "cancel_drawing"]
-
-
-def test_running_uses_overridden_fit_and_geometry(open_editor, sketcher):
-    calls = []
-
-    class Editor(sketcher.SketchEditor):
-        def fit(self):
-            calls.append("fit")
-
-        def geometry(self, *args):
-            calls.append(("geometry", len(args)))
-            return super().geometry(*args)
-
-        def grab_set(self):
-            calls.append("grab_set")
-
-        def wait_window(self, *args):
-            calls.append("wait_window")
-
-    editor = open_editor(cls=Editor)
-    calls.clear()
-    editor.result = {"kept": True}
-    assert editor.run() == {"kept": True}
-    assert calls == [("geometry", 1), "grab_set", "fit", "wait_window"]
 
 
 def test_own_result_of_an_override_counts(open_editor, sketcher):
@@ -366,36 +317,3 @@ def test_subclass_may_extend_every_operation_by_super(open_editor, sketcher):
     editor.ok()
     assert {"_build", "fit", "redraw", "select", "apply_props", "add", "_preview", "ok"} <= calls
     assert len(editor.result["entities"]) == len(one_of_each()["entities"]) + 1
-
-
-# --- handlers of events and commands
-
-
-@pytest.mark.parametrize(
-    "operation, act",
-    [
-        ("cancel_drawing", lambda e, hand: hand.key("Escape")),
-        ("close_line", lambda e, hand: hand.key("Return")),
-        ("delete", lambda e, hand: hand.key("Delete")),
-        ("_press", lambda e, hand: hand.press(50, 50)),
-        ("_drag", lambda e, hand: hand.drag(50, 50)),
-        ("_release", lambda e, hand: hand.release(50, 50)),
-        ("_motion", lambda e, hand: hand.motion(50, 50)),
-        ("_pan_start", lambda e, hand: hand.press(50, 50, button=2)),
-        ("_pan_move", lambda e, hand: e._pan_start(ANYWHERE) or hand.drag(50, 50, button=3)),
-        ("_zoom", lambda e, hand: hand.wheel(50, 50, 120)),
-        ("_list_selected", lambda e, hand: e.list.selection_set("2") or e.update()),
-        ("apply_props", lambda e, hand: e.select(1) or button(e, "Apply").invoke()),
-        ("ok", lambda e, hand: button(e, "OK").invoke()),
-        ("destroy", lambda e, hand: button(e, "Cancel").invoke()),
-    ],
-    ids=lambda v: v if isinstance(v, str) else "",
-)
-def test_events_reach_overrides_of_a_subclass(open_editor, sketcher, send, operation, act):
-    calls = []
-    spy = spy_on(sketcher.SketchEditor, operation, calls)
-    cls = type("Editor", (sketcher.SketchEditor,), {operation: spy})
-    editor = open_editor(one_of_each(), cls=cls)
-    calls.clear()
-    act(editor, send(editor))
-    assert calls == [operation]

@@ -1,6 +1,7 @@
 """Which shape lies under the pointer, selecting it, moving it, deleting it."""
 
 import copy
+import math
 import tkinter as tk
 from tkinter import ttk
 
@@ -8,8 +9,11 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support.neighbours import PLACES, circle, one_of_each, polygon, rectangle, regular, slot
+from support.neighbours import circle, one_of_each, polygon, rectangle, slot
 from support.plain import PlainEditor
+from support.types import CARDS
+
+NAN = math.nan
 
 
 @pytest.fixture
@@ -158,6 +162,28 @@ class TestPick:
         assert editor.sel is None
         assert editor.calls == []
 
+    def test_an_outline_with_a_point_that_is_no_number_is_never_near(self, editor, neighbours):
+        outline = [[0.0, 0.0], [NAN, 0.0], [5.0, 5.0]]
+        editor.sk["entities"] = [circle()]
+        for order in ((0, 1, 2), (1, 0, 2), (2, 0, 1)):
+            neighbours.S.answers.update(outline=np.array([outline[k] for k in order]), inside=False)
+            assert editor.pick(200, 150) is None
+        neighbours.S.answers["inside"] = True
+        assert editor.pick(200, 150) == 0
+
+    @pytest.mark.parametrize("areas", [(5.0, NAN), (NAN, 5.0), (NAN, NAN)])
+    def test_an_area_that_is_no_number_is_not_smaller_than_any(self, editor, neighbours, areas):
+        editor.sk["entities"] = [circle(), rectangle(-1.0, -1.0, 2.0, 2.0)]
+        neighbours.S.answers["area"] = lambda e: areas[editor.sk["entities"].index(e)]
+        assert editor.pick(200, 150) == 0
+
+    def test_validity_of_all_shapes_is_asked_in_their_order(self, editor):
+        asked = []
+        editor.sk["entities"] = [circle(), polygon(), rectangle()]
+        editor._ok = lambda e: asked.append(e["type"])
+        assert editor.pick(200, 150) is None
+        assert asked == ["circle", "polygon", "rectangle"]
+
 
 class TestSelect:
     @pytest.mark.parametrize("i", [0, 1, None])
@@ -189,26 +215,14 @@ class TestMoved:
     def moved(self, sketcher):
         return sketcher.SketchEditor._moved
 
-    @pytest.mark.parametrize(
-        "entity, expected",
-        [
-            (rectangle(1.0, 2.0, 3.0, 4.0, 0.5), rectangle(2.0, 4.0, 3.0, 4.0, 0.5)),
-            (circle(1.0, 2.0, 3.0), circle(2.0, 4.0, 3.0)),
-            (regular(1.0, 2.0, 3.0, 5, 15.0), regular(2.0, 4.0, 3.0, 5, 15.0)),
-            (slot(1.0, 2.0, 3.0, 4.0, 0.5), slot(2.0, 4.0, 4.0, 6.0, 0.5)),
-            (
-                polygon((0, 0), (1, 1), (2, 0), radius=0.5),
-                polygon((1.0, 2.0), (2.0, 3.0), (3.0, 2.0), radius=0.5),
-            ),
-        ],
-    )
+    @pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
     @pytest.mark.parametrize("d", [(1, 2), [1.0, 2.0], np.array([1.0, 2.0]), ("1", "2")])
-    def test_of_every_type(self, moved, entity, expected, d):
-        before = copy.deepcopy(entity)
-        result = moved(entity, d)
-        assert result == expected
-        assert list(result) == list(entity)
-        assert entity == before
+    def test_of_every_type(self, moved, card, d):
+        before = copy.deepcopy(card.sample)
+        result = moved(card.sample, d)
+        assert result == card.moved
+        assert list(result) == list(before)
+        assert card.sample == before
 
     def test_is_reached_through_an_editor_too(self, editor):
         assert editor._moved(circle(), (1, 2)) == circle(1.0, 2.0)
@@ -377,7 +391,7 @@ class TestOnTheScreen:
 
     def test_every_type_is_picked_at_its_place(self, open_editor):
         editor = open_editor(one_of_each())
-        picked = [editor.pick(*editor.to_screen(p)) for p in PLACES]
+        picked = [editor.pick(*editor.to_screen(card.place)) for card in CARDS]
         assert picked == list(range(len(editor.sk["entities"])))
 
     def test_selecting_shows_in_list_and_form(self, open_editor):

@@ -3,9 +3,10 @@
 import numpy as np
 import pytest
 from support import canvas as shown
-from support.neighbours import circle, outline_points, rectangle, slot
+from support.neighbours import circle, outline_points, slot
 from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import PlainEditor, Var, point
+from support.types import CARDS
 
 ORANGE = "#E8833A"
 DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
@@ -66,24 +67,27 @@ class TestDot:
         assert previewed(editor) == [DOT]
 
 
-class TestShapeFromADrag:
-    @pytest.mark.parametrize(
-        "tool, entity",
-        [
-            ("rectangle", rectangle(-1.0, 0.5, 2.0, 1.5)),
-            ("circle", circle(-1.0, 2.0, 2.5)),
-        ],
-    )
-    def test_is_a_dashed_outline_below_the_dot(self, editor, tool, entity):
-        editor.tool.set(tool)
-        editor.drag = {"kind": "new", "start": point(-1.0, 2.0)}
-        assert previewed(editor) == [dashed_outline(editor, entity), DOT]
+def circle_dragged(editor):
+    editor.tool.set("circle")
+    editor.drag = {"kind": "new", "start": point(0, 0)}
 
-    def test_is_the_shape_that_the_release_would_add(self, editor):
-        editor.tool.set("regular")
+
+def slot_clicked(editor):
+    editor.tool.set("slot")
+    editor.clicks = [point(0, 0), point(3, 0)]
+
+
+BEING_DRAWN = [circle_dragged, slot_clicked]
+
+
+class TestShapeFromADrag:
+    @pytest.mark.parametrize("card", [card for card in CARDS if card.tool.dragged])
+    def test_is_a_dashed_outline_below_the_dot(self, editor, card):
+        """The shape that the release would add."""
+        editor.tool.set(card.tool.name)
         editor.sides.set("5")
         editor.drag = {"kind": "new", "start": point(-1.0, 2.0)}
-        shape = editor._from_drag(editor.drag["start"], editor.cursor)
+        shape = card.drawn((-1.0, 2.0), (1.0, 0.5), sides=5)
         assert previewed(editor) == [dashed_outline(editor, shape), DOT]
 
     def test_is_built_through_the_editor_from_start_to_cursor(self, editor):
@@ -99,15 +103,16 @@ class TestShapeFromADrag:
         editor.drag = {"kind": "new", "start": editor.cursor.copy()}
         assert previewed(editor) == [DOT]
 
-    def test_no_shape_is_not_asked_for_its_validity(self, editor):
-        editor._from_drag = lambda a, b: None
+    @pytest.mark.parametrize("drawn", BEING_DRAWN)
+    def test_no_shape_is_not_asked_for_its_validity(self, editor, drawn):
+        drawn(editor)
+        editor._from_drag = editor._slot = lambda *points: None
         editor._ok = lambda e: pytest.fail("asked")
-        editor.drag = {"kind": "new", "start": point(0, 0)}
         assert previewed(editor) == [DOT]
 
-    def test_an_invalid_shape_is_not_shown(self, editor):
-        editor.tool.set("circle")
-        editor.drag = {"kind": "new", "start": point(0, 0)}
+    @pytest.mark.parametrize("drawn", BEING_DRAWN)
+    def test_an_invalid_shape_is_not_shown(self, editor, drawn):
+        drawn(editor)
         editor._ok = lambda e: False
         assert previewed(editor) == [DOT]
 
@@ -192,17 +197,6 @@ class TestSlot:
         editor.clicks = [point(0, 0), point(3, 0)]
         editor.cursor = point(1.0, 0.0)
         assert previewed(editor) == [dot(240.0, 150.0)]
-
-    def test_no_slot_is_not_asked_for_its_validity(self, editor):
-        editor.clicks = [point(0, 0), point(3, 0)]
-        editor._slot = lambda a, b, p: None
-        editor._ok = lambda e: pytest.fail("asked")
-        assert previewed(editor) == [DOT]
-
-    def test_an_invalid_slot_is_not_shown(self, editor):
-        editor.clicks = [point(0, 0), point(3, 0)]
-        editor._ok = lambda e: False
-        assert previewed(editor) == [DOT]
 
 
 class TestTogether:

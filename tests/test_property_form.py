@@ -8,22 +8,18 @@ from types import SimpleNamespace
 import pytest
 
 from support.events import focus
-from support.form import EVERY_TYPE, corners_text, form_of, form_texts, type_corners
+from support.form import corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
 from support.plain import PlainEditor, Recorder, Var
-from support.widgets import button, walk
+from support.types import CARD, CARDS
+from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
 HINT = "Select a shape to type its exact size."
 CORNERS = "Corners (u v, one pair per line):"
-SHOWN = {
-    "rectangle": ["1", "2", "30", "40", "5"],
-    "circle": ["1", "2", "30"],
-    "regular": ["1", "2", "30", "7", "12.5"],
-    "slot": ["1", "2", "30", "40", "5"],
-    "polygon": ["1"],
-}
+every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
+OUTLINE = CARD["polygon"].sample
 
 
 # --- without a selection
@@ -64,11 +60,11 @@ def test_hint_replaces_the_form(select):
 # --- the fields
 
 
-@pytest.mark.parametrize("kind", EVERY_TYPE)
-def test_fields_of_every_type(select, sketcher, kind):
-    editor = select(EVERY_TYPE[kind])
+@every_card
+def test_form_of_every_type(select, sketcher, card):
+    editor = select(card.sample)
     form = form_of(editor)
-    rows = sketcher.FIELDS[kind]
+    rows = sketcher.FIELDS[card.name]
     assert form.master is editor.props
     assert form.label_width == 14
     assert form.calls[0] == ("pack", (), {})
@@ -77,16 +73,13 @@ def test_fields_of_every_type(select, sketcher, kind):
         ("entry", (label, editor.vars[key], "mm" if is_len else ""), {"width": 10})
         for key, label, is_len in rows
     ]
-    assert form_texts(editor) == SHOWN[kind]
+    assert form_texts(editor) == card.shown
     assert {type(var) for var in editor.vars.values()} == {tk.StringVar}
-
-
-@pytest.mark.parametrize("kind", EVERY_TYPE)
-def test_order_of_the_parts(select, kind):
-    editor = select(EVERY_TYPE[kind])
+    corners = [] if card.corners_text is None else ["Text"]
     classes = [type(child).__name__ for child in editor.props.pack_slaves()]
-    assert classes == ["GridForm", *(["Text"] if kind == "polygon" else []), "Button"]
+    assert classes == ["GridForm", *corners, "Button"]
     assert editor.props.winfo_children() == editor.props.pack_slaves()
+    assert not corners or corners_text(editor) == card.corners_text
 
 
 def test_apply_button(select, neighbours):
@@ -240,7 +233,7 @@ def test_form_of_an_editor_that_is_no_widget(sketcher, monkeypatch):
 
 def test_corners_box(select, neighbours):
     neighbours.tr.texts = {CORNERS: "Ecken:"}
-    editor = select(EVERY_TYPE["polygon"])
+    editor = select(OUTLINE)
     notes = [call for call in form_of(editor).calls if call[0] == "note"]
     assert notes == [("note", ("Ecken:",), {})]
     assert form_of(editor).calls[-1] == notes[0]
@@ -255,11 +248,6 @@ def test_corners_box(select, neighbours):
         "top",
         "center",
     )
-
-
-def test_corners_are_shown_one_pair_per_line(select):
-    editor = select(EVERY_TYPE["polygon"])
-    assert corners_text(editor) == "0 0\n30 0\n0 20.5"
 
 
 def test_corners_are_converted_in_order(select, neighbours):
@@ -293,29 +281,7 @@ def test_other_types_have_no_corners_box(select):
     assert [call for call in form_of(editor).calls if call[0] == "note"] == []
 
 
-def test_applying_another_type_does_not_read_the_old_box(select):
-    editor = select(polygon(), circle())
-    editor.select(1)
-    editor.vars["r"].set("5")
-    editor.apply_props()
-    assert editor.sk["entities"][1] == circle(r=0.005)
-
-
 # --- the keys of the corners box
-
-
-@pytest.mark.parametrize("key", ["BackSpace", "Delete"])
-def test_corners_box_keeps_the_deleting_keys(select, send, key):
-    editor = select(polygon())
-    box = editor.points_text
-    focus(box)
-    box.mark_set("insert", "1.2")
-    before = corners_text(editor)
-    for _ in range(2):
-        send(editor).key(key, box)
-    assert len(corners_text(editor)) == len(before) - 2
-    assert editor.sk["entities"] == [polygon()]
-    assert editor.sel == 0
 
 
 @pytest.mark.parametrize("state", [0x1, 0x4, 0x8])
@@ -326,12 +292,6 @@ def test_corners_box_keeps_the_deleting_keys_with_modifiers(select, state):
     for key in ("BackSpace", "Delete"):
         box.event_generate(f"<KeyPress-{key}>", state=state)
     assert editor.sk["entities"] == [polygon()]
-
-
-def test_deleting_keys_outside_the_box_still_remove_the_shape(select, send):
-    editor = select(polygon(), circle())
-    send(editor).key("Delete", button(editor, "Apply"))
-    assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
 
 
 def test_delete_itself_does_not_heed_the_corners_box(select):
@@ -356,14 +316,6 @@ def test_deleting_keys_spare_the_present_corners_box_alone(select, send):
     assert [e["type"] for e in editor.sk["entities"]] == ["circle"]
 
 
-def test_other_keys_of_the_box_reach_the_dialog(select, send):
-    editor = select(polygon())
-    focus(editor.points_text)
-    editor.clicks = [editor.cursor]
-    send(editor).key("Escape", editor.points_text)
-    assert editor.clicks == []
-
-
 def test_return_in_the_box_starts_a_line_and_applies_nothing(select, send):
     editor = select(polygon())
     type_corners(editor, "0 0")
@@ -371,30 +323,3 @@ def test_return_in_the_box_starts_a_line_and_applies_nothing(select, send):
     send(editor).key("Return", editor.points_text)
     assert corners_text(editor) == "0 0\n"
     assert editor.sk["entities"] == [polygon()]
-
-
-@pytest.mark.parametrize("key", ["BackSpace", "Delete"])
-def test_fields_keep_the_deleting_keys(select, send, key):
-    editor = select(circle())
-    entry = form_of(editor).entries()[2]
-    focus(entry)
-    entry.icursor(1)
-    send(editor).key(key, entry)
-    assert entry.get() == {"BackSpace": "000", "Delete": "100"}[key]
-    assert editor.sk["entities"] == [circle()]
-
-
-@pytest.mark.parametrize("name", ["grid", "offset", "sides"])
-def test_entries_of_the_dialog_keep_the_deleting_keys(select, send, name):
-    editor = select(circle())
-    (entry,) = [
-        w
-        for w in walk(editor)
-        if isinstance(w, ttk.Entry) and str(w.cget("textvariable")) == str(getattr(editor, name))
-    ]
-    focus(entry)
-    getattr(editor, name).set("12")
-    entry.icursor(1)
-    send(editor).key("BackSpace", entry)
-    assert getattr(editor, name).get() == "2"
-    assert editor.sk["entities"] == [circle()]

@@ -9,7 +9,8 @@ import pytest
 from harness.user import User
 from support.desk import entry_of, field, of_class, tool_button
 from support.events import run_while, settle
-from support.neighbours import circle, one_of_each, polygon, rectangle, slot
+from support.neighbours import circle, one_of_each, polygon
+from support.types import CARD, CARDS
 from support.widgets import button
 from tandrel.gui.widgets import num_text, units
 
@@ -119,15 +120,16 @@ def edit(sketcher, managed_root, managed_display):
     return run
 
 
+def draw(user, tool, points):
+    user.choose(tool.name)
+    (user.drag if tool.dragged else user.click)(*points)
+
+
 def drawn_roughly(user, number, entity):
     """Draw an entity of this type by mouse, somewhere near; its sizes come later."""
     kind = entity["type"]
-    user.choose(kind)
     u, v = (-40 + 8 * number, -25 + 5 * number)
-    if kind == "slot":
-        user.click((u, v), (u + 20, v), (u + 10, v + 10))
-    else:
-        user.drag((u, v), (u + 5, v + 4), (u + 12, v + 15))
+    draw(user, CARD[kind].tool, [(u, v), (u + 12, v), (u + 10, v + 10)])
     user.wait(lambda: len(user.entities) == number + 1)
     assert user.entities[number]["type"] == kind
 
@@ -157,26 +159,17 @@ def test_the_flange_is_drawn_from_nothing_by_mouse_and_typed_sizes(edit):
 
 def test_every_tool_with_the_mouse(edit):
     def story(user):
-        user.drag((-40, -30), (0, 0), (40, 30))
-        user.wait(lambda: len(user.entities) == 1)
-        user.choose("circle")
-        user.drag((20, 5), (20, 15))
-        user.choose("regular")
-        user.drag((-25, 5), (-25, 13))
-        user.choose("slot")
-        user.click((-20, -20), (20, -20), (10, -15))
-        user.choose("line")
-        user.click((-10, 0), (5, 0), (5, 20), (-10, 0))
-        user.wait(lambda: len(user.entities) == 5)
+        user.editor.snap.set(True)
+        for number, card in enumerate(CARDS):
+            points = card.tool.gesture
+            draw(user, card.tool, points + points[:1] * (card.tool.name == "line"))
+            user.wait(lambda: len(user.entities) > number)
         user.accept()
 
     made = edit(None, story)["entities"]
-    assert made[0] == rectangle(-40 * STEP, -30 * STEP, 80 * STEP, 60 * STEP)
-    assert made[1] == circle(20 * STEP, 5 * STEP, 15 * STEP - 5 * STEP)
-    assert (made[2]["type"], made[2]["n"], made[2]["angle"]) == ("regular", 6, 90.0)
-    assert made[3] == slot(-20 * STEP, -20 * STEP, 20 * STEP, -20 * STEP, made[3]["r"])
-    assert made[3]["r"] == pytest.approx(0.005)
-    assert made[4] == polygon((-10 * STEP, 0.0), (5 * STEP, 0.0), (5 * STEP, 20 * STEP))
+    assert made == [
+        card.drawn(*((u * STEP, v * STEP) for u, v in card.tool.gesture)) for card in CARDS
+    ]
 
 
 def test_wheel_and_right_button_zoom_and_pan(edit):

@@ -10,7 +10,7 @@ import pytest
 
 from support.events import focus
 from support.neighbours import FakeSketch, FakeUnits, circle, one_of_each, polygon, slot
-from support.plain import Event, PlainEditor
+from support.plain import Event
 from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
@@ -52,12 +52,6 @@ def test_replaced_sketch_module_is_used_by_an_open_editor(open_editor, replaced)
     assert other.count("check") == 1
 
 
-def test_replaced_operation_of_the_sketch_module_is_used(sketcher, neighbours, monkeypatch):
-    monkeypatch.setattr(neighbours.S, "outline", lambda e: 1 / 0)
-    with pytest.raises(ZeroDivisionError):
-        sketcher.SketchEditor._ok(circle())
-
-
 def test_replaced_units_are_used(open_editor, replaced, sketcher):
     editor = open_editor({"entities": [circle(r=0.5)]})
     replaced("units", FakeUnits(100.0, "cm"))
@@ -69,25 +63,6 @@ def test_replaced_units_are_used(open_editor, replaced, sketcher):
     editor.offset.set("50")
     editor.ok()
     assert editor.result["offset"] == 0.5
-
-
-def test_replaced_translation_is_used(open_editor, replaced, sketcher):
-    editor = open_editor({"entities": [circle()]})
-    replaced("tr", lambda text: text.upper())
-    editor.refresh_list()
-    assert editor.list.item("0", "text") == "1. CIRCLE"
-    editor.offset.set("")
-    editor.ok()
-    assert editor.status.cget("text") == "THE OFFSET MUST BE A NUMBER."
-
-
-def test_replaced_palette_is_used(open_editor, replaced, neighbours):
-    editor = open_editor({"entities": [circle()]})
-    replaced("PAL", {**neighbours.PAL, "accent_soft": "#010203"})
-    editor.redraw()
-    canvas = editor.canvas
-    fills = [canvas.itemcget(i, "fill") for i in canvas.find_all() if canvas.type(i) == "polygon"]
-    assert fills == ["#010203"]
 
 
 def test_palette_may_be_any_mapping(open_editor, replaced, neighbours):
@@ -120,21 +95,6 @@ def test_replaced_number_text_is_used(open_editor, replaced):
     assert editor.vars["r"].get() == "~1000.0"
 
 
-def test_replaced_scaling_is_used(open_editor, replaced):
-    editor = open_editor()
-    replaced("px", lambda n: n // 2)
-    editor.show_props()
-    (hint,) = editor.props.winfo_children()
-    assert str(hint.cget("wraplength")) == "130"
-
-
-def test_replaced_tooltip_is_used(open_editor, replaced, sketcher):
-    tips = []
-    replaced("Tooltip", lambda *args, **kwargs: tips.append((len(args), kwargs)))
-    open_editor()
-    assert tips == [(2, {})] * len(sketcher.TOOLS)
-
-
 def test_replaced_tables_are_used(open_editor, replaced, sketcher):
     replaced("TOOLS", [("select", "Pick"), ("ellipse", "Ellipse")])
     replaced("TOOL_TIPS", {"select": "pick it", "ellipse": "draw it"})
@@ -149,41 +109,6 @@ def test_replaced_tables_are_used(open_editor, replaced, sketcher):
     editor.tool.set("ellipse")
     editor._motion(Event(10, 10))
     assert editor.status.cget("text").endswith("     draw it")
-
-
-def test_replaced_snapping_radius_is_used(sketcher, replaced):
-    editor = PlainEditor(scale=1.0, width=200, height=200)
-    editor.snap.set(False)
-    snapped = sketcher.SketchEditor.snapped
-    assert snapped(editor, 120, 100).tolist() == [20.0, 0.0]
-    replaced("SNAP_PX", 21)
-    assert snapped(editor, 120, 100).tolist() == [0.0, 0.0]
-    replaced("SNAP_PX", 20)
-    assert snapped(editor, 120, 100).tolist() == [20.0, 0.0]
-    editor.sk["entities"] = [circle(r=5.0)]
-    assert sketcher.SketchEditor.pick(editor, 125, 100) == 0
-    replaced("SNAP_PX", 19.5)
-    assert sketcher.SketchEditor.pick(editor, 125, 100) is None
-
-
-def test_snapping_radius_also_closes_outlines(sketcher, replaced):
-    editor = PlainEditor(scale=1.0, width=200, height=200)
-    editor.tool.set("line")
-    editor.clicks = [np.array([0.0, 0.0]), np.array([50.0, 0.0]), np.array([0.0, 50.0])]
-    calls = editor.watch("close_line", "redraw")
-    replaced("SNAP_PX", 15)
-    sketcher.SketchEditor._press(editor, Event(115, 100))
-    assert [name for name, *_ in calls] == ["close_line"]
-
-
-def test_replaced_describe_is_used(open_editor, replaced):
-    editor = open_editor({"entities": [slot(0.0, 0.0, 0.1, 0.0, 0.02)]})
-    replaced("describe", lambda e: f"a {e['type']}")
-    editor.select(0)
-    assert editor.list.set("0", "size") == "a slot"
-    canvas = editor.canvas
-    texts = [canvas.itemcget(i, "text") for i in canvas.find_all() if canvas.type(i) == "text"]
-    assert texts[-1] == "a slot"
 
 
 def test_replaced_copy_is_used(open_editor, replaced, sketcher):

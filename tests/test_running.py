@@ -118,22 +118,6 @@ def test_run_with_the_window_closed_returns_none(open_editor):
     assert run_while(editor, lambda editor: editor.tk.call(command)) is None
 
 
-def test_run_goes_on_while_ok_is_refused(open_editor, neighbours):
-    editor = open_editor(one_of_each())
-    neighbours.S.answers["check"] = ["no"]
-
-    def refused(editor):
-        button(editor, "OK").invoke()
-        assert editor.winfo_exists()
-        assert editor.status.cget("text") == "no"
-
-    def accepted(editor):
-        neighbours.S.answers["check"] = []
-        button(editor, "OK").invoke()
-
-    assert run_while(editor, refused, accepted) is editor.sk
-
-
 def test_run_ends_when_the_parent_is_destroyed(open_editor, root):
     parent = tk.Toplevel(root)
     settle(parent)

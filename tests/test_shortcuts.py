@@ -100,14 +100,6 @@ def test_picking_in_an_empty_sketch_needs_no_to_screen(sketcher):
     assert sketcher.SketchEditor.pick(e, 1, 2) is None
 
 
-@pytest.mark.parametrize("operation", ["redraw", "_extent", "pick"])
-def test_an_operation_asks_for_each_outline_once(neighbours, operation):
-    e = PlainEditor(entities=[circle(k, k) for k in range(5)])
-    neighbours.S.answers["depths"] = [0] * 5
-    getattr(e, operation)(*((0, 0) if operation == "pick" else ()))
-    assert neighbours.S.count("outline") == 5
-
-
 def test_an_operation_reads_the_size_of_the_canvas_once_for_all_points(neighbours):
     e = PlainEditor(entities=[circle(k, k) for k in range(5)], to_world=lambda x, y: (0.0, 0.0))
     e.pick(0, 0)

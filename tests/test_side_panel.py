@@ -4,8 +4,9 @@ import pytest
 
 from support.canvas import of_kind
 from support.events import focus
-from support.neighbours import circle, one_of_each, polygon, rectangle, regular, slot
+from support.neighbours import circle, one_of_each, polygon, rectangle, slot
 from support.plain import PlainEditor, ShapeList
+from support.types import CARDS
 
 SELECTED = "#E8833A"
 
@@ -28,25 +29,15 @@ def done(*names):
 
 
 def test_each_entity_has_a_row_in_stored_order(sketcher):
-    entities = [circle(), rectangle(), polygon(), slot(), regular()]
-    editor = plain(*entities)
+    editor = plain(*(card.placed for card in reversed(CARDS)))
     assert sketcher.SketchEditor.refresh_list(editor) is None
     assert editor.list.rows == [
-        {"iid": "0", "text": "1. Circle", "values": ("diameter 2000 mm",)},
-        {"iid": "1", "text": "2. Rectangle", "values": ("2000 mm x 1000 mm",)},
-        {"iid": "2", "text": "3. Outline", "values": ("3 corners",)},
-        {"iid": "3", "text": "4. Slot", "values": ("6000 mm x 2000 mm",)},
-        {"iid": "4", "text": "5. Polygon", "values": ("6 sides, 2000 mm across corners",)},
+        {"iid": str(k), "text": f"{k + 1}. {card.label}", "values": (card.row,)}
+        for k, card in enumerate(reversed(CARDS))
     ]
     assert {type(row["iid"]) for row in editor.list.rows} == {str}
     assert {type(row["values"]) for row in editor.list.rows} == {tuple}
-
-
-def test_rows_are_inserted_at_the_end_of_the_top_level(sketcher):
-    editor = plain(circle(), circle())
-    sketcher.SketchEditor.refresh_list(editor)
-    places = [call[1] for call in editor.list.calls if call[0] == "insert"]
-    assert places == [("", "end"), ("", "end")]
+    assert {call[1] for call in editor.list.calls if call[0] == "insert"} == {("", "end")}
 
 
 def test_rows_are_numbered_from_one_and_known_from_zero(sketcher):
@@ -64,28 +55,20 @@ def test_old_rows_go_in_one_call(sketcher):
     assert [call[0] for call in editor.list.calls] == ["delete", "insert"]
 
 
-def test_empty_sketch_gives_an_empty_list_and_a_form(sketcher):
-    editor = plain()
-    editor.list.rows = [{"iid": "0"}]
-    sketcher.SketchEditor.refresh_list(editor)
-    assert editor.list.rows == []
-    assert editor.list.selected == ()
-    assert editor.calls == done("show_props")
-
-
-def test_kept_form_is_not_rebuilt(sketcher):
-    for arguments, named in [((True,), {}), ((), {"keep": True}), ((1,), {})]:
-        editor = plain(circle())
-        assert sketcher.SketchEditor.refresh_list(editor, *arguments, **named) is None
-        assert editor.calls == []
-        assert len(editor.list.rows) == 1
-
-
-def test_form_is_rebuilt_unless_kept(sketcher):
-    for arguments, named in [((), {}), ((False,), {}), ((), {"keep": False}), ((0,), {})]:
-        editor = plain(circle())
-        sketcher.SketchEditor.refresh_list(editor, *arguments, **named)
-        assert editor.calls == done("show_props")
+@pytest.mark.parametrize(
+    "arguments, named, kept",
+    [((True,), {}, True), ((), {"keep": True}, True), ((1,), {}, True)]
+    + [((), {}, False), ((False,), {}, False), ((), {"keep": False}, False), ((0,), {}, False)],
+)
+def test_form_is_rebuilt_unless_kept(sketcher, arguments, named, kept):
+    """After the selection is shown."""
+    editor = plain(circle(), circle(), sel=1)
+    seen = []
+    editor.show_props = lambda: seen.append(editor.list.selected)
+    assert sketcher.SketchEditor.refresh_list(editor, *arguments, **named) is None
+    assert editor.list.selected == ("1",)
+    assert seen == [("1",)] * (not kept)
+    assert len(editor.list.rows) == 2
 
 
 def test_kind_is_translated(sketcher, neighbours):
@@ -158,12 +141,6 @@ def test_unknown_type_passes_to_the_caller(sketcher):
     assert editor.calls == []
 
 
-def test_missing_type_passes_to_the_caller(sketcher):
-    editor = plain({"xc": 1.0})
-    with pytest.raises(KeyError, match="type"):
-        sketcher.SketchEditor.refresh_list(editor)
-
-
 def test_sketch_without_a_list_passes_to_the_caller(sketcher):
     editor = plain()
     editor.sk = {}
@@ -183,20 +160,6 @@ def test_selection_is_shown_by_its_row(sketcher):
     assert editor.list.calls[-1] == ("selection_set", ("2",))
     assert editor.sel == 2
     assert editor.calls == done("show_props")
-
-
-def test_selection_is_shown_before_the_form_is_rebuilt(sketcher):
-    editor = plain(circle(), circle(), sel=1)
-    seen = []
-    editor.show_props = lambda: seen.append(editor.list.selected)
-    sketcher.SketchEditor.refresh_list(editor)
-    assert seen == [("1",)]
-
-
-def test_selection_is_shown_with_a_kept_form_too(sketcher):
-    editor = plain(circle(), sel=0)
-    sketcher.SketchEditor.refresh_list(editor, keep=True)
-    assert editor.list.selected == ("0",)
 
 
 @pytest.mark.parametrize("sel", [3, 4, 1000])
@@ -242,38 +205,16 @@ def test_row_selected_by_the_user_becomes_the_selection(sketcher):
     assert editor.status.texts == []
 
 
-def test_first_of_several_rows_counts(sketcher):
-    editor = selecting("1", "2")
+@pytest.mark.parametrize(
+    "selected, sel, expected",
+    [(["1", "2"], None, 1), (["1"], 1, 1), ([], 1, None), ([], None, None), (["0"], None, 0)],
+)
+def test_list_and_selection_agree_and_only_a_change_is_shown(sketcher, selected, sel, expected):
+    """The first of several rows counts, and the first row is no lack of one."""
+    editor = selecting(*selected, sel=sel)
     sketcher.SketchEditor._list_selected(editor)
-    assert editor.sel == 1
-
-
-def test_selecting_the_selected_row_does_nothing(sketcher):
-    editor = selecting("1", sel=1)
-    sketcher.SketchEditor._list_selected(editor)
-    assert editor.sel == 1
-    assert editor.calls == []
-
-
-def test_list_without_selection_clears_it(sketcher):
-    editor = selecting(sel=1)
-    sketcher.SketchEditor._list_selected(editor)
-    assert editor.sel is None
-    assert editor.calls == done("show_props", "redraw")
-
-
-def test_list_without_selection_changes_nothing_when_there_was_none(sketcher):
-    editor = selecting()
-    sketcher.SketchEditor._list_selected(editor)
-    assert editor.sel is None
-    assert editor.calls == []
-
-
-def test_first_row_differs_from_no_selection(sketcher):
-    editor = selecting("0")
-    sketcher.SketchEditor._list_selected(editor)
-    assert editor.sel == 0
-    assert editor.calls == done("show_props", "redraw")
+    assert editor.sel == expected
+    assert editor.calls == (done("show_props", "redraw") if expected != sel else [])
 
 
 # --- in the window
@@ -324,11 +265,7 @@ def click_row(editor, iid):
 def test_real_rows(open_editor):
     editor = open_editor(one_of_each())
     assert [(row["text"], *row["values"]) for row in rows(editor)] == [
-        ("1. Rectangle", "20 mm x 10 mm"),
-        ("2. Circle", "diameter 20 mm"),
-        ("3. Polygon", "6 sides, 16 mm across corners"),
-        ("4. Slot", "28 mm x 8 mm"),
-        ("5. Outline", "3 corners"),
+        (f"{k}. {card.label}", card.row) for k, card in enumerate(CARDS, 1)
     ]
     assert editor.list.selection() == ()
 
@@ -409,17 +346,6 @@ def test_deleting_renumbers_the_rows(open_editor):
     assert editor.list.selection() == ()
 
 
-def test_last_shape_deleted_leaves_an_empty_list(open_editor):
-    editor = open_editor({"entities": [circle()]})
-    editor.select(0)
-    focus(editor.canvas)
-    editor.delete()
-    editor.update()
-    assert editor.list.get_children() == ()
-    (hint,) = editor.props.winfo_children()
-    assert hint.cget("text") == "Select a shape to type its exact size."
-
-
 def test_added_shape_is_selected_in_the_list(open_editor):
     editor = open_editor(one_of_each())
     editor.add(circle(0.1, 0.1, 0.01))
@@ -436,25 +362,6 @@ def test_moved_shape_keeps_its_row_selected(open_editor, send):
     hand.stroke((x, y), (x + 20, y + 20), (x + 60, y + 30))
     editor.update()
     assert editor.list.selection() == ("1",)
-
-
-def test_damaged_entities_have_rows_and_leave_the_others_alone(open_editor):
-    entities = [
-        {"type": "circle"},
-        circle(0.0, 0.0, None),
-        {"type": "rectangle", "w": "wide"},
-        {"type": "polygon"},
-        circle(0.0, 0.0, 0.02),
-    ]
-    editor = open_editor({"entities": entities})
-    summaries = [row["values"][0] for row in rows(editor)]
-    assert summaries == ["?", "?", "?", "0 corners", "diameter 40 mm"]
-
-
-def test_unknown_type_stops_the_editor_with_a_key_error(root, sketcher):
-    with pytest.raises(KeyError, match="spline"):
-        sketcher.SketchEditor(root, {"entities": [{"type": "spline"}]})
-    assert root.winfo_children() == []
 
 
 @pytest.mark.parametrize("text", ["{n} {", "a b", "", "tab\tstop", "$x [y] ;z", 'q"q', "{", "\\"])

@@ -6,9 +6,13 @@ import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
-from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.neighbours import circle, rectangle, slot
 from support.plain import PlainEditor, Var
+from support.types import CARDS
 from support.views import is_point, random_views
+
+NAN, INF = math.nan, math.inf
+every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
 
 
 @pytest.fixture
@@ -32,33 +36,23 @@ class TestKeyPoints:
         editor.key_points()[0][0] = 5
         assert self.points(editor) == [(0.0, 0.0)]
 
-    @pytest.mark.parametrize(
-        "entity, expected",
-        [
-            (circle(1.0, 2.0, 3.0), [(1.0, 2.0)]),
-            (slot(1.0, 2.0, 3.0, 4.0), [(1.0, 2.0), (3.0, 4.0)]),
-            (rectangle(1.0, 2.0, 3.0, 4.0), [(1.0, 2.0), (4.0, 2.0), (4.0, 6.0), (1.0, 6.0)]),
-            (polygon((1, 2), (3, 4), (5, 7)), [(1.0, 2.0), (3.0, 4.0), (5.0, 7.0)]),
-            ({"type": "arcs", "xc": 1.0, "yc": 2.0, "x1": 1.0}, []),
-            ({"type": "circle", "xc": "1.5", "yc": 2}, [(1.5, 2.0)]),
-        ],
-    )
-    def test_of_each_type(self, editor, entity, expected):
-        editor.sk["entities"] = [entity]
+    @every_card
+    def test_of_each_type_are_its_centres_and_then_its_corners(self, editor, neighbours, card):
+        neighbours.S.answers["corners"] = [(3.0, 4.0), (5.0, 6.0)]
+        entity = card.sample
+        editor.sk["entities"] = [entity, {"type": "arcs", "xc": 1.0, "yc": 2.0, "x1": 1.0}]
+        expected = [(entity[u], entity[v]) for u, v in card.centres]
+        expected += [(3.0, 4.0), (5.0, 6.0)] * card.has_corners
         assert self.points(editor) == [(0.0, 0.0)] + expected
         assert all(p.dtype == np.float64 for p in editor.key_points())
+        assert [args[0] for args in neighbours.S.named("corners")] == [
+            entity,
+            entity,
+        ] * card.has_corners
 
-    def test_of_a_regular_polygon_are_its_centre_and_then_its_corners(self, editor, neighbours):
-        neighbours.S.answers["corners"] = [(3.0, 4.0), (5.0, 6.0)]
-        hexagon = regular(1.0, 2.0, 3.0)
-        editor.sk["entities"] = [hexagon]
-        assert self.points(editor) == [(0.0, 0.0), (1.0, 2.0), (3.0, 4.0), (5.0, 6.0)]
-        assert neighbours.S.named("corners")[0][0] is hexagon
-
-    def test_corners_are_asked_only_for_shapes_with_corners(self, editor, neighbours):
-        editor.sk["entities"] = [circle(), slot(), {"type": "arcs"}]
-        editor.key_points()
-        assert neighbours.S.count("corners") == 0
+    def test_may_be_given_as_texts(self, editor):
+        editor.sk["entities"] = [{"type": "circle", "xc": "1.5", "yc": 2}]
+        assert self.points(editor) == [(0.0, 0.0), (1.5, 2.0)]
 
     def test_come_in_the_order_of_the_sketch_with_pending_corners_last(self, editor):
         editor.sk["entities"] = [circle(1.0, 1.0), slot(2.0, 2.0, 3.0, 3.0), circle(4.0, 4.0)]
@@ -68,22 +62,22 @@ class TestKeyPoints:
         assert editor.key_points()[-1] is editor.clicks[-1]
 
     @pytest.mark.parametrize(
-        "entity, kept",
-        [
-            ({"type": "circle", "yc": 1.0}, []),
-            ({"type": "circle", "xc": 1.0}, []),
-            ({"type": "circle", "xc": "left", "yc": 1.0}, []),
-            ({"type": "regular", "yc": 1.0}, []),
-            ({"type": "regular", "xc": 1.0, "yc": 2.0}, [(1.0, 2.0)]),
-            ({"type": "slot", "x1": 1.0, "y1": 2.0, "x2": 3.0}, [(1.0, 2.0)]),
-            ({"type": "slot", "x1": 1.0, "x2": 3.0, "y2": 4.0}, []),
-            ({"type": "rectangle", "x": 1.0}, []),
-            ({"type": "polygon"}, []),
-        ],
+        "card, key, kept",
+        [(card, key, k) for card in CARDS for k, pair in enumerate(card.centres) for key in pair]
+        + [(card, None, len(card.centres)) for card in CARDS if card.has_corners],
     )
-    def test_a_damaged_shape_gives_those_found_before_the_damage(self, editor, entity, kept):
+    @pytest.mark.parametrize("damage", [None, "left"])
+    def test_a_damaged_shape_gives_those_found_before_the_damage(
+        self, editor, neighbours, card, key, kept, damage
+    ):
+        """One coordinate is missing or no number; without a key, it is the corners that fail."""
+        neighbours.S.fail["corners"] = ValueError("no") if damage else KeyError("no")
+        entity = {**card.sample, key: damage}
+        if not damage:
+            del entity[key]
         editor.sk["entities"] = [entity, circle(7.0, 7.0)]
-        assert self.points(editor) == [(0.0, 0.0)] + kept + [(7.0, 7.0)]
+        centres = [(card.sample[u], card.sample[v]) for u, v in card.centres]
+        assert self.points(editor) == [(0.0, 0.0), *centres[:kept], (7.0, 7.0)]
 
     @pytest.mark.parametrize("error", [ValueError, KeyError])
     def test_corners_yielded_before_an_error_stay(self, editor, neighbours, error):
@@ -169,17 +163,6 @@ class TestSnapped:
         editor.key_points = lambda: [mine, other]
         assert is_point(editor.snapped(230, 150), 3.0, 0.0)
 
-    def test_a_pending_corner_is_a_key_point(self, editor):
-        editor.clicks = [np.array([5.3, 2.1])]
-        assert is_point(editor.snapped(250, 130), 5.3, 2.1)
-
-    def test_the_result_is_the_caller_s_own(self, editor):
-        corner = np.array([5.0, 2.0])
-        editor.clicks = [corner]
-        result = editor.snapped(250, 130)
-        result += 1
-        assert is_point(corner, 5.0, 2.0)
-
     def test_the_result_is_of_floats_whatever_the_key_point_is(self, editor):
         editor.key_points = lambda: [(5, 2), np.array([7, 7])]
         assert is_point(editor.snapped(250, 130), 5.0, 2.0)
@@ -232,6 +215,59 @@ class TestSnapped:
         editor.sk["entities"] = [{}]
         with pytest.raises(KeyError):
             editor.snapped(0, 0)
+
+    def test_a_key_point_that_is_no_number_is_passed_over(self, editor):
+        editor.snap = Var(False)
+        editor.clicks = [np.array([NAN, 0.0]), np.array([0.0, NAN]), np.array([INF, NAN])]
+        assert is_point(editor.snapped(203, 150), 0.0, 0.0)
+        assert is_point(editor.snapped(250, 150), 5.0, 0.0)
+
+    def test_a_pointer_that_is_nowhere_reaches_no_key_point(self, editor):
+        editor.snap = Var(False)
+        assert is_point(editor.snapped(NAN, 150), NAN, 0.0)
+
+    def test_without_grid_what_the_editor_takes_for_the_pointer_comes_back_itself(self, editor):
+        mine = np.array([70.0, 80.0])
+        editor.snap = Var(False)
+        editor.to_world = lambda x, y: mine
+        assert editor.snapped(0, 0) is mine
+
+    @pytest.mark.parametrize("pixel", [(208.99, 150), (206.3, 156.3), (200, 150)])
+    def test_the_module_s_own_measure_of_distance_counts(
+        self, editor, sketcher, monkeypatch, pixel
+    ):
+        class Halved:
+            def __getattr__(self, name):
+                return getattr(math, name)
+
+            def hypot(self, dx, dy):
+                return math.hypot(dx, dy) / 2
+
+        editor.snap = Var(False)
+        far = (2 * pixel[0] - 200, 2 * pixel[1] - 150)
+        if pixel != (200, 150):
+            assert is_point(editor.snapped(*far), *editor.to_world(*far))
+        monkeypatch.setattr(sketcher, "math", Halved())
+        assert is_point(editor.snapped(*far), 0.0, 0.0)
+
+    def test_an_overridden_to_screen_gets_the_key_points_themselves(self, editor):
+        corner = np.array([9.0, 9.0])
+        asked = []
+        editor.clicks = [corner]
+        editor.sk["entities"] = [circle(1.0, 2.0), rectangle(3.0, 4.0, 1.0, 1.0)]
+        editor.to_screen = lambda p: asked.append(p) or (0.0, 0.0)
+        editor.snapped(100, 100)
+        assert [p.tolist() for p in asked] == [p.tolist() for p in editor.key_points()]
+        assert all(isinstance(p, np.ndarray) for p in asked)
+        assert asked[-1] is corner
+
+    def test_the_result_is_no_point_of_an_override(self, editor):
+        mine = np.array([3.0, 4.0])
+        editor.key_points = lambda: [mine]
+        result = editor.snapped(230, 110)
+        assert is_point(result, 3.0, 4.0)
+        result += 1
+        assert is_point(mine, 3.0, 4.0)
 
 
 number = st.floats(-1e9, 1e9)

@@ -13,57 +13,20 @@ import pytest
 
 from support.neighbours import circle
 from support.plain import PlainEditor
+from support.types import CARDS
 
-TOOLS = [
-    ("select", "Select and move"),
-    ("line", "Line (closed outline)"),
-    ("rectangle", "Rectangle"),
-    ("circle", "Circle"),
-    ("regular", "Polygon"),
-    ("slot", "Slot"),
-]
-TOOL_TIPS = {
-    "select": "Click a shape to select it and edit its dimensions; drag to move it; "
-    "Delete removes it.",
-    "line": "Click corner after corner; click the first corner again (or press Enter) "
-    "to close the outline.",
-    "rectangle": "Drag from one corner to the opposite corner.",
-    "circle": "Press at the centre and drag out the radius.",
-    "regular": "Press at the centre and drag to a corner; set the number of sides first.",
-    "slot": "Click the centre of one end, then the other end, then the width.",
-}
+SELECT = ("select", "Select and move")
+SELECT_TIP = (
+    "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it."
+)
+# In the order of the buttons.
+TOOLS = sorted((card.tool for card in CARDS), key=lambda tool: tool.name != "line")
+TOOL_TIPS = {"select": SELECT_TIP, **{tool.name: tool.tip for tool in TOOLS}}
 FIELDS = {
-    "rectangle": [
-        ("x", "Corner u", True),
-        ("y", "Corner v", True),
-        ("w", "Width", True),
-        ("h", "Height", True),
-        ("radius", "Corner radius (0 = sharp)", True),
-    ],
-    "circle": [("xc", "Centre u", True), ("yc", "Centre v", True), ("r", "Radius", True)],
-    "regular": [
-        ("xc", "Centre u", True),
-        ("yc", "Centre v", True),
-        ("r", "Corner radius from centre", True),
-        ("n", "Sides", False),
-        ("angle", "Angle of first corner (degrees)", False),
-    ],
-    "slot": [
-        ("x1", "End 1 centre u", True),
-        ("y1", "End 1 centre v", True),
-        ("x2", "End 2 centre u", True),
-        ("y2", "End 2 centre v", True),
-        ("r", "Half width", True),
-    ],
-    "polygon": [("radius", "Corner radius (0 = sharp)", True)],
+    card.name: [(key, label, is_length) for key, label, is_length, _ in card.fields]
+    for card in CARDS
 }
-TYPE_LABEL = {
-    "rectangle": "Rectangle",
-    "circle": "Circle",
-    "regular": "Polygon",
-    "slot": "Slot",
-    "polygon": "Outline",
-}
+TYPE_LABEL = {card.name: card.label for card in CARDS}
 MODULE_DOC = (
     "Sketch editor: draw closed profiles with the mouse, snap to a grid and to existing points,\n"
     "and type exact dimensions. Used by the sketch-based features (extrude, revolve and 2D "
@@ -113,54 +76,29 @@ STATIC_OPERATIONS = {"_ok": "e", "_moved": "e, d"}
 
 
 def test_tools_are_pairs_in_the_order_of_the_buttons(sketcher):
-    assert sketcher.TOOLS == TOOLS
+    assert sketcher.TOOLS == [SELECT, *((tool.name, tool.label) for tool in TOOLS)]
     assert type(sketcher.TOOLS) is list
     assert {type(pair) for pair in sketcher.TOOLS} == {tuple}
 
 
-def test_tool_tips(sketcher):
-    assert sketcher.TOOL_TIPS == TOOL_TIPS
-    assert type(sketcher.TOOL_TIPS) is dict
-    assert list(sketcher.TOOL_TIPS) == list(TOOL_TIPS)
+@pytest.mark.parametrize("name", ["TOOL_TIPS", "FIELDS", "TYPE_LABEL"])
+def test_other_tables_are_dictionaries_in_their_order(sketcher, name):
+    table, expected = getattr(sketcher, name), globals()[name]
+    assert table == expected
+    assert type(table) is dict
+    assert list(table) == list(expected)
 
 
-def test_fields_are_triples_in_form_order(sketcher):
-    assert sketcher.FIELDS == FIELDS
-    assert type(sketcher.FIELDS) is dict
-    assert list(sketcher.FIELDS) == list(FIELDS)
+def test_fields_are_lists_of_triples(sketcher):
     for rows in sketcher.FIELDS.values():
         assert type(rows) is list
         assert {type(row) for row in rows} == {tuple}
         assert {type(is_len) for _, _, is_len in rows} == {bool}
 
 
-def test_type_labels(sketcher):
-    assert sketcher.TYPE_LABEL == TYPE_LABEL
-    assert type(sketcher.TYPE_LABEL) is dict
-    assert list(sketcher.TYPE_LABEL) == list(TYPE_LABEL)
-
-
 def test_snapping_radius_is_the_integer_nine(sketcher):
     assert sketcher.SNAP_PX == 9
     assert type(sketcher.SNAP_PX) is int
-
-
-def test_every_tool_has_a_tip_and_every_type_has_fields_and_a_label(sketcher):
-    tools = {key for key, _ in sketcher.TOOLS}
-    assert set(sketcher.TOOL_TIPS) == tools
-    assert set(sketcher.FIELDS) == set(sketcher.TYPE_LABEL)
-    assert tools - set(sketcher.FIELDS) == {"select", "line"}
-    assert set(sketcher.FIELDS) - tools == {"polygon"}
-
-
-def test_sides_and_angle_are_the_only_fields_that_are_no_lengths(sketcher):
-    plain = [
-        (kind, key)
-        for kind, rows in sketcher.FIELDS.items()
-        for key, _, is_len in rows
-        if not is_len
-    ]
-    assert plain == [("regular", "n"), ("regular", "angle")]
 
 
 # --- names, docs and signatures
@@ -277,24 +215,14 @@ def test_operations_bind_to_the_editor_that_they_are_taken_from(sketcher):
 
 
 @pytest.mark.parametrize("name", OPERATIONS)
-def test_operation_refuses_surplus_arguments(sketcher, name):
-    wanted = len(list(filter(None, OPERATIONS[name].split(", "))))
-    with pytest.raises(TypeError):
-        getattr(sketcher.SketchEditor, name)(PlainEditor(), *range(wanted + 1))
-
-
-@pytest.mark.parametrize(
-    "name", [n for n in OPERATIONS if OPERATIONS[n] and "=" not in OPERATIONS[n]]
-)
-def test_operation_refuses_missing_arguments(sketcher, name):
-    with pytest.raises(TypeError):
-        getattr(sketcher.SketchEditor, name)(PlainEditor())
-
-
-def test_operation_without_an_editor_is_refused(sketcher):
-    for name in OPERATIONS:
+def test_operation_refuses_surplus_and_missing_arguments(sketcher, name):
+    operation, wanted = getattr(sketcher.SketchEditor, name), OPERATIONS[name].split(", ")
+    refused = [(PlainEditor(), *range(len(list(filter(None, wanted))) + 1)), ()]
+    if wanted[0] and "=" not in wanted[0]:
+        refused.append((PlainEditor(),))
+    for arguments in refused:
         with pytest.raises(TypeError):
-            getattr(sketcher.SketchEditor, name)()
+            operation(*arguments)
 
 
 def test_arguments_may_be_given_by_name(sketcher):

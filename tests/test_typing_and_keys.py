@@ -10,14 +10,13 @@ from support import canvas as shown
 from support.desk import ORANGE, Desk, of_class
 from support.events import focus, run_while, type_text
 from support.neighbours import (
-    FakeTranslation,
     circle,
     one_of_each,
     polygon,
     rectangle,
     regular,
-    slot,
 )
+from support.types import CARDS
 from support.widgets import walk
 from tandrel.gui import i18n, widgets
 
@@ -25,27 +24,10 @@ pytestmark = pytest.mark.usefixtures("millimetres_in_english")
 
 
 FIELDS_AND_VALUES = [
-    (rectangle(-0.03, -0.02, 0.06, 0.04), "x", "12.5", 0.0125),
-    (rectangle(-0.03, -0.02, 0.06, 0.04), "y", "-7", -0.007),
-    (rectangle(-0.03, -0.02, 0.06, 0.04), "w", "100", 0.1),
-    (rectangle(-0.03, -0.02, 0.06, 0.04), "h", "0.1", 0.0001),
-    (rectangle(-0.03, -0.02, 0.06, 0.04), "radius", "5", 0.005),
-    (circle(0.01, 0.0, 0.02), "xc", " 3e1 ", 0.03),
-    (circle(0.01, 0.0, 0.02), "yc", "-0.25", -0.00025),
-    (circle(0.01, 0.0, 0.02), "r", "33.3", 0.0333),
-    (regular(0.0, 0.0, 0.02), "xc", "1", 0.001),
-    (regular(0.0, 0.0, 0.02), "yc", "2", 0.002),
-    (regular(0.0, 0.0, 0.02), "r", "30", 0.03),
-    (regular(0.0, 0.0, 0.02), "n", "8", 8),
-    (regular(0.0, 0.0, 0.02), "n", "4.5", 4),
-    (regular(0.0, 0.0, 0.02), "n", "4.6", 5),
-    (regular(0.0, 0.0, 0.02), "angle", "22.5", 22.5),
-    (slot(-0.02, 0.0, 0.02, 0.0, 0.005), "x1", "-25", -0.025),
-    (slot(-0.02, 0.0, 0.02, 0.0, 0.005), "y1", "1", 0.001),
-    (slot(-0.02, 0.0, 0.02, 0.0, 0.005), "x2", "25", 0.025),
-    (slot(-0.02, 0.0, 0.02, 0.0, 0.005), "y2", "-1", -0.001),
-    (slot(-0.02, 0.0, 0.02, 0.0, 0.005), "r", "6", 0.006),
-    (polygon((0, 0), (0.03, 0), (0, 0.02)), "radius", "2", 0.002),
+    (card.placed, field.key, text, value)
+    for card in CARDS
+    for field in card.fields
+    for text, value in field.typed
 ]
 
 
@@ -53,7 +35,7 @@ class TestTypingSizes:
     @pytest.mark.parametrize("way", ["Return", "Apply"])
     @pytest.mark.parametrize("entity, key, text, value", FIELDS_AND_VALUES)
     def test_every_field_of_every_type(self, desk, entity, key, text, value, way):
-        one = desk({"entities": [circle(0.0, 0.1, 0.001), entity]})
+        one = desk({"entities": [circle(0.0, 0.1, 0.001), copy.deepcopy(entity)]})
         one.editor.select(1)
         one.fill_in(key, text)
         if way == "Return":
@@ -65,11 +47,6 @@ class TestTypingSizes:
         assert one.status() == ""
         assert one.field(key).get() == text
         assert one.selected() == 1
-
-    def test_every_field_of_the_table_is_tried(self, sketcher):
-        tried = {(entity["type"], key) for entity, key, _, _ in FIELDS_AND_VALUES}
-        table = {(kind, row[0]) for kind, rows in sketcher.FIELDS.items() for row in rows}
-        assert tried == table
 
     def test_the_corners_of_an_outline(self, desk):
         one = desk({"entities": [polygon((0, 0), (0.03, 0), (0, 0.02))]})
@@ -236,20 +213,6 @@ class TestKeyboardOnly:
         one.hands.key("space", radios[2])
         assert one.editor.tool.get() == "rectangle"
 
-    def test_sides_count_up_and_down_with_the_arrows(self, desk):
-        one = desk()
-        sides = of_class(one.editor, ttk.Spinbox)[0]
-        one.hands.key("Up", sides)
-        one.hands.key("Up", sides)
-        one.hands.key("Down", sides)
-        assert one.editor.sides.get() == "7"
-        one.editor.sides.set("64")
-        one.hands.key("Up", sides)
-        assert one.editor.sides.get() == "64"
-        one.editor.sides.set("3")
-        one.hands.key("Down", sides)
-        assert one.editor.sides.get() == "3"
-
     def test_the_grid_is_switched_with_the_space_bar(self, desk):
         one = desk()
         button = of_class(one.editor, ttk.Checkbutton)[0]
@@ -312,31 +275,6 @@ class TestSwitchingWhileOpen:
         assert [one.field(key).get() for key in ("r", "n", "angle")] == ["1", "6", "15"]
         one.hands.key("Return", one.field("n"))
         assert one.entities == [regular(0.0, 0.0, 0.0254, 6, 15.0)]
-
-    def test_language(self, desk, sketcher, monkeypatch):
-        one = desk({"entities": [circle(0.0, 0.0, 0.02)]})
-        texts = {
-            "Circle": "Kreis",
-            "diameter {d}": "{d} Durchmesser",
-            "Radius": "Halbmesser",
-            "Apply": "Anwenden",
-            "Not applied: {why}": "Nicht übernommen: {why}",
-            sketcher.TOOL_TIPS["select"]: "Klicken",
-        }
-        translation = FakeTranslation()
-        translation.texts = texts
-        monkeypatch.setattr(sketcher, "tr", translation)
-        one.editor.select(0)
-        assert one.rows() == ["1. Kreis"]
-        assert one.sizes() == ["40 mm Durchmesser"]
-        labels = [w.cget("text") for w in of_class(one.editor.props, ttk.Label)]
-        assert "Halbmesser" in labels
-        one.fill_in("r", "")
-        one.button("Anwenden").invoke()
-        assert one.status().startswith("Nicht übernommen: ")
-        one.move((30, 30))
-        assert one.status().endswith("     Klicken")
-        assert one.button("Delete").winfo_exists()
 
     def test_the_application_s_own_language(self, desk):
         one = desk({"entities": [circle(0.0, 0.0, 0.02)]})

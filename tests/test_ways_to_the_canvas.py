@@ -10,36 +10,18 @@ import tkinter as tk
 import numpy as np
 import pytest
 from support import canvas as shown
-from support.neighbours import FakeUnits, circle, polygon, rectangle, regular, slot
+from support.neighbours import FakeUnits, polygon, rectangle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
+from support.types import random_entity
 
 METHODS = ["create_line", "create_text", "create_polygon", "create_oval"]
-
-
-def random_entity(dice):
-    def u():
-        return dice.uniform(-0.05, 0.05)
-
-    r = dice.uniform(0.001, 0.03)
-    kind = dice.randrange(6)
-    if kind == 0:
-        return rectangle(u(), u(), r, r / 2, dice.choice([0.0, r / 10]))
-    if kind == 1:
-        return circle(u(), u(), r)
-    if kind == 2:
-        return regular(u(), u(), r, dice.randint(3, 9), dice.uniform(-180, 180))
-    if kind == 3:
-        return slot(u(), u(), u(), u(), r)
-    if kind == 4:
-        return polygon((u(), u()), (u(), u()), (u(), u()))
-    return dice.choice([circle(r=-1.0), {"type": "slot"}])
 
 
 def scene(editor, seed):
     """Put the editor into a random state of drawing."""
     dice = random.Random(seed)
-    entities = [random_entity(dice) for _ in range(dice.randrange(7))]
+    entities = [random_entity(dice, 0.05) for _ in range(dice.randrange(7))]
     if dice.random() < 0.7:
         entities = [e for e in entities if editor._ok(e)]
     editor.sk["entities"] = entities
@@ -292,3 +274,17 @@ def test_colours_in_a_form_that_only_tkinter_reads(editor, neighbours):
     assert picture(editor) == straight
     lines = shown.of_kind(editor.canvas, "line")
     assert {"#123456", "#654321"} <= {line.options["fill"] for line in lines}
+
+
+def test_options_written_in_another_way_are_written_so(editor, monkeypatch):
+    seen = []
+    real = tk.Canvas._options
+
+    def options(self, cnf, kw=None):
+        seen.append(cnf if kw is None else kw)
+        return real(self, cnf, kw)
+
+    monkeypatch.setattr(tk.Canvas, "_options", options)
+    editor.redraw()
+    assert len(seen) == len(editor.canvas.find_all())
+    assert seen[-1] == {"fill": "#E8833A", "outline": ""}
