@@ -16,8 +16,8 @@ PROGRAM = """
 import sys, tkinter as tk, types
 import tandrel.gui.sketcher as sketcher
 
-kind, occasion = sys.argv[1:]
-host = sketcher.S
+question, occasion = sys.argv[1:]
+host, colours = sketcher.S, sketcher.PAL
 root = tk.Tk()
 raised = []
 root.report_callback_exception = lambda kind, error, trace: raised.append(error)
@@ -29,19 +29,37 @@ class Editor(sketcher.SketchEditor):
         super()._build(allow_plane)
         built.append(self)
 
+    def to_screen(self, p):
+        close("to_screen")
+        return super().to_screen(p)
+
 def close(asked):
+    while built and asked == question:
+        built.pop().destroy()
+
+def closing(asked):
     def answer(*arguments):
-        while built and asked == kind:
-            built.pop().destroy()
+        close(asked)
         return getattr(host, asked)(*arguments)
     return answer
 
+class Colours(dict):
+    def __getitem__(self, role):
+        close(role)
+        return colours[role]
+
+
 names = ("new", "corners", "area", "inside", "check", "PLANES", "AXES")
 sketcher.S = types.SimpleNamespace(**{name: getattr(host, name) for name in names})
-sketcher.S.outline, sketcher.S.depths = close("outline"), close("depths")
-sketch = {"entities": [{"type": "circle", "xc": 0.0, "yc": 0.0, "r": 1.0}]}
+sketcher.S.outline, sketcher.S.depths = closing("outline"), closing("depths")
+sketcher.PAL = Colours()
+if question != "to_screen":
+    del Editor.to_screen
+entities = [{"type": "circle", "xc": 0.0, "yc": 0.0, "r": r} for r in (1.0, 0.5)]
+sketch = {"entities": [] if question == "bg" else entities}
+references = [("edge", [(0.0, 0.0), (1.0, 0.0), (0.0, 1.0)])] if question == "muted" else []
 try:
-    editor = Editor(root, sketch)
+    editor = Editor(root, sketch, references=references)
     if occasion == "shown":
         editor.update()
         built.append(editor)
@@ -60,12 +78,17 @@ print("survived")
 """
 
 
-@pytest.mark.parametrize("kind", ["outline", "depths"])
+# What the application is asked for; the palette by the role of a colour: the grid's, a reference's,
+# those of a shape, and of one in another.
+QUESTIONS = ["outline", "depths", "to_screen", "bg", "muted", "accent_soft", "accent", "panel"]
+
+
+@pytest.mark.parametrize("question", QUESTIONS)
 @pytest.mark.parametrize("occasion", ["opening", "shown"])
-def test_the_process_lives_on_and_the_next_dialog_opens(display, kind, occasion):
+def test_the_process_lives_on_and_the_next_dialog_opens(display, question, occasion):
     path = os.pathsep.join(SEARCH_PATH)
     run = subprocess.run(
-        [sys.executable, "-X", "faulthandler", "-c", textwrap.dedent(PROGRAM), kind, occasion],
+        [sys.executable, "-X", "faulthandler", "-c", textwrap.dedent(PROGRAM), question, occasion],
         env={**os.environ, "PYTHONPATH": path},
         capture_output=True,
         text=True,

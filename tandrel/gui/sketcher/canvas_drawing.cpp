@@ -53,25 +53,33 @@ void draw_grid(const Picture& picture, Projection& projection, Painter& painter)
   const double step = drawn_grid_step(typed_step, picture.editor.scale(), kLeastGridPixels);
   if (!is_finite(lo) || !is_finite(hi)) return;
   ItemOptions options;
-  const auto draw_line = [&](const Ref& x1, const Ref& y1, const Ref& x2, const Ref& y2) {
+  Ref places = py::list();
+  const auto draw_gathered = [&] {
+    if (places.size() == 0) return;
     if (!options) options = ItemOptions("fill"_n, palette("bg"_n));
-    painter.line(py::tuple(x1, y1, x2, y2), options);
+    painter.lines(places, options);
+    places = py::list();
+  };
+  const auto add_line = [&](const Ref& x1, const Ref& y1, const Ref& x2, const Ref& y2) {
+    py::append(places, py::tuple(x1, y1, x2, y2));
+    // An overridden `to_screen` sees each line on the canvas before it is asked for the next one.
+    if (!projection.has_own_to_screen()) draw_gathered();
   };
   for_each_grid_coordinate(lo.x, hi.x, step, most_lines(picture.width), [&](double x) {
     const Ref sx = py::to_python(projection.to_screen({x, 0}).x);
-    draw_line(sx, zero, sx, picture.height);
+    add_line(sx, zero, sx, picture.height);
   });
   for_each_grid_coordinate(lo.y, hi.y, step, most_lines(picture.height), [&](double y) {
     const Ref sy = py::to_python(projection.to_screen({0, y}).y);
-    draw_line(zero, sy, picture.width, sy);
+    add_line(zero, sy, picture.width, sy);
   });
+  draw_gathered();
 }
 
 void draw_axes(const Picture& picture, Projection& projection, Painter& painter) {
   const Point origin = projection.to_screen({0, 0});
   const auto [first, second] = picture.editor.axis_names();
   const Ref dash = py::tuple(4, 3);
-  painter.require_canvas();
   painter.line(py::tuple(0, origin.y, picture.width, origin.y),
                ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
   painter.line(py::tuple(origin.x, 0, origin.x, picture.height),

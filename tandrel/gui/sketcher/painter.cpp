@@ -1,5 +1,7 @@
 #include "painter.hpp"
 
+#include <algorithm>
+
 #include "python/error.hpp"
 
 namespace tandrel::sketcher {
@@ -7,7 +9,6 @@ namespace tandrel::sketcher {
 namespace {
 
 constexpr std::size_t kFewestPoints = 3;  // of a polygon
-constexpr std::size_t kManyPoints = 8;    // from here on a second command is cheaper than texts
 
 /// Points as the tuple x1, y1, x2, y2 ...
 Ref coordinates(std::span<const Point> points) {
@@ -30,9 +31,50 @@ bool is_tkinters_own(const Ref& canvas, const Ref& name) {
          function.attr("__globals__"_n).is(tkinter.attr("__dict__"_n));
 }
 
-bool is_tkinters_interpreter(const Ref& interpreter) {
-  const Ref tkinter = py::imported("_tkinter"_n);
-  return tkinter && interpreter.type().is(tkinter.attr("TkappType"_n));
+bool has_tkinters_methods(const Ref& canvas) {
+  for (const Ref& name : {"create_line"_n, "create_polygon"_n, "create_text"_n, "create_oval"_n,
+                          "_create"_n, "_options"_n}) {
+    if (!is_tkinters_own(canvas, name)) return false;
+  }
+  return true;
+}
+
+/// Whether this is a canvas of Tk's: by its type, so that nothing is asked of any other.
+bool is_tkinters_canvas(const Ref& canvas) {
+  const Ref tkinter = py::imported("tkinter"_n);
+  const Ref c_module = py::imported("_tkinter"_n);
+  if (!tkinter || !c_module) return false;
+  const Ref type = tkinter.attr("Canvas"_n);
+  return canvas.type().attr("__mro__"_n).contains(type) &&
+         type.attr("__init__"_n).attr("__globals__"_n).is(tkinter.attr("__dict__"_n)) &&
+         canvas.attr("tk"_n).type().is(c_module.attr("TkappType"_n));
+}
+
+/// What the direct way needs in the canvas's interpreter. Items are made only where the canvas is
+/// still there, which application code may have closed when it was last asked for anything: Tk 8.6
+/// crashes when a window that was never shown is destroyed while it is being laid out and a command
+/// of one of its widgets is used afterwards; a question about the widget is harmless.
+///
+/// Tk makes a text of each coordinate that it gets with `create`, to look for options among them,
+/// and reads the number anew: most of the time that a long outline takes. It does neither with
+/// `coords`. Of all ways to give Tcl many numbers `binary scan` needs the fewest objects.
+constexpr const char* kProcedures = R"(
+  proc items {canvas type options places} {
+    winfo width $canvas
+    foreach place $places {
+      $canvas create $type {*}$place {*}$options
+    }
+  }
+  proc outline {canvas type options doubles} {
+    winfo width $canvas
+    binary scan $doubles d* coordinates
+    $canvas coords [$canvas create $type 0 0 0 0 0 0 {*}$options] $coordinates
+  }
+)";
+
+void provide_procedures(const Ref& call_tcl) {
+  if (call_tcl("info"_n, "commands"_n, "::tandrel::outline"_n).truth()) return;
+  call_tcl("namespace"_n, "eval"_n, "::tandrel"_n, kProcedures);
 }
 
 /// The word that tkinter writes for an option's value, or an empty handle. Texts and numbers go as
@@ -68,87 +110,66 @@ Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
   // on.
   py::attempt(
       [&] {
-        const Ref interpreter = canvas_.attr("tk"_n);
-        if (!is_tkinters_interpreter(interpreter)) return;
-        ask_width_ = py::tuple("winfo"_n, "width"_n, canvas_.attr("_w"_n));
-        call_tcl_ = interpreter.attr("call"_n);
+        if (!is_tkinters_canvas(canvas_)) return;
+        path_ = canvas_.attr("_w"_n);
+        call_tcl_ = canvas_.attr("tk"_n).attr("call"_n);
+        is_direct_ = has_tkinters_methods(canvas_);
+        if (is_direct_) provide_procedures(call_tcl_);
       },
       py::Exception);
 }
 
-void Painter::line(const Ref& coordinates, const ItemOptions& options) {
-  create({0, "line"_n, "create_line"_n}, coordinates, options);
+void Painter::line(const Ref& coordinates, const ItemOptions& options) const {
+  lines(py::list(coordinates), options);
 }
 
-void Painter::polyline(const std::vector<Point>& points, const ItemOptions& options) {
-  create_through(points, {0, "line"_n, "create_line"_n, true}, options);
+void Painter::lines(const Ref& places, const ItemOptions& options) const {
+  create({"line"_n, "create_line"_n}, places, options);
 }
 
-void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) {
-  create_through(points, {1, "polygon"_n, "create_polygon"_n, true}, options);
+void Painter::text(const Ref& coordinates, const ItemOptions& options) const {
+  create({"text"_n, "create_text"_n}, py::list(coordinates), options);
 }
 
-void Painter::text(const Ref& coordinates, const ItemOptions& options) {
-  create({2, "text"_n, "create_text"_n, true}, coordinates, options);
-}
-
-void Painter::circle(Point centre, double radius, const ItemOptions& options) {
+void Painter::circle(Point centre, double radius, const ItemOptions& options) const {
   const Ref box =
       py::tuple(centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius);
-  create({3, "oval"_n, "create_oval"_n}, box, options);
+  create({"oval"_n, "create_oval"_n}, py::list(box), options);
 }
 
-const Ref& Painter::command_for(const ItemType& type) {
-  Route& route = routes_.at(type.index);
-  if (!route.is_known || type.shows_answers) require_canvas();
-  if (!route.is_known) route = {true, direct_command(type)};
-  return route.command;
+void Painter::polyline(const std::vector<Point>& points, const ItemOptions& options) const {
+  create_through(points, {"line"_n, "create_line"_n}, options);
 }
 
-void Painter::create(const ItemType& type, const Ref& coordinates, const ItemOptions& options) {
-  const Ref& command = command_for(type);
-  if (command && options.words() && coordinates.size() != 0) {
-    call_tcl_.apply(command.add(coordinates).add(options.words()));
+void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) const {
+  create_through(points, {"polygon"_n, "create_polygon"_n}, options);
+}
+
+void Painter::create(const ItemType& type, const Ref& places, const ItemOptions& options) const {
+  if (is_direct_ && options.words()) {
+    call_tcl_("::tandrel::items"_n, path_, type.name, options.words(), places);
   } else {
-    canvas_.attr(type.method).apply(coordinates, options.keywords());
+    py::for_each(places, [&](const Ref& coordinates) {
+      require_canvas();
+      canvas_.attr(type.method).apply(coordinates, options.keywords());
+    });
   }
 }
 
-/// Tk makes a text of each coordinate that it gets with `create`, to look for options among them,
-/// and reads the number anew: most of the time that a long outline takes. It does neither with
-/// `coords`.
 void Painter::create_through(const std::vector<Point>& points, const ItemType& type,
-                             const ItemOptions& options) {
-  const Ref& command = command_for(type);
-  if (!command || !options.words() || points.size() < kManyPoints) {
-    create(type, coordinates(points), options);
-    return;
+                             const ItemOptions& options) const {
+  if (is_direct_ && options.words() && points.size() >= kFewestPoints &&
+      std::all_of(points.begin(), points.end(), is_finite)) {
+    const Ref doubles = py::bytes_of(std::as_bytes(std::span(points)));
+    call_tcl_("::tandrel::outline"_n, path_, type.name, options.words(), doubles);
+  } else {
+    require_canvas();
+    canvas_.attr(type.method).apply(coordinates(points), options.keywords());
   }
-  const std::span first(points.data(), kFewestPoints);
-  const Ref item = call_tcl_.apply(command.add(coordinates(first)).add(options.words()));
-  call_tcl_.apply(py::tuple(command[0], "coords"_n, item, coordinates(points)));
 }
 
-/// Raises TclError where the canvas is gone, closed by application code that was asked for what is
-/// to be drawn. Tk 8.6 crashes when a window that was never shown is destroyed while it is being
-/// laid out and a command of one of its widgets is used afterwards; a question about the widget is
-/// harmless.
 void Painter::require_canvas() const {
-  if (call_tcl_) call_tcl_.apply(ask_width_);
-}
-
-Ref Painter::direct_command(const ItemType& type) const {
-  Ref command;
-  if (!call_tcl_) return command;
-  py::attempt(
-      [&] {
-        for (const Ref& method : {type.method, "_create"_n, "_options"_n}) {
-          if (!is_tkinters_own(canvas_, method)) return;
-        }
-        command = py::tuple(canvas_.attr("_w"_n), "create"_n, type.name);
-      },
-      py::Exception);
-  return command;
+  if (call_tcl_) call_tcl_("winfo"_n, "width"_n, path_);
 }
 
 }  // namespace tandrel::sketcher

@@ -5,7 +5,6 @@
 // to the interpreter directly: on a real Tk canvas whose methods are still tkinter's own.
 #pragma once
 
-#include <array>
 #include <vector>
 
 #include "editor_state.hpp"
@@ -37,46 +36,41 @@ class ItemOptions {
   Ref words_;
 };
 
+/// Decides when it is made how items reach the canvas, and then looks at the canvas's methods no
+/// more.
 class Painter {
  public:
   explicit Painter(Ref canvas);
 
-  /// Raises TclError where the canvas is gone. To be called before anything is asked of the canvas
-  /// itself, and before a line that shows an answer of the application; the other items see to it.
+  /// Raises TclError where a canvas of Tk's is gone, closed by application code. Everything that
+  /// makes items does so itself; to be called before any other command of the canvas.
   void require_canvas() const;
 
   /// `coordinates` is the tuple x1, y1, x2, y2 ...
-  void line(const Ref& coordinates, const ItemOptions& options);
-  void text(const Ref& coordinates, const ItemOptions& options);
+  void line(const Ref& coordinates, const ItemOptions& options) const;
+  /// One line for each of a list of such tuples.
+  void lines(const Ref& places, const ItemOptions& options) const;
+  void text(const Ref& coordinates, const ItemOptions& options) const;
   /// The line, or the filled outline, through pixels.
-  void polyline(const std::vector<Point>& points, const ItemOptions& options);
-  void polygon(const std::vector<Point>& points, const ItemOptions& options);
+  void polyline(const std::vector<Point>& points, const ItemOptions& options) const;
+  void polygon(const std::vector<Point>& points, const ItemOptions& options) const;
   /// The circle of `radius` pixels around a point.
-  void circle(Point centre, double radius, const ItemOptions& options);
+  void circle(Point centre, double radius, const ItemOptions& options) const;
 
  private:
   struct ItemType {
-    std::size_t index;
-    Ref name;                    // as Tcl knows it
-    Ref method;                  // the canvas method that makes one
-    bool shows_answers = false;  // of the application, asked for each item
-  };
-  /// How items of one type reach Tk, found out at the first of them.
-  struct Route {
-    bool is_known = false;
-    Ref command;  // the first words of the Tcl command; empty: the canvas method makes the item
+    Ref name;    // as Tcl knows it
+    Ref method;  // the canvas method that makes one
   };
 
-  void create(const ItemType& type, const Ref& coordinates, const ItemOptions& options);
+  void create(const ItemType& type, const Ref& places, const ItemOptions& options) const;
   void create_through(const std::vector<Point>& points, const ItemType& type,
-                      const ItemOptions& options);
-  const Ref& command_for(const ItemType& type);
-  Ref direct_command(const ItemType& type) const;
+                      const ItemOptions& options) const;
 
   Ref canvas_;
-  Ref call_tcl_;   // gives the words of a command to Tcl; empty where the canvas is no real one
-  Ref ask_width_;  // such words, asking for the canvas's width
-  std::array<Route, 4> routes_;
+  Ref call_tcl_;  // gives the words of a command to Tcl; empty where the canvas is no real one
+  Ref path_;      // of the real canvas in Tcl
+  bool is_direct_ = false;  // whether items go to Tcl without the canvas's methods
 };
 
 }  // namespace tandrel::sketcher

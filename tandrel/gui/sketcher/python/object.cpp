@@ -176,6 +176,11 @@ Ref tuple_of(std::span<const double> numbers) {
   return result;
 }
 
+Ref bytes_of(std::span<const std::byte> memory) {
+  return Ref::steal(PyBytes_FromStringAndSize(reinterpret_cast<const char*>(memory.data()),
+                                              static_cast<Py_ssize_t>(memory.size())));
+}
+
 Ref list() {
   return Ref::steal(PyList_New(0));
 }

@@ -143,6 +143,8 @@ Ref tuple(const Items&... items) {
 }
 
 Ref tuple_of(std::span<const double> numbers);
+/// A bytes object with a copy of this memory.
+Ref bytes_of(std::span<const std::byte> memory);
 
 Ref list();
 void append(const Ref& list, const Ref& item);
