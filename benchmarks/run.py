@@ -17,7 +17,7 @@ from harness.places import SEARCH_PATH  # noqa: E402
 
 sys.path[:0] = SEARCH_PATH
 
-from benchmarks import picture  # noqa: E402
+from benchmarks import floor, picture  # noqa: E402
 from benchmarks.latency import dragging, hovering  # noqa: E402
 from benchmarks.sketches import asked_of, calls_of  # noqa: E402
 from benchmarks.stage import PIXEL, stages  # noqa: E402
@@ -105,6 +105,11 @@ def repaint_figures(stage, seconds):
     again = [stage.editor.redraw, stage.send_items_again]
     name = "repaint / sending its canvas items again"
     yield timed_figure(name, stage.count, side_by_side(again, seconds), most=most)
+    if stage.count:
+        made_by_c = floor.Floor(floor.library(RESULTS), stage.editor.canvas, stage.polygons)
+        times = side_by_side([stage.editor.redraw, made_by_c.repaint], seconds)
+        name = "repaint / its polygons made by C"
+        yield timed_figure(name, stage.count, times, most=1.35)
     plain = [stage.plain.redraw, stage.editor.redraw]
     name = "repaint, plain Python / ours"
     yield timed_figure(name, stage.count, side_by_side(plain, seconds), least=least)

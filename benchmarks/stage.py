@@ -44,6 +44,15 @@ class Stage:
         """The calls that one repaint makes on its canvas."""
         return recorded(self.editor)
 
+    @property
+    def polygons(self):
+        """The numbers and the options of each polygon of one repaint."""
+        return [
+            (numbers, options)
+            for method, numbers, options in self.items
+            if method.__name__ == "create_polygon"
+        ]
+
     def send_items_again(self):
         """What a repaint sends to the canvas, without what it takes to find that out."""
         for method, args, kwargs in self.items:

@@ -7,12 +7,12 @@ import sys
 
 import numpy as np
 import pytest
-from benchmarks import instructions, run
+from benchmarks import floor, instructions, run
 from benchmarks.plain import PythonEditor
 from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from harness.places import ROOT
-from support.canvas import items
+from support.canvas import items, of_kind
 from support.neighbours import circle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
@@ -239,6 +239,29 @@ class TestSketches:
         assert items(at.editor.canvas) == picture
 
 
+class TestFloor:
+    @pytest.fixture(scope="class")
+    def library(self, tmp_path_factory):
+        return floor.library(tmp_path_factory.mktemp("floor"))
+
+    def test_makes_the_polygons_of_the_repaint_and_nothing_else(self, stage, library):
+        at = stage(15)
+        with asked_of(at.host):
+            at.editor.redraw()
+            polygons = of_kind(at.editor.canvas, "polygon")
+            bottom = floor.Floor(library, at.editor.canvas, at.polygons)
+        for _ in range(2):
+            bottom.repaint()
+            assert items(at.editor.canvas) == polygons
+        assert len(polygons) == 15
+
+    def test_tells_what_tk_refuses(self, stage, library):
+        at = stage(1)
+        bottom = floor.Floor(library, at.editor.canvas, [([0.0] * 6, {"fill": "no such colour"})])
+        with pytest.raises(RuntimeError, match="refused"):
+            bottom.repaint()
+
+
 class TestRun:
     @pytest.fixture(scope="class")
     def quick(self):
@@ -250,6 +273,7 @@ class TestRun:
         assert (quick.returncode, quick.stderr) == (0, "")
         for what, rows in (
             ("repaint / sending its canvas items again", 3),
+            ("repaint / its polygons made by C", 2),
             ("repaint, plain Python / ours", 3),
             ("pick, plain Python / ours", 1),
             ("snapped, plain Python / ours", 1),
