@@ -4,8 +4,11 @@ A plain Tk canvas may be given its items without a detour through tkinter's meth
 canvas gets the method calls.
 """
 
+import math
 import random
 import tkinter as tk
+import types
+from collections import Counter
 
 import numpy as np
 import pytest
@@ -288,3 +291,146 @@ def test_options_written_in_another_way_are_written_so(editor, monkeypatch):
     editor.redraw()
     assert len(seen) == len(editor.canvas.find_all())
     assert seen[-1] == {"fill": "#E8833A", "outline": ""}
+
+
+@pytest.fixture
+def traced(root):
+    """Counts what Tcl is given while it works: traced(command, ...) gives a growing Counter.
+
+    A command of a widget counts as its first word, any other one as itself.
+    """
+    counts = Counter()
+
+    def count(words, _):
+        name, first = words.split(maxsplit=2)[:2]
+        counts[first if name.startswith(".") else name] += 1
+
+    def trace(*commands):
+        callback = root.register(count)
+        for command in commands:
+            root.tk.call("trace", "add", "execution", command, "enter", callback)
+        return counts
+
+    return trace
+
+
+OUTLINES = [circle(0.001 * k, 0.0, 0.01) for k in range(7)]
+PROCEDURES = ["::tandrel::items", "::tandrel::outline"]
+
+
+def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
+    editor = open_editor({"entities": OUTLINES})
+    editor.cursor = np.array([0.01, 0.01])
+    count = len(picture(editor))
+    counts = traced(str(editor.canvas), *PROCEDURES)
+    editor.redraw()
+    # The grid, two axes, a letter at each, and the dot at the pointer.
+    commands = {"::tandrel::outline": 7, "::tandrel::items": 1 + 2 + 2 + 1}
+    assert counts == {"delete": 1, "create": count, "coords": 7, **commands}
+
+
+def test_what_it_needs_in_tcl_is_made_once(open_editor):
+    editor = open_editor(None)
+    editor.redraw()
+    call = editor.tk.call
+    assert set(call("info", "commands", "::tandrel::*")) == set(PROCEDURES)
+    call("proc", "::tandrel::items", "args", "")
+    editor.redraw()
+    assert picture(editor) == []
+
+
+def test_a_canvas_s_methods_are_looked_at_once_for_all_items(open_editor):
+    """One that is replaced takes all items round by the methods."""
+    editor = open_editor({"entities": OUTLINES})
+    before = picture(editor)
+    call = editor.tk.call
+    for name in PROCEDURES:
+        call("proc", name, "args", "error unexpected")
+    editor.canvas.create_oval = lambda *args, **options: real(*args, **options)
+    real = types.MethodType(tk.Canvas.create_oval, editor.canvas)
+    assert picture(editor) == before
+
+
+def test_an_interpreter_that_gives_texts_for_everything(open_editor):
+    editor = open_editor({"entities": OUTLINES})
+    before = picture(editor)
+    wanted = editor.tk.wantobjects()
+    editor.tk.wantobjects(False)
+    try:
+        editor.redraw()
+    finally:
+        editor.tk.wantobjects(wanted)
+    assert shown.items(editor.canvas) == before
+
+
+def test_coordinates_are_not_rounded(editor, sketcher):
+    editor.sk["entities"] = OUTLINES
+    editor.scale, editor.centre = 12345.6789, np.array([0.1, 1 / 3])
+    editor.redraw()
+    for entity, item in zip(OUTLINES, shown.shapes(editor.canvas)):
+        pixels = [editor.to_screen(p) for p in sketcher.S.outline(entity)]
+        assert item.coords == tuple(v for pixel in pixels for v in pixel)
+
+
+ODD = {
+    "one point": [(1.0, 2.0)],
+    "two points": [(1.0, 2.0), (3.0, 4.0)],
+    "three points": [(1.0, 2.0), (3.0, 4.0), (5.0, 1.0)],
+    "not a number": [(0.0, 0.0), (1.0, 0.0), (1.0, 1.0), (math.nan, 1.0)],
+    "endless": [(0.0, 0.0), (math.inf, 0.0), (1.0, 1.0), (-math.inf, 1.0)],
+    "huge": [(0.0, 0.0), (1e300, 0.0), (1.0, 1e-300), (5e-324, -1e300)],
+}
+
+
+@pytest.mark.parametrize("points", ODD.values(), ids=ODD)
+@pytest.mark.parametrize("kind", ["shape", "reference"])
+def test_an_odd_outline_is_the_same_either_way(editor, sketcher, monkeypatch, points, kind):
+    host = types.SimpleNamespace(outline=lambda e: np.array(points), depths=lambda sk: [0], AXES={})
+    monkeypatch.setattr(sketcher, "S", host)
+    if kind == "shape":
+        editor.sk["entities"] = [circle()]
+    else:
+        editor.refs = [("edge", np.array(points))]
+    results = []
+    for detour in (False, True):
+        if detour:
+            through_methods(editor.canvas)
+        try:
+            editor.redraw()
+            error = None
+        except tk.TclError as raised:
+            error = str(raised)
+        results.append((error, [repr(item) for item in shown.items(editor.canvas)]))
+    assert results[0] == results[1]
+
+
+class Strict:
+    """A canvas that is asked for nothing but what painting takes."""
+
+    def __init__(self):
+        self.asked = Counter()
+
+    def __getattribute__(self, name):
+        asked = object.__getattribute__(self, "asked")
+        if name == "asked":
+            return asked
+        asked[name] += 1
+        assert name in ("winfo_width", "winfo_height", "delete", *METHODS), name
+        return {"winfo_width": lambda: 620, "winfo_height": lambda: 460}.get(
+            name, lambda *args, **options: None
+        )
+
+
+def test_a_canvas_of_another_kind_is_asked_for_nothing_else(editor):
+    editor.sk["entities"] = [rectangle(0.0, 0.0, 0.01, 0.01), *OUTLINES]
+    editor.sel = 0
+    editor.tool.set("line")
+    editor.clicks = [np.zeros(2)]
+    real = editor.canvas
+    expected = Counter("create_" + item.kind for item in picture(editor))
+    editor.canvas = strict = Strict()
+    editor.redraw()
+    editor.canvas = real
+    drawn = {name: strict.asked[name] for name in METHODS}
+    assert drawn == expected
+    assert strict.asked["delete"] == 1

@@ -21,33 +21,25 @@ Ref coordinates(std::span<const Point> points) {
 /// Whether looking `name` up on a canvas finds the method that tkinter defines for canvases, bound
 /// to this canvas: not one of a subclass, of the instance, or put into tkinter's class by somebody
 /// else.
-bool is_tkinters_own(const Ref& canvas, const Ref& name) {
-  const Ref tkinter = py::imported("tkinter"_n);
-  if (!tkinter) return false;
+bool is_tkinters_method(const Ref& canvas, const Ref& name) {
   const Ref method = canvas.attr(name);
   const Ref function = method.attr("__func__"_n);
   return method.attr("__self__"_n).is(canvas) && function.attr("__name__"_n).equals(name) &&
-         function.is(tkinter.attr("Canvas"_n).attr(name)) &&
-         function.attr("__globals__"_n).is(tkinter.attr("__dict__"_n));
+         function.is(tkinters("Canvas"_n).attr(name)) &&
+         function.attr("__globals__"_n).is(py::imported("tkinter"_n).attr("__dict__"_n));
 }
 
 bool has_tkinters_methods(const Ref& canvas) {
   for (const Ref& name : {"create_line"_n, "create_polygon"_n, "create_text"_n, "create_oval"_n,
                           "_create"_n, "_options"_n}) {
-    if (!is_tkinters_own(canvas, name)) return false;
+    if (!is_tkinters_method(canvas, name)) return false;
   }
   return true;
 }
 
-/// Whether this is a canvas of Tk's: by its type, so that nothing is asked of any other.
-bool is_tkinters_canvas(const Ref& canvas) {
-  const Ref tkinter = py::imported("tkinter"_n);
-  const Ref c_module = py::imported("_tkinter"_n);
-  if (!tkinter || !c_module) return false;
-  const Ref type = tkinter.attr("Canvas"_n);
-  return canvas.type().attr("__mro__"_n).contains(type) &&
-         type.attr("__init__"_n).attr("__globals__"_n).is(tkinter.attr("__dict__"_n)) &&
-         canvas.attr("tk"_n).type().is(c_module.attr("TkappType"_n));
+bool is_tkinters_interpreter(const Ref& interpreter) {
+  const Ref tkinter = py::imported("_tkinter"_n);
+  return tkinter && interpreter.type().is(tkinter.attr("TkappType"_n));
 }
 
 /// What the direct way needs in the canvas's interpreter. Items are made only where the canvas is
@@ -110,11 +102,14 @@ Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
   // on.
   py::attempt(
       [&] {
-        if (!is_tkinters_canvas(canvas_)) return;
+        if (!is_tkinters(canvas_, "Canvas"_n)) return;
+        const Ref interpreter = canvas_.attr("tk"_n);
+        if (!is_tkinters_interpreter(interpreter)) return;
         path_ = canvas_.attr("_w"_n);
-        call_tcl_ = canvas_.attr("tk"_n).attr("call"_n);
-        is_direct_ = has_tkinters_methods(canvas_);
-        if (is_direct_) provide_procedures(call_tcl_);
+        call_tcl_ = interpreter.attr("call"_n);
+        if (!has_tkinters_methods(canvas_)) return;
+        provide_procedures(call_tcl_);
+        is_direct_ = true;
       },
       py::Exception);
 }
