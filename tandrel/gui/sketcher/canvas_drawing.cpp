@@ -113,11 +113,15 @@ class Outlines {
   bool is_valid(std::size_t index, const Ref& entity) {
     return own_ok_ ? static_cast<bool>(find(index, entity)) : editor_.is_valid(entity);
   }
+  /// Whether `find` has its answer already.
+  bool has_asked(std::size_t index, const Ref& entity) const {
+    return index < answers_.size() && answers_[index].entity.is(entity);
+  }
   /// Empty for an entity that isn't valid.
   Ref find(std::size_t index, const Ref& entity) {
     if (!own_ok_) return editor_.valid_outline(entity);
     if (index >= answers_.size()) answers_.resize(index + 1);
-    if (!answers_[index].entity.is(entity)) {
+    if (!has_asked(index, entity)) {
       answers_[index] = {entity, outline_unless_refused(entity)};
     }
     return answers_[index].outline;
@@ -171,6 +175,9 @@ std::vector<std::size_t> painting_order(std::vector<double> depths) {
 /// Polygon options of the four looks of a shape, each made when it is first needed.
 class ShapeLooks {
  public:
+  bool has_asked(bool is_hole, bool is_selected) const {
+    return static_cast<bool>(looks_[is_hole ? 1 : 0][is_selected ? 1 : 0]);
+  }
   const ItemOptions& of(bool is_hole, bool is_selected) {
     ItemOptions& look = looks_[is_hole ? 1 : 0][is_selected ? 1 : 0];
     if (!look) {
@@ -185,21 +192,58 @@ class ShapeLooks {
   ItemOptions looks_[2][2];
 };
 
+/// Shapes of one look, one upon the other, that wait to be painted together.
+class Run {
+ public:
+  explicit Run(const Painter& painter) : painter_(painter) {}
+
+  void add(Outline pixels, const ItemOptions& look) {
+    if (look_ != &look) paint();
+    look_ = &look;
+    outlines_.push_back(std::move(pixels));
+  }
+  void paint() {
+    if (!outlines_.empty()) painter_.polygons(outlines_, *look_);
+    outlines_.clear();
+  }
+
+ private:
+  const Painter& painter_;
+  const ItemOptions* look_ = nullptr;
+  std::vector<Outline> outlines_;
+};
+
+/// Whether painting one shape after the other asks the application for nothing but outlines and
+/// colours, and for those once.
+bool is_plain(const Editor& editor, const Ref& entities, Projection& projection) {
+  return entities.is_exact_list() && projection.has_own_to_screen() &&
+         !editor.object().type().find_attr("sel"_n);
+}
+
 void draw_shapes(const Editor& editor, Projection& projection, Painter& painter) {
   const Ref entities = editor.entities();
   Outlines outlines(editor, entities);
   const std::vector<double> depths = nesting_depths(editor, entities, outlines);
+  const bool may_wait = is_plain(editor, entities, projection);
   ShapeLooks looks;
+  Run run(painter);
   for (const std::size_t index : painting_order(depths)) {
     const Ref entity = entities[static_cast<Py_ssize_t>(index)];
+    if (!outlines.has_asked(index, entity)) run.paint();
     const Ref outline = outlines.find(index, entity);
     if (!outline) continue;
-    const std::vector<Point> pixels = projection.to_screen_all(outline);
+    if (!projection.reads_at_once(outline)) run.paint();
+    Outline pixels = projection.to_screen_all(outline);
     const bool is_hole = std::fmod(depths[index], 2) != 0;
-    const bool is_selected = py::to_python(index).equals(editor.selection());
-    painter.polygon(pixels, looks.of(is_hole, is_selected));
+    const Ref selection = editor.selection();
+    if (!selection.is_none() && !selection.is_exact_int()) run.paint();
+    const bool is_selected = py::to_python(index).equals(selection);
+    if (!looks.has_asked(is_hole, is_selected)) run.paint();
+    run.add(std::move(pixels), looks.of(is_hole, is_selected));
+    if (is_selected || !may_wait) run.paint();
     if (is_selected) editor.call("_dimensions"_n, entity);
   }
+  run.paint();
 }
 
 void redraw(const Editor& editor) {

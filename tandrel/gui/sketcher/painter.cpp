@@ -10,6 +10,11 @@ namespace {
 
 constexpr std::size_t kFewestPoints = 3;  // of a polygon
 
+/// Whether Tk takes the points for the coordinates of any item.
+bool is_sound(const Outline& points) {
+  return points.size() >= kFewestPoints && std::all_of(points.begin(), points.end(), is_finite);
+}
+
 /// Points as the tuple x1, y1, x2, y2 ...
 Ref coordinates(std::span<const Point> points) {
   std::vector<double> values;
@@ -57,15 +62,17 @@ constexpr const char* kProcedures = R"(
       $canvas create $type {*}$place {*}$options
     }
   }
-  proc outline {canvas type options doubles} {
+  proc outlines {canvas type options outlines} {
     winfo width $canvas
-    binary scan $doubles d* coordinates
-    $canvas coords [$canvas create $type 0 0 0 0 0 0 {*}$options] $coordinates
+    foreach doubles $outlines {
+      binary scan $doubles d* coordinates
+      $canvas coords [$canvas create $type 0 0 0 0 0 0 {*}$options] $coordinates
+    }
   }
 )";
 
 void provide_procedures(const Ref& call_tcl) {
-  if (call_tcl("info"_n, "commands"_n, "::tandrel::outline"_n).truth()) return;
+  if (call_tcl("info"_n, "commands"_n, "::tandrel::outlines"_n).truth()) return;
   call_tcl("namespace"_n, "eval"_n, "::tandrel"_n, kProcedures);
 }
 
@@ -132,12 +139,16 @@ void Painter::circle(Point centre, double radius, const ItemOptions& options) co
   create({"oval"_n, "create_oval"_n}, py::list(box), options);
 }
 
-void Painter::polyline(const std::vector<Point>& points, const ItemOptions& options) const {
-  create_through(points, {"line"_n, "create_line"_n}, options);
+void Painter::polyline(const Outline& points, const ItemOptions& options) const {
+  create_through({&points, 1}, {"line"_n, "create_line"_n}, options);
 }
 
-void Painter::polygon(const std::vector<Point>& points, const ItemOptions& options) const {
-  create_through(points, {"polygon"_n, "create_polygon"_n}, options);
+void Painter::polygon(const Outline& points, const ItemOptions& options) const {
+  polygons({&points, 1}, options);
+}
+
+void Painter::polygons(std::span<const Outline> outlines, const ItemOptions& options) const {
+  create_through(outlines, {"polygon"_n, "create_polygon"_n}, options);
 }
 
 void Painter::create(const ItemType& type, const Ref& places, const ItemOptions& options) const {
@@ -151,13 +162,17 @@ void Painter::create(const ItemType& type, const Ref& places, const ItemOptions&
   }
 }
 
-void Painter::create_through(const std::vector<Point>& points, const ItemType& type,
+void Painter::create_through(std::span<const Outline> outlines, const ItemType& type,
                              const ItemOptions& options) const {
-  if (is_direct_ && options.words() && points.size() >= kFewestPoints &&
-      std::all_of(points.begin(), points.end(), is_finite)) {
-    const Ref doubles = py::bytes_of(std::as_bytes(std::span(points)));
-    call_tcl_("::tandrel::outline"_n, path_, type.name, options.words(), doubles);
-  } else {
+  if (is_direct_ && options.words() && std::all_of(outlines.begin(), outlines.end(), is_sound)) {
+    const Ref doubles = py::list();
+    for (const Outline& points : outlines) {
+      py::append(doubles, py::bytes_of(std::as_bytes(std::span(points))));
+    }
+    call_tcl_("::tandrel::outlines"_n, path_, type.name, options.words(), doubles);
+    return;
+  }
+  for (const Outline& points : outlines) {
     require_canvas();
     canvas_.attr(type.method).apply(coordinates(points), options.keywords());
   }

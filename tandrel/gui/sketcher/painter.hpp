@@ -5,11 +5,15 @@
 // to the interpreter directly: on a real Tk canvas whose methods are still tkinter's own.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "editor_state.hpp"
 
 namespace tandrel::sketcher {
+
+/// Points in pixels.
+using Outline = std::vector<Point>;
 
 /// The selection, and everything that is being drawn.
 inline Ref highlight_colour() {
@@ -52,8 +56,9 @@ class Painter {
   void lines(const Ref& places, const ItemOptions& options) const;
   void text(const Ref& coordinates, const ItemOptions& options) const;
   /// The line, or the filled outline, through pixels.
-  void polyline(const std::vector<Point>& points, const ItemOptions& options) const;
-  void polygon(const std::vector<Point>& points, const ItemOptions& options) const;
+  void polyline(const Outline& points, const ItemOptions& options) const;
+  void polygon(const Outline& points, const ItemOptions& options) const;
+  void polygons(std::span<const Outline> outlines, const ItemOptions& options) const;
   /// The circle of `radius` pixels around a point.
   void circle(Point centre, double radius, const ItemOptions& options) const;
 
@@ -64,7 +69,7 @@ class Painter {
   };
 
   void create(const ItemType& type, const Ref& places, const ItemOptions& options) const;
-  void create_through(const std::vector<Point>& points, const ItemType& type,
+  void create_through(std::span<const Outline> outlines, const ItemType& type,
                       const ItemOptions& options) const;
 
   Ref canvas_;

@@ -22,9 +22,10 @@ class PointReader {
   template <class Visit>
   void for_each_vector(const Ref& vectors, Visit visit);
 
- private:
+  /// Whether `read` reads these points in one go.
   bool is_array_of_doubles(const Ref& points);
 
+ private:
   Ref array_type_;
   Ref double_type_;
 };

@@ -96,6 +96,7 @@ class Ref {
 
   bool is_exact_str() const noexcept { return Py_TYPE(object_) == &PyUnicode_Type; }
   bool is_exact_int() const noexcept { return Py_TYPE(object_) == &PyLong_Type; }
+  bool is_exact_list() const noexcept { return Py_TYPE(object_) == &PyList_Type; }
   bool is_exact_tuple() const noexcept { return Py_TYPE(object_) == &PyTuple_Type; }
 
   /// Whether this object's type is `other`, or derives from it; `other` need not be a type.
