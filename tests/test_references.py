@@ -68,8 +68,9 @@ def test_a_value_that_is_replaced_is_forgotten(neighbours):
 def forget(neighbours):
     """Empties the record of what the neighbours were asked."""
     for neighbour in vars(neighbours).values():
-        for record in ("calls", "asked"):
-            if isinstance(kept := getattr(neighbour, record, None), list):
+        own = getattr(neighbour, "__dict__", {})
+        for kept in (own.get("calls"), own.get("asked")):
+            if isinstance(kept, list):
                 kept.clear()
 
 

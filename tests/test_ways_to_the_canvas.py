@@ -13,7 +13,7 @@ from collections import Counter
 import numpy as np
 import pytest
 from support import canvas as shown
-from support.neighbours import FakeUnits, polygon, rectangle
+from support.neighbours import FakeUnits, circle, polygon, rectangle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
 from support.types import random_entity
