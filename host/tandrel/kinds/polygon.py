@@ -79,9 +79,10 @@ def _complain(verdict: str, crosses: str, touches: str) -> NoReturn:
 
 def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
     """The outline with all its corners rounded alike; that of straight edges needs no guess."""
-    corners, radius = unrounded(contour)
-    if radius and corners:
-        yield Guess(entity(corners, radius), tolerance)
+    if is_curved(contour):
+        corners, radius = unrounded(contour)
+        if corners:
+            yield Guess(entity(corners, radius), tolerance)
 
 
 POLYGON = Kind(

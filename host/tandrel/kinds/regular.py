@@ -8,7 +8,6 @@ from typing import Iterator
 
 from tandrel._reasons import Reason
 from tandrel.geometry.edges import polar, smallest_detail
-from tandrel.geometry.fillets import unrounded
 from tandrel.geometry.loops import Loop, is_curved, straight
 from tandrel.gui.i18n import N_
 from tandrel.kinds.fields import Count, Number
@@ -30,10 +29,10 @@ def _drawing(xc: float, yc: float, r: float, n: float, angle: float) -> Drawing:
 
 
 def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
-    corners, _ = unrounded(contour)
-    n = len(corners)
-    if is_curved(contour) or not 3 <= n <= MOST_SIDES:
+    if is_curved(contour) or not 3 <= len(contour) <= MOST_SIDES:
         return
+    corners = [edge.start for edge in contour]
+    n = len(corners)
     u, v = (math.fsum(c) / n for c in zip(*corners))
     r = math.fsum(math.dist((u, v), corner) for corner in corners) / n
     angle = math.degrees(math.atan2(corners[0][1] - v, corners[0][0] - u))
