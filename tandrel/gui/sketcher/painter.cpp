@@ -1,6 +1,7 @@
 #include "painter.hpp"
 
 #include <algorithm>
+#include <array>
 
 #include "python/error.hpp"
 
@@ -35,11 +36,10 @@ bool is_tkinters_method(const Ref& canvas, const Ref& name) {
 }
 
 bool has_tkinters_methods(const Ref& canvas) {
-  for (const Ref& name : {"create_line"_n, "create_polygon"_n, "create_text"_n, "create_oval"_n,
-                          "_create"_n, "_options"_n}) {
-    if (!is_tkinters_method(canvas, name)) return false;
-  }
-  return true;
+  const std::array methods{"create_line"_n, "create_polygon"_n, "create_text"_n,
+                           "create_oval"_n, "_create"_n,        "_options"_n};
+  return std::all_of(methods.begin(), methods.end(),
+                     [&](const Ref& name) { return is_tkinters_method(canvas, name); });
 }
 
 bool is_tkinters_interpreter(const Ref& interpreter) {
