@@ -72,8 +72,8 @@ def fault_of(file: str, text: str, change: Change) -> Fault:
     old = text[start:end]
     new = text[start : change.start] + change.new + text[change.end : end]
     line = text.count("\n", 0, change.start) + 1
-    joined = (" ".join(part.split()) for part in (old, new))
-    return Fault(file, change.kind, line, *joined, change.made_in(text))
+    old, new = (" ".join(part.split()) for part in (old, new))
+    return Fault(file, change.kind, line, old, new, change.made_in(text))
 
 
 def sample(sources: Path, seed: int, only: str = "") -> Iterator[Fault]:
