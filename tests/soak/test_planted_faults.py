@@ -97,7 +97,7 @@ class Scripted(Tree):
 
 @pytest.fixture
 def judged(tmp_path, monkeypatch, capsys):
-    """What a run of all faults of the code tells, given what the tests let pass and what is argued."""
+    """What a run of all faults tells, given what the tests let pass and what is argued."""
 
     def run(*lets_pass, argued=None):
         monkeypatch.setattr(planted_faults, "argued_in", lambda path: argued or {})
