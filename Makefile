@@ -26,7 +26,7 @@ verify: build
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so
 build:
 	@scripts/ensure-packages build
-	@test -f build/build.ninja || cmake --preset release
+	@test -f build/build.ninja || cmake --preset release -DPython3_EXECUTABLE=$(PYTHON)
 	cmake --build --preset release
 
 ## check: format, warnings, static analysis, types, duplication

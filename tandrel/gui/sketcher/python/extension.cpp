@@ -1,7 +1,8 @@
 #include "python/extension.hpp"
 
 #include <atomic>
-#include <cstdlib>
+#include <charconv>
+#include <string_view>
 #include <unordered_map>
 
 namespace tandrel::py {
@@ -90,10 +91,13 @@ int execute(const Extension& definition, PyObject* module) noexcept try {
 }
 
 bool knows_isolated_interpreters() noexcept {
-  char* rest = nullptr;
-  const long major = std::strtol(Py_GetVersion(), &rest, 10);
-  const long minor = std::strtol(rest + 1, nullptr, 10);  // after the dot
-  return std::pair(major, minor) >= std::pair(3L, 12L);
+  const std::string_view version = Py_GetVersion();
+  const char* const end = version.data() + version.size();
+  int major = 0;
+  int minor = 0;
+  const char* const dot = std::from_chars(version.data(), end, major).ptr;
+  std::from_chars(dot + 1, end, minor);
+  return std::pair(major, minor) >= std::pair(3, 12);
 }
 
 }  // namespace detail
