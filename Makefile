@@ -2,9 +2,10 @@
 # packages, as root or with sudo).
 PYTHON := /usr/bin/python3
 PARALLEL := -q -n auto --dist loadfile
+MAKE_WHEEL = $(PYTHON) -m pip wheel --quiet --no-build-isolation --no-deps --wheel-dir build/wheels .
 
 .DEFAULT_GOAL := build
-.PHONY: run test verify build check bench soak wheel pictures clean
+.PHONY: run test verify build check bench soak wheel wheels pictures clean
 
 ## run: the stand-in application on a mounting flange; without a display, a replayed session
 run: build
@@ -46,9 +47,17 @@ soak: build
 	$(PYTHON) soak/run.py
 
 ## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/
-wheel: build
-	@scripts/ensure-packages wheel
-	$(PYTHON) -m pip wheel --quiet --no-build-isolation --no-deps --wheel-dir build/wheels .
+wheel:
+	@scripts/ensure-packages build wheel
+	@rm -rf build/wheels
+	$(MAKE_WHEEL)
+	@test -f build/wheels/*-manylinux_*.whl || \
+		echo "This wheel is for systems as new as this one; those for every Linux are made on Debian 12."
+
+## wheels: that, and another for arm64
+wheels: wheel
+	@scripts/ensure-packages arm64
+	CMAKE_TOOLCHAIN_FILE=$(CURDIR)/scripts/arm64.cmake _PYTHON_HOST_PLATFORM=linux-aarch64 $(MAKE_WHEEL)
 
 ## pictures: those of the manual, made by the running editor
 pictures: build

@@ -39,9 +39,12 @@ class ProfileView(tk.Canvas):
         self._instead = instead
         # Taking a geometry apart costs as much as drawing it, which every new size asks for.
         self._outlines = [
-            (np.array(ring.coords)[:, :2], "accent_soft" if ring is piece.exterior else "panel")
+            (np.array(ring.coords)[:, :2], colour)
             for piece in profile.polygons(self._region or Polygon())
-            for ring in (piece.exterior, *piece.interiors)
+            for ring, colour in [
+                (piece.exterior, "accent_soft"),
+                *((hole, "panel") for hole in piece.interiors),
+            ]
         ]
         self.repaint()
 
