@@ -1,6 +1,9 @@
-"""The wheel: what is in it, that it is always the same, and that it works where it is installed."""
+"""The wheel and the source archive: what is in them, that they are always the same, what they say
+of themselves, and that the wheel works where it is installed."""
 
 import os
+import platform
+import re
 import shutil
 import subprocess
 import sys
@@ -12,24 +15,29 @@ import pytest
 from harness.places import BUILD, ROOT
 from support.interpreters import nearly_equal, walk_through
 
-PACKAGED = "CMakeLists.txt CMakePresets.json MANIFEST.in README.md CHANGELOG.md pyproject.toml"
+MADE = ".git* build __pycache__ .*_cache .hypothesis *.egg-info *.pyc *.so *-INFO setup.cfg".split()
+VERSION = re.search(r'^version = "(.*)"', (ROOT / "pyproject.toml").read_text(), re.M)[1]
 OFFLINE = ("--no-build-isolation", "--no-deps", "--no-index", "--disable-pip-version-check")
 
 pytestmark = pytest.mark.skipif(BUILD != ROOT / "build", reason="the wheel is made anew")
 
 
-def call(*command, folder=None):
-    environment = {**os.environ, "PIP_ROOT_USER_ACTION": "ignore"}
+def ended(*command, folder=None, **variables):
+    environment = {**os.environ, "PIP_ROOT_USER_ACTION": "ignore", **variables}
     environment.pop("PYTHONPATH", None)
-    ended = subprocess.run(
+    return subprocess.run(
         list(map(str, command)), cwd=folder, env=environment, capture_output=True, text=True
     )
-    assert ended.returncode == 0, ended.stdout + ended.stderr
-    return ended.stdout
 
 
-def make_wheel(folder):
-    call(
+def call(*command, folder=None):
+    process = ended(*command, folder=folder)
+    assert process.returncode == 0, process.stdout + process.stderr
+    return process.stdout
+
+
+def wheel_command(folder):
+    return (
         sys.executable,
         "-m",
         "pip",
@@ -39,20 +47,20 @@ def make_wheel(folder):
         "--wheel-dir",
         folder / "made",
         ".",
-        folder=folder,
     )
+
+
+def make_wheel(folder):
+    call(*wheel_command(folder), folder=folder)
     (wheel,) = (folder / "made").glob("*.whl")
     return wheel
 
 
 @pytest.fixture(scope="module")
 def sources(tmp_path_factory):
-    """A copy of what the wheel is made from."""
-    folder = tmp_path_factory.mktemp("sources")
-    for name in [*PACKAGED.split(), "setup.py"]:
-        shutil.copy(ROOT / name, folder)
-    shutil.copytree(ROOT / "tandrel", folder / "tandrel", ignore=shutil.ignore_patterns("*.so"))
-    return folder
+    """A copy of the tree, without what was made in it."""
+    folder = tmp_path_factory.mktemp("of") / "sources"
+    return shutil.copytree(ROOT, folder, ignore=shutil.ignore_patterns(*MADE))
 
 
 @pytest.fixture(scope="module")
@@ -79,10 +87,74 @@ def test_wheel_holds_the_module_and_its_types_only(wheel):
     ]
 
 
-def test_source_archive_makes_the_same_wheel_in_another_folder(wheel, sdist, tmp_path):
+def test_tag_is_true_of_the_module(wheel, tmp_path):
+    with zipfile.ZipFile(wheel) as archive:
+        module = archive.extract("tandrel/gui/sketcher.abi3.so", tmp_path)
+    printed = call("readelf", "--version-info", "--wide", module)
+    newest = {}
+    for library, version in re.findall(r"Name: ([A-Z]+)_([\d.]+) ", printed):
+        numbers = tuple(map(int, version.split(".")))
+        newest[library] = max(newest.get(library, ()), numbers)
+    there = {"GLIBC": (2, 28), "GLIBCXX": (3, 4, 25), "CXXABI": (1, 3, 11), "GCC": (8, 0)}
+    tag = wheel.stem.split("-")[-1]
+    newer_than_releases_are_made_on = platform.libc_ver() > ("glibc", "2.36")
+    if newer_than_releases_are_made_on and tag == f"linux_{platform.machine()}":
+        assert any(newest[library] > there[library] for library in newest)
+    else:
+        assert tag == f"manylinux_2_28_{platform.machine()}"
+        assert all(newest[library] <= there[library] for library in newest), newest
+
+
+@pytest.fixture(scope="module")
+def unpacked(sdist, tmp_path_factory):
+    """The folder that the source archive unpacks to."""
+    folder = tmp_path_factory.mktemp("unpacked")
     with tarfile.open(sdist) as archive:
-        archive.extractall(tmp_path)
-    (folder,) = tmp_path.iterdir()
+        archive.extractall(folder)
+    return folder / sdist.name[: -len(".tar.gz")]
+
+
+def test_source_archive_holds_all_sources(sources, sdist, unpacked):
+    assert sdist.name == f"tandrel_sketcher-{VERSION}.tar.gz"
+    names = [file.relative_to(ROOT) for file in files_below(ROOT)]
+    assert len(names) > 200
+    for name in names:
+        assert (unpacked / name).read_bytes() == (ROOT / name).read_bytes()
+        assert os.access(unpacked / name, os.X_OK) == os.access(ROOT / name, os.X_OK)
+
+
+def files_below(folder):
+    """What was not made in the folder."""
+    for file in folder.iterdir():
+        if any(file.match(pattern) for pattern in MADE):
+            continue
+        if file.is_dir():
+            yield from files_below(file)
+        else:
+            yield file
+
+
+def test_descriptions_are_sound(wheel, sdist):
+    checked = call(sys.executable, "-m", "twine", "check", "--strict", wheel, sdist)
+    assert checked.count("PASSED") == 2
+
+
+def test_description_leads_nowhere_that_is_not_there(wheel):
+    with zipfile.ZipFile(wheel) as archive:
+        (name,) = [name for name in archive.namelist() if name.endswith("/METADATA")]
+        description = archive.read(name).decode().partition("\n\n")[2]
+    assert "manual for the application's\nprogrammer has the whole contract" in description
+    assert re.findall(r"!\[.*|\]\((?!https?:).*", description) == []
+
+
+def test_what_is_missing_is_said(sources, tmp_path):
+    failed = ended(*wheel_command(tmp_path), folder=sources, PATH=str(tmp_path))
+    assert failed.returncode == 1
+    assert "CMake is missing: `pip install cmake`, or the package cmake." in failed.stderr
+
+
+def test_source_archive_makes_the_same_wheel_in_another_folder(wheel, unpacked):
+    folder = unpacked
     again = make_wheel(folder)
     assert again.name == wheel.name
     assert again.read_bytes() == wheel.read_bytes()
