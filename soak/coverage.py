@@ -48,7 +48,7 @@ def main(arguments: list[str] | None = None) -> int:
 
 def count(tests: list[str], jobs: int) -> int:
     """Run tests on a build that counts; how pytest ended."""
-    quietly("cmake", "--preset", "coverage")
+    quietly("cmake", "--preset", "coverage", f"-DPython3_EXECUTABLE={sys.executable}")
     quietly("cmake", "--build", "--preset", "coverage")
     shutil.rmtree(COUNTS, ignore_errors=True)
     os.environ["LLVM_PROFILE_FILE"] = f"{COUNTS}/%2m.profraw"

@@ -38,7 +38,12 @@ MODULE = Path("build/tandrel/gui/sketcher.abi3.so")
 NOT_COPIED = shutil.ignore_patterns(".git", "build", "__pycache__", ".*_cache", ".hypothesis")
 # Optimised, so that what changes nothing is seen to; what a fault leaves unused is no reason to
 # reject it.
-OPTIONS = ("-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O1")
+OPTIONS = (
+    f"-DPython3_EXECUTABLE={sys.executable}",
+    "-DCMAKE_BUILD_TYPE=Debug",
+    "-DCMAKE_CXX_FLAGS=-w",
+    "-DCMAKE_CXX_FLAGS_DEBUG=-O1",
+)
 MOST_SECONDS = 300.0  # of one test
 PATIENCE = 3600.0  # of all of them
 NOT_COUNTED = ("not compiled", "same file")

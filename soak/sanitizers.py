@@ -71,7 +71,7 @@ def main(arguments: list[str] | None = None) -> int:
     options = parser.parse_args(arguments)
     build = BUILD
     if not (build / "build.ninja").exists():
-        quietly("cmake", "--preset", build.name)
+        quietly("cmake", "--preset", build.name, f"-DPython3_EXECUTABLE={sys.executable}")
     quietly("cmake", "--build", "--preset", build.name)
     with tempfile.TemporaryDirectory(prefix="sanitizers-") as name:
         folder = Path(name)
