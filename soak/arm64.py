@@ -74,7 +74,7 @@ def main() -> int:
     lay_tree(wheel)
     tests = sys.argv[1:] or [str(file.relative_to(ROOT)) for file in ROOT.glob("tests/test_*.py")]
     pytest = f'cd /{TREE.name} && exec python3 -m pytest -q -p no:cacheprovider "$@"'
-    inside = [DEBIAN, "/usr/bin/env", "-i", "PATH=/usr/bin:/bin", "HOME=/root", "LANG=C.UTF-8"]
+    inside = [str(DEBIAN), "/usr/bin/env", "-i", "PATH=/usr/bin:/bin", "HOME=/root", "LANG=C.UTF-8"]
     command = ["sh", "-c", INSIDE, "sh", *inside, "sh", "-c", pytest, "sh", *sorted(tests)]
     namespaces = ["unshare", "--mount", "--pid", "--fork", "--kill-child"]
     return subprocess.run([*namespaces, *command]).returncode

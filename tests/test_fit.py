@@ -196,6 +196,11 @@ class TestGridStep:
         editor.grid.set(text)
         assert editor.grid_step() == millimetres / 1000.0
 
+    def test_is_whatever_is_above_zero(self, editor, neighbours):
+        step = type("Step", (), {"__gt__": lambda self, zero: zero == 0})()
+        neighbours.units.answers["to_si"] = step
+        assert editor.grid_step() is step
+
     @pytest.mark.parametrize(
         "text", ["", "   ", "five", "5 mm", "1,5", "0", "-3", "0.0", "nan", "-inf"]
     )

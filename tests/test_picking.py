@@ -49,6 +49,15 @@ class TestPick:
         editor.sk["entities"] = [circle(0.0, 0.0, 9.0)] + [rectangle(-2.0, -2.0, 4.0, 4.0)] * 3
         assert editor.pick(203, 147) == 1
 
+    def test_areas_are_compared_as_the_host_gives_them(self, editor, neighbours):
+        editor.sk["entities"] = [circle(0.0, 0.0, 3.0)]
+        neighbours.S.answers["area"] = None  # of a lone one nobody asks how large it is
+        assert editor.pick(203, 147) == 0
+        editor.sk["entities"] *= 2
+        sizes = iter(["large", "a small one"])
+        neighbours.S.answers["area"] = lambda e: next(sizes)
+        assert editor.pick(203, 147) == 1
+
     def test_a_small_shape_hit_near_its_outline_beats_a_large_one_around(self, editor):
         editor.sk["entities"] = [rectangle(-10.0, -10.0, 20.0, 20.0), circle(5.0, 0.0, 1.0)]
         assert editor.pick(265, 150) == 1

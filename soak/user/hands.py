@@ -113,8 +113,8 @@ class Hands:
             (self.editor.list, "<<TreeviewSelect>>", self._row_selected),
             (self.editor, "<Escape>", plain(shadow.cancel_drawing)),
             (self.editor, "<Return>", plain(shadow.close_line)),
-            (self.editor, "<Delete>", plain(shadow.delete)),
-            (self.editor, "<BackSpace>", plain(shadow.delete)),
+            (self.editor, "<Delete>", self._delete_typed),
+            (self.editor, "<BackSpace>", self._delete_typed),
         ]
         if "plane" in self._fixed:
             bindings.append((self._fixed["plane"], "<<ComboboxSelected>>", self._plane_chosen))
@@ -123,6 +123,10 @@ class Hands:
 
     def _row_selected(self, _event: Any) -> None:
         self._tell(self.shadow.list_selected, self.editor.list.selection())
+
+    def _delete_typed(self, event: Any) -> None:
+        if event.widget.winfo_class() != "Text":  # there the key edits the corners
+            self._tell(self.shadow.delete)
 
     def _plane_chosen(self, _event: Any) -> None:
         self.shadow.plane = self._fixed["plane"].get()

@@ -22,14 +22,13 @@ Ref diameter(const Ref& entity, const Ref& unit_system) {
 }
 
 Ref describe_circle(const Ref& entity, const Ref& unit_system) {
-  const Ref text = tr("diameter {d}"_n);
-  return text.call("format"_n, py::kw({"d"_a = diameter(entity, unit_system)}));
+  const Ref fill_in = tr("diameter {d}"_n).attr("format"_n);
+  return fill_in(py::kw({"d"_a = diameter(entity, unit_system)}));
 }
 
 Ref describe_regular(const Ref& entity, const Ref& unit_system) {
-  const Ref text = tr("{n} sides, {d} across corners"_n);
-  return text.call("format"_n,
-                   py::kw({"n"_a = entity["n"_n].to_int(), "d"_a = diameter(entity, unit_system)}));
+  const Ref fill_in = tr("{n} sides, {d} across corners"_n).attr("format"_n);
+  return fill_in(py::kw({"n"_a = entity["n"_n].to_int(), "d"_a = diameter(entity, unit_system)}));
 }
 
 /// Overall length end to end by overall width.
@@ -44,16 +43,15 @@ Ref describe_slot(const Ref& entity, const Ref& unit_system) {
 }
 
 Ref describe_outline(const Ref& entity, const Ref&) {
-  const Ref text = tr("{n} corners"_n);
+  const Ref fill_in = tr("{n} corners"_n).attr("format"_n);
   const Ref points = entity.call("get"_n, "points"_n, py::list());
-  return text.call("format"_n, py::kw({"n"_a = points.size()}));
+  return fill_in(py::kw({"n"_a = points.size()}));
 }
 
 // -- types -------------------------------------------------------------------------------------
 
-const std::vector<EntityType>& entity_types() {
-  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
-  static const auto& types = *new std::vector<EntityType>{
+std::vector<EntityType> make_entity_types() {
+  return {
       {.name = "rectangle"_n,
        .label = N_("Rectangle"),
        .fields = {{"x", N_("Corner u")},
@@ -94,6 +92,11 @@ const std::vector<EntityType>& entity_types() {
        .keeps_points = true,
        .summary = &describe_outline},
   };
+}
+
+const std::vector<EntityType>& entity_types() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static const auto& types = *new std::vector<EntityType>(make_entity_types());
   return types;
 }
 
@@ -119,7 +122,7 @@ Ref label_dictionary() {
 Ref describe(const Ref& entity) {
   const Ref unit_system = units();
   const EntityType* type = find_type(entity["type"_n]);
-  return (type ? type->summary : &describe_outline)(entity, unit_system);
+  return (type != nullptr ? type->summary : &describe_outline)(entity, unit_system);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace tandrel::sketcher {
 
 /// Marks a text for the catalogues where it is written; `marked` marks it for Python's own marker
 /// when the module is loaded.
-consteval const char* N_(const char* text) {
+constexpr const char* N_(const char* text) {
   return text;
 }
 py::Ref marked(const char* text);

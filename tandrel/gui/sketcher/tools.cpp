@@ -285,7 +285,7 @@ Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
   const double radius = snap_radius();
   const auto distance = has_own_numpy() ? distance_to : distance_by_numpy;
   Ref hit = Ref::none();
-  double hit_area = 0;
+  Ref hit_area;
   Py_ssize_t index = 0;
   py::for_each(editor.entities(), [&](const Ref& entity) {
     const Py_ssize_t current = index++;
@@ -293,8 +293,8 @@ Ref pick(const Editor& editor, const Ref& x, const Ref& y) {
     if (!outline) return;
     const bool is_near = distance(pixel, projection.to_screen_all(outline)) <= radius;
     if (!is_near && !S().call("inside"_n, outline, world).truth()) return;
-    const double area = S().call("area"_n, entity).number();
-    if (hit.is_none() || area < hit_area) {
+    const Ref area = S().call("area"_n, entity);
+    if (!hit_area || area.less(hit_area)) {
       hit = py::to_python(current);
       hit_area = area;
     }
@@ -357,9 +357,8 @@ void delete_selected(const Editor& editor) {
 
 // -- table of the tools ------------------------------------------------------------------------
 
-const std::vector<Tool>& tools() {
-  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
-  static const auto& tools = *new std::vector<Tool>{
+std::vector<Tool> make_tools() {
+  return {
       {.name = "select"_n,
        .label = N_("Select and move"),
        .tip = N_("Click a shape to select it and edit its dimensions; drag to move it; Delete "
@@ -390,6 +389,11 @@ const std::vector<Tool>& tools() {
        .tip = N_("Click the centre of one end, then the other end, then the width."),
        .press = &press_slot},
   };
+}
+
+const std::vector<Tool>& tools() {
+  // Never destroyed: at process exit the interpreter may be gone before C++ statics are.
+  static const auto& tools = *new std::vector<Tool>(make_tools());
   return tools;
 }
 

@@ -121,7 +121,7 @@ Ref grid_step(const Editor& editor) {
         const Ref unit_system = units();
         const double typed = editor.variable("grid"_n).to_float();
         step = unit_system.call("to_si"_n, typed, "length"_n);
-        if (!(step.number() > 0)) step = editor.call("_default_grid"_n);
+        if (!step.greater(py::to_python(0))) step = editor.call("_default_grid"_n);
       },
       py::ValueError);
   return unreadable ? editor.call("_default_grid"_n) : step;
