@@ -123,7 +123,7 @@ def serve(options: argparse.Namespace) -> None:
         raise RuntimeError("this interpreter hides where it evaluates")
     gc.collect()
     gc.freeze()
-    points = chosen(options, steps, shim)
+    points = chosen(options, steps, shim, telling)
     for point in points[options.part :: options.jobs]:
         telling.begin(str(point))
         outcome, wrong = tried(steps[point.step], point, shim)
@@ -132,7 +132,9 @@ def serve(options: argparse.Namespace) -> None:
             telling.found(str(point), wrong)
 
 
-def chosen(options: argparse.Namespace, steps: dict[str, Any], shim: Any) -> list[Point]:
+def chosen(
+    options: argparse.Namespace, steps: dict[str, Any], shim: Any, telling: Telling
+) -> list[Point]:
     """All points, or evenly chosen ones; the same in every part."""
     name, _, rest = (options.only or "").partition(":")
     n, _, mode = rest.partition(":")
@@ -141,7 +143,7 @@ def chosen(options: argparse.Namespace, steps: dict[str, Any], shim: Any) -> lis
     points = [
         Point(step, k, mode)
         for step in ([name] if name else steps)
-        for k in range(1, allocations(steps[step], step, shim) + 1)
+        for k in range(1, allocations(steps[step], step, shim, telling) + 1)
         for mode in MODES
     ]
     if options.points and options.points < len(points):
@@ -149,9 +151,11 @@ def chosen(options: argparse.Namespace, steps: dict[str, Any], shim: Any) -> lis
     return points
 
 
-def allocations(step: Any, name: str, shim: Any) -> int:
+def allocations(step: Any, name: str, shim: Any, telling: Telling) -> int:
     """How many allocations the module asks for in a step in which none fails."""
-    outcome, wrong = tried(step, Point(name, 0, "once"), shim)
+    point = Point(name, 0, "once")
+    telling.begin(str(point))
+    outcome, wrong = tried(step, point, shim)
     kind, _, count = outcome.partition(" ")
     if wrong or kind != "completed":
         raise RuntimeError(f"{name}, with all memory that it asks for: {outcome} {wrong}")
