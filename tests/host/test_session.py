@@ -265,8 +265,11 @@ def test_an_autosave_without_permission_is_told(session, tmp_path):
         plain_user()
         return session.accept(drawn(1.0)), session.autosave_failed
 
-    tmp_path.chmod(0o700)
-    assert in_child(edit) == "(True, 'Permission denied')"
+    mode = tmp_path.stat().st_mode
+    tmp_path.chmod(0)
+    told = in_child(edit)
+    tmp_path.chmod(mode)
+    assert told == "(True, 'Permission denied')"
 
 
 def test_without_recovery_everything_else_works(tmp_path):
