@@ -6,11 +6,11 @@ it starts. UndefinedBehaviorSanitizer gets a file to report into as well.
 """
 
 import atexit
-import ctypes
 import gc
 import os
+import struct
 
-_LINKS = 2 * ctypes.sizeof(ctypes.c_void_p)
+_LINKS = 2 * struct.calcsize("P")
 _HEADER = object.__basicsize__
 
 
@@ -20,9 +20,11 @@ def ask() -> None:
     The collector's links before each object that it tracks reach every list, tuple and dictionary,
     the forgotten ones too, and are cut: nothing that is tracked may be freed from then on.
     """
+    import ctypes
+
     for _ in range(3):
         gc.collect()
-    child = os.fork()
+    child = ctypes.PyDLL(None)["fork"]()  # the interpreter's own refuses at the end
     if child:
         os.waitpid(child, 0)
         return
@@ -40,9 +42,21 @@ def ask() -> None:
 def name_report_file() -> None:
     """Beside AddressSanitizer, gcc's UndefinedBehaviorSanitizer heeds no log_path and writes to the
     standard error, which a test runner may swallow."""
+    import ctypes
+
     library = ctypes.CDLL("libubsan.so.1")
     library["__sanitizer_set_report_path"](os.environ["UNDEFINED_BEHAVIOR_REPORT"].encode())
 
 
-atexit.register(ask)
-name_report_file()
+def in_main_interpreter() -> bool:
+    """Others of the process may neither fork nor, some of them, use ctypes."""
+    try:
+        import _interpreters as interpreters
+    except ImportError:
+        import _xxsubinterpreters as interpreters
+    return interpreters.get_current() == interpreters.get_main()
+
+
+if in_main_interpreter():
+    atexit.register(ask)
+    name_report_file()

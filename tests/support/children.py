@@ -28,7 +28,7 @@ def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), argume
         timeout=60,
     )
     assert process.returncode == 0, process.stderr
-    assert process.stderr == ""
+    assert not process.stderr, process.stderr
     return json.loads(process.stdout)
 
 
