@@ -6,6 +6,7 @@ from pathlib import Path
 
 import pytest
 from soak import hostile
+from soak.hostility import neighbours
 
 ROOT = Path(__file__).resolve().parents[2]
 CASES = 2_000
@@ -147,4 +148,5 @@ class TestWhatIsWrongAfterACase:
                 self.canvas.create_line(x, 0, x, 1)
 
         self.in_place_of(monkeypatch, "_preview", preview)
+        monkeypatch.setattr(neighbours, "MOST_ITEMS", 5_000)
         assert any("EndlessPicture" in what for what in found(20))

@@ -17,8 +17,8 @@ def open_root(screen=None):
     root.createcommand("bgerror", lambda message: root.errors.append(RuntimeError(message)))
     root.geometry("320x240+20+20")
     settle(root)
-    # Tk 8.6 crashes where a widget gets the focus by force in a main window that hasn't had it, after
-    # another one on the same display, whose menus had been made anew, was destroyed.
+    # Tk 8.6 crashes where a widget gets the focus by force in a main window that hasn't had it,
+    # after another one on the same display, whose menus had been made anew, was destroyed.
     root.focus_force()
     root.update()
     return root
