@@ -24,11 +24,13 @@ from support.interpreters import VERSIONS, interpreter_of  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
 
 # What is true doesn't depend on how busy the machine is, nor on how large examples become.
-settings.register_profile(
-    "sketches",
+# Nor on chance: the same examples each time. `--hypothesis-profile=others` tries others.
+calm = settings(
     deadline=None,
     suppress_health_check=[HealthCheck.too_slow, HealthCheck.data_too_large],
 )
+settings.register_profile("others", calm)
+settings.register_profile("sketches", calm, derandomize=True)
 settings.load_profile("sketches")
 
 
