@@ -89,8 +89,6 @@ class Ref {
   /// The memory of a bytes object, for as long as it lives.
   std::string_view bytes() const;
 
-  /// Whether this is a function written in C.
-  bool is_builtin_function() const noexcept { return Py_TYPE(object_) == &PyCFunction_Type; }
   /// Whether this is a list or tuple of exactly two plain ints or floats.
   bool is_pair_of_numbers() const;
 
