@@ -7,6 +7,7 @@ it starts. UndefinedBehaviorSanitizer gets a file to report into as well.
 
 import atexit
 import gc
+import importlib
 import os
 import struct
 
@@ -51,10 +52,10 @@ def name_report_file() -> None:
 def in_main_interpreter() -> bool:
     """Others of the process may neither fork nor, some of them, use ctypes."""
     try:
-        import _interpreters as interpreters
+        interpreters = importlib.import_module("_interpreters")
     except ImportError:
-        import _xxsubinterpreters as interpreters
-    return interpreters.get_current() == interpreters.get_main()
+        interpreters = importlib.import_module("_xxsubinterpreters")
+    return bool(interpreters.get_current() == interpreters.get_main())
 
 
 if in_main_interpreter():

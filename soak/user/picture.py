@@ -47,7 +47,7 @@ class View(NamedTuple):
     def path(self, points: Any) -> Coordinates:
         """The pixels of points, one after the other."""
         xs, ys = self.to_screen(np.asarray(points, dtype=np.float64).T)
-        return tuple(np.column_stack((xs, ys)).ravel().tolist())
+        return tuple(map(float, np.column_stack((xs, ys)).ravel()))
 
 
 def line(coordinates: Coordinates, fill: str, width: int = 1, dash: str = "") -> Item:

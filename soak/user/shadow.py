@@ -142,8 +142,8 @@ class Shadow(SidePanel):
             return free
         step = self.grid_step()
         with np.errstate(all="ignore"):
-            u, v = (np.round(np.array(free) / step) * step).tolist()
-        return u, v
+            u, v = np.round(np.array(free) / step) * step
+        return float(u), float(v)
 
     def redraw(self) -> None:
         self.shown = []

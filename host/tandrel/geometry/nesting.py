@@ -12,7 +12,7 @@ from __future__ import annotations
 
 from functools import lru_cache
 from itertools import chain
-from typing import Iterator, NamedTuple, Sequence
+from typing import Any, Iterator, NamedTuple, Sequence
 
 import numpy as np
 import numpy.typing as npt
@@ -42,12 +42,12 @@ def inside(ring: npt.ArrayLike, p: Sequence[float]) -> bool:
 
     A ray from the point to the right crosses the outline an odd number of times.
     """
-    points = np.asarray(ring, dtype=np.float64).reshape(-1, 2)
+    points: Any = np.asarray(ring, dtype=np.float64).reshape(-1, 2)
     if not len(points):
         return False
     u, v = float(p[0]), float(p[1])
     above = points[:, 1] > v
-    crossed = np.flatnonzero(above[1:] != above[:-1]).tolist()
+    crossed = list(map(int, np.flatnonzero(above[1:] != above[:-1])))
     if above[0] != above[-1]:
         crossed.append(-1)
     within = False
@@ -153,7 +153,7 @@ def _boxed(ranked: Sequence[Shape], margin: float) -> list[int]:
             & (some[:, 3, None] < high[near, 1])
         )
         bits = np.packbits(held, axis=1, bitorder="little")
-        for k, row in zip(rows.tolist(), bits):
+        for k, row in zip(map(int, rows), bits):
             found[k] = int.from_bytes(row.tobytes(), "little") & (1 << k) - 1
     return found
 

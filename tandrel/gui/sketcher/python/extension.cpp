@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <charconv>
+#include <cstring>
 #include <string_view>
 #include <unordered_map>
 
@@ -91,11 +92,11 @@ int execute(const Extension& definition, PyObject* module) noexcept try {
 }
 
 bool knows_isolated_interpreters() noexcept {
-  const std::string_view version = Py_GetVersion();
-  const char* const end = version.data() + version.size();
+  const char* const version = Py_GetVersion();
+  const char* const end = version + std::strlen(version);
   int major = 0;
   int minor = 0;
-  const char* const dot = std::from_chars(version.data(), end, major).ptr;
+  const char* const dot = std::from_chars(version, end, major).ptr;
   std::from_chars(dot + 1, end, minor);
   return std::pair(major, minor) >= std::pair(3, 12);
 }

@@ -13,16 +13,16 @@ Signature::Signature(const char* name, std::initializer_list<const char*> parame
     : binding_(kind) {
   std::string signature = kind == Binding::kMethod ? "$self" : "";
   bool optional = false;
-  for (const std::string parameter : parameters) {
+  for (const std::string_view parameter : parameters) {
     if (!signature.empty()) signature += ", ";
     signature += parameter;
     const std::size_t equals = parameter.find('=');
-    if (equals != std::string::npos && !optional) {
+    if (equals != std::string_view::npos && !optional) {
       optional = true;
       format_ += '|';
     }
     format_ += 'O';
-    parameter_names_.push_back(parameter.substr(0, equals));
+    parameter_names_.emplace_back(parameter.substr(0, equals));
   }
   for (const std::string& parameter : parameter_names_) names_.push_back(parameter.c_str());
   names_.push_back(nullptr);

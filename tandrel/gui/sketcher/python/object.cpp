@@ -220,7 +220,7 @@ Ref import_module(const Ref& name) {
 Ref imported(const Ref& name) {
   PyObject* module = PyImport_GetModule(name.get());
   if (module == nullptr && PyErr_Occurred() == nullptr) return {};
-  Ref found = Ref::steal(module);
+  const Ref found = Ref::steal(module);
   return found.is_none() ? Ref() : found;  // None forbids the import
 }
 
@@ -228,7 +228,7 @@ Ref import_from(const Ref& module, const Ref& name) {
   Ref package;
   const auto missing = attempt([&] { package = import_module(module); }, ImportError);
   const auto find = [&] {
-    Ref found = package ? package.find_attr(name) : Ref();
+    const Ref found = package ? package.find_attr(name) : Ref();
     return found ? found : imported(text_of(module, ".", name));
   };
   if (Ref found = find()) return found;

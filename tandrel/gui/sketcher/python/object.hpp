@@ -5,11 +5,13 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -126,8 +128,8 @@ Ref to_python(std::string_view value);
 inline Ref to_python(const char* value) {
   return to_python(std::string_view(value));
 }
-template <class Integer>
-requires std::is_integral_v<Integer> Ref to_python(Integer value) {
+template <std::integral Integer>
+Ref to_python(Integer value) {
   if constexpr (std::is_same_v<Integer, bool>) {
     return Ref::borrow(value ? Py_True : Py_False);
   } else {
@@ -273,25 +275,16 @@ template <class Value>
 void store(const Ref& tuple, Py_ssize_t& index, const Value& value) {
   store(tuple, index, to_python(value));
 }
-inline const Ref* dictionary_of(const Keywords& keywords) {
-  return &keywords.dictionary();
-}
-template <class Value>
-const Ref* dictionary_of(const Value&) {
-  return nullptr;
-}
-
 template <class... Arguments>
-inline constexpr bool has_keywords = (std::is_same_v<Arguments, Keywords> || ...);
+inline constexpr bool has_keywords = std::disjunction_v<std::is_same<Arguments, Keywords>...>;
 
 template <class... Arguments>
 Ref call_with_keywords(const Ref& callable, const Arguments&... arguments) {
   const Ref positional = Ref::steal(PyTuple_New(static_cast<Py_ssize_t>(sizeof...(Arguments)) - 1));
   Py_ssize_t index = 0;
   (store(positional, index, arguments), ...);
-  const Ref* keywords = nullptr;
-  ((keywords = dictionary_of(arguments)), ...);  // the last argument is the Keywords
-  return callable.apply(positional, *keywords);
+  const Keywords& keywords = std::get<sizeof...(Arguments) - 1>(std::tie(arguments...));
+  return callable.apply(positional, keywords.dictionary());
 }
 }  // namespace detail
 
