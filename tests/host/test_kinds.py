@@ -5,9 +5,7 @@ import subprocess
 import sys
 import textwrap
 
-from tandrel import geometry, kinds
-from tandrel.kinds import KINDS, PLAINEST_FIRST
-from tandrel.kinds.kind import Kind
+from tandrel import geometry
 
 
 def run(code):
@@ -15,17 +13,6 @@ def run(code):
     path = [folder for folder in sys.path if folder]
     code = f"import sys; sys.path[:] = {path!r}\n{textwrap.dedent(code)}"
     subprocess.run([sys.executable, "-W", "error", "-c", code], check=True)
-
-
-def test_each_kind_has_a_module_of_its_name():
-    modules = {module.name for module in pkgutil.iter_modules(kinds.__path__)}
-    assert modules - {"kind", "fields"} == set(KINDS)
-
-
-def test_kinds_that_guess_at_contours_are_asked_once():
-    none = Kind._field_defaults["guesses"]
-    guessing = [name for name, kind in KINDS.items() if kind.guesses is not none]
-    assert sorted(kind.type for kind in PLAINEST_FIRST) == sorted(guessing)
 
 
 def test_geometry_knows_no_gui():
@@ -53,7 +40,6 @@ def test_a_kind_that_is_registered_is_known_everywhere():
 
         fields = {"x": Number("Egg place"), "r": Number("Egg radius")}
         kinds.KINDS["egg"] = Kind("egg", "Egg", fields, drawing, guesses)
-        kinds.PLAINEST_FIRST = (kinds.KINDS["egg"], *kinds.PLAINEST_FIRST)
 
         from tandrel import exchange, profile, sketch, storage
         from tandrel.exchange import dxf, png, svg

@@ -44,7 +44,7 @@ def recognised(edges: Sequence[Edge]) -> Recognised:
     left, low, right, high = loops.box(edges)
     size, lost = max(right - left, high - low), loops.rounding(edges)
     for tolerance in [FINE * size, min(COARSE * size, COARSEST)] if curved else [FINE * size]:
-        for kind in kinds.PLAINEST_FIRST:
+        for kind in kinds.KINDS.values():
             for guess in kind.guesses(edges, tolerance + lost):
                 if _is_right(guess, edges):
                     return Recognised(guess.entity, 0.0)

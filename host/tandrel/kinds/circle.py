@@ -35,10 +35,11 @@ def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
         yield Guess(entity(centre, sum(radii) / len(radii)), None)
 
 
-CIRCLE = Kind(
+KIND = Kind(
     "circle",
     N_("Circle"),
     {"xc": Number(N_("Centre u")), "yc": Number(N_("Centre v")), "r": Number(N_("Radius"))},
     _drawing,
     _guesses,
+    rank=20,
 )

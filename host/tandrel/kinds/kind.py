@@ -47,7 +47,8 @@ class Kind(NamedTuple):
     """A kind of shape: all that the application knows of it.
 
     ``drawing`` takes what the fields read, in their order, and raises ``ValueError`` with a
-    :class:`Reason` where it makes no shape. ``guesses`` takes a contour without rounding errors of
+    :class:`Reason` where it makes no shape. ``rank`` orders the kinds: what a contour may be, too,
+    has a lower one if it is plainer. ``guesses`` takes a contour without rounding errors of
     its own (:func:`tandrel.geometry.loops.tidied`) and how far from it an entity may be.
     """
 
@@ -56,6 +57,7 @@ class Kind(NamedTuple):
     fields: Mapping[str, Union[Number, Corners]]
     drawing: Callable[..., Drawing]
     guesses: Callable[[Loop, float], Iterator[Guess]] = lambda contour, tolerance: iter(())
+    rank: int = 100
 
 
 def ask_positive(size: float, message: str) -> None:

@@ -85,10 +85,11 @@ def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
             yield Guess(entity(corners, radius), tolerance)
 
 
-POLYGON = Kind(
+KIND = Kind(
     "polygon",
     N_("Outline"),
     {"radius": Number(N_("Corner radius")), "points": Corners()},
     _drawing,
     _guesses,
+    rank=50,
 )

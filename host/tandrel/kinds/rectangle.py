@@ -38,7 +38,7 @@ def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
         yield Guess(entity, tolerance)
 
 
-RECTANGLE = Kind(
+KIND = Kind(
     "rectangle",
     N_("Rectangle"),
     {
@@ -50,4 +50,5 @@ RECTANGLE = Kind(
     },
     _drawing,
     _guesses,
+    rank=30,
 )

@@ -42,7 +42,7 @@ def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
     yield Guess(entity, tolerance)
 
 
-REGULAR = Kind(
+KIND = Kind(
     "regular",
     N_("Polygon"),
     {
@@ -54,4 +54,5 @@ REGULAR = Kind(
     },
     _drawing,
     _guesses,
+    rank=40,
 )

@@ -41,7 +41,7 @@ def _guesses(contour: Loop, tolerance: float) -> Iterator[Guess]:
         yield Guess(entity, tolerance + lost * r / length)
 
 
-SLOT = Kind(
+KIND = Kind(
     "slot",
     N_("Slot"),
     {
@@ -53,4 +53,5 @@ SLOT = Kind(
     },
     _drawing,
     _guesses,
+    rank=10,
 )
