@@ -31,8 +31,6 @@ from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
-# The interpreter takes a few for itself now and then. Whatever leaks takes one in each cycle.
-OWN_BLOCKS = 16
 COMMAND = [sys.executable, str(Path(__file__).resolve())]
 
 
@@ -93,7 +91,7 @@ def watched_objects(stage: Any) -> dict[str, object]:
     # Not small numbers: one object serves the whole process.
     module = {f"sketcher.{k}": v for k, v in vars(sketcher).items() if not isinstance(v, int)}
     methods = {f"SketchEditor.{name}": v for name, v in vars(sketcher.SketchEditor).items()}
-    constants = {repr(value): value for value in (None, True, False, (), "")}
+    constants = {repr(value): value for value in (True, False, (), "")}
     return {
         "sketch": stage.sketch,
         "entities": entities,
@@ -140,8 +138,6 @@ def grown_by(
         run(repetition * count, (repetition + 1) * count)
         after = growth.measured(stage.root, watched)
         grew_now = growth.growth(before, after, watched)
-        if grew_now.by["blocks"] < max(count, OWN_BLOCKS):
-            grew_now.by["blocks"] = 0
         grew = grew_now.at_most(grew) if repetition else grew_now
         before = after
         del after, grew_now

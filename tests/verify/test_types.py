@@ -175,6 +175,8 @@ def test_wrong_uses_are_refused_and_right_ones_are_not(run_checker, tmp_path):
     program.write_text(MIXED_USE)
     expected = {n: line.split("  # ")[1] for n, line in enumerate(lines, 1) if "  # " in line}
     code, printed = run_checker(*strictly(program))
+    # Newer checkers have a name of its own for a key too many.
+    printed = printed.replace("typeddict-unknown-key", "typeddict-item")
     found = re.findall(r"^[^:]*mixed_use\.py:(\d+): error: .*\[([\w-]+)\]$", printed, re.MULTILINE)
     assert {int(line): reason for line, reason in found} == expected, printed
     assert code == 1 and printed.count(" error: ") == len(found)
