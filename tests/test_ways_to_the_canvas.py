@@ -315,7 +315,7 @@ def traced(root):
 
 
 OUTLINES = [circle(0.001 * k, 0.0, 0.01) for k in range(7)]
-PROCEDURES = ["::tandrel::items", "::tandrel::outlines"]
+PROCEDURES = ["::tandrel::items", "::tandrel::polygons"]
 
 
 def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
@@ -325,7 +325,7 @@ def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
     counts = traced(str(editor.canvas), *PROCEDURES)
     editor.redraw()
     # The grid, two axes, a letter at each, and the dot at the pointer.
-    commands = {"::tandrel::outlines": 1, "::tandrel::items": 1 + 2 + 2 + 1}
+    commands = {"::tandrel::polygons": 1, "::tandrel::items": 1 + 2 + 2 + 1}
     assert counts == {"delete": 1, "create": count, "coords": 7, **commands}
 
 

@@ -1,6 +1,7 @@
 #include "canvas_drawing.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -57,7 +58,7 @@ void draw_grid(const Picture& picture, Projection& projection, Painter& painter)
   const auto draw_gathered = [&] {
     if (places.size() == 0) return;
     if (!options) options = ItemOptions("fill"_n, palette("bg"_n));
-    painter.lines(places, options);
+    painter.items("line"_n, places, options);
     places = py::list();
   };
   const auto add_line = [&](const Ref& x1, const Ref& y1, const Ref& x2, const Ref& y2) {
@@ -80,13 +81,13 @@ void draw_axes(const Picture& picture, Projection& projection, Painter& painter)
   const Point origin = projection.to_screen({0, 0});
   const auto [first, second] = picture.editor.axis_names();
   const Ref dash = py::tuple(4, 3);
-  painter.line(py::tuple(0, origin.y, picture.width, origin.y),
+  painter.item("line"_n, py::tuple(0, origin.y, picture.width, origin.y),
                ItemOptions("fill"_n, first_axis_colour(), "dash"_n, dash));
-  painter.line(py::tuple(origin.x, 0, origin.x, picture.height),
+  painter.item("line"_n, py::tuple(origin.x, 0, origin.x, picture.height),
                ItemOptions("fill"_n, second_axis_colour(), "dash"_n, dash));
-  painter.text(py::tuple(picture.width.subtract(py::to_python(6)), origin.y - 4),
+  painter.item("text"_n, py::tuple(picture.width.subtract(py::to_python(6)), origin.y - 4),
                ItemOptions("text"_n, first, "anchor"_n, "se", "fill"_n, first_axis_colour()));
-  painter.text(py::tuple(origin.x + 4, 6),
+  painter.item("text"_n, py::tuple(origin.x + 4, 6),
                ItemOptions("text"_n, second, "anchor"_n, "nw", "fill"_n, second_axis_colour()));
 }
 
@@ -273,12 +274,12 @@ class Labels {
 
   /// Writes a label centred on a pixel.
   void write(Point pixel, const Ref& text) {
-    painter_.text(py::tuple(pixel.x, pixel.y),
+    painter_.item("text"_n, py::tuple(pixel.x, pixel.y),
                   ItemOptions("text"_n, text, "fill"_n, highlight_colour()));
   }
   /// Writes a label with its left end at a pixel.
   void write_right_of(Point pixel, const Ref& text) {
-    painter_.text(py::tuple(pixel.x, pixel.y),
+    painter_.item("text"_n, py::tuple(pixel.x, pixel.y),
                   ItemOptions("text"_n, text, "fill"_n, highlight_colour(), "anchor"_n, "w"));
   }
 
@@ -356,9 +357,9 @@ class Preview {
     if (entity.is_none()) return;
     const Ref outline = editor_.valid_outline(entity);
     if (!outline) return;
-    painter_.polygon(projection_.to_screen_all(outline),
-                     ItemOptions("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2,
-                                 "dash"_n, dash()));
+    painter_.polygons(std::array{projection_.to_screen_all(outline)},
+                      ItemOptions("fill"_n, ""_n, "outline"_n, highlight_colour(), "width"_n, 2,
+                                  "dash"_n, dash()));
   }
 
   void draw_corners(const Ref& clicks) {

@@ -9,11 +9,9 @@ namespace tandrel::sketcher {
 
 namespace {
 
-constexpr std::size_t kFewestPoints = 3;  // of a polygon
-
-/// Whether Tk takes the points for the coordinates of any item.
+/// Whether Tk takes the points for the coordinates of a polygon.
 bool is_sound(const Outline& points) {
-  return points.size() >= kFewestPoints && std::all_of(points.begin(), points.end(), is_finite);
+  return !points.empty() && std::all_of(points.begin(), points.end(), is_finite);
 }
 
 /// Points as the tuple x1, y1, x2, y2 ...
@@ -52,27 +50,28 @@ bool is_tkinters_interpreter(const Ref& interpreter) {
 /// crashes when a window that was never shown is destroyed while it is being laid out and a command
 /// of one of its widgets is used afterwards; a question about the widget is harmless.
 ///
-/// Tk makes a text of each coordinate that it gets with `create`, to look for options among them,
-/// and reads the number anew: most of the time that a long outline takes. It does neither with
-/// `coords`. Of all ways to give Tcl many numbers `binary scan` needs the fewest objects.
+/// Tk makes a text of each coordinate that `create` gets as a word of its own, to look for options
+/// among them, and reads the number anew: most of the time that a long outline takes. It spares the
+/// list of a line's coordinates that, but not a polygon's, which `coords` gives to a polygon made
+/// without any. Of all ways to give Tcl many numbers `binary scan` needs the fewest objects.
 constexpr const char* kProcedures = R"(
   proc items {canvas type options places} {
     winfo width $canvas
     foreach place $places {
-      $canvas create $type {*}$place {*}$options
+      $canvas create $type $place {*}$options
     }
   }
-  proc outlines {canvas type options outlines} {
+  proc polygons {canvas options outlines} {
     winfo width $canvas
     foreach doubles $outlines {
       binary scan $doubles d* coordinates
-      $canvas coords [$canvas create $type 0 0 0 0 0 0 {*}$options] $coordinates
+      $canvas coords [$canvas create polygon {*}$options] $coordinates
     }
   }
 )";
 
 void provide_procedures(const Ref& call_tcl) {
-  if (call_tcl("info"_n, "commands"_n, "::tandrel::outlines"_n).truth()) return;
+  if (call_tcl("info"_n, "commands"_n, "::tandrel::polygons"_n).truth()) return;
   call_tcl("namespace"_n, "eval"_n, "::tandrel"_n, kProcedures);
 }
 
@@ -121,61 +120,43 @@ Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
       py::Exception);
 }
 
-void Painter::line(const Ref& coordinates, const ItemOptions& options) const {
-  lines(py::list(coordinates), options);
-}
-
-void Painter::lines(const Ref& places, const ItemOptions& options) const {
-  create({"line"_n, "create_line"_n}, places, options);
-}
-
-void Painter::text(const Ref& coordinates, const ItemOptions& options) const {
-  create({"text"_n, "create_text"_n}, py::list(coordinates), options);
+void Painter::polyline(const Outline& points, const ItemOptions& options) const {
+  item("line"_n, coordinates(points), options);
 }
 
 void Painter::circle(Point centre, double radius, const ItemOptions& options) const {
-  const Ref box =
-      py::tuple(centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius);
-  create({"oval"_n, "create_oval"_n}, py::list(box), options);
-}
-
-void Painter::polyline(const Outline& points, const ItemOptions& options) const {
-  create_through({&points, 1}, {"line"_n, "create_line"_n}, options);
-}
-
-void Painter::polygon(const Outline& points, const ItemOptions& options) const {
-  polygons({&points, 1}, options);
+  const Point corner{radius, radius};
+  item("oval"_n, coordinates(std::array{centre - corner, centre + corner}), options);
 }
 
 void Painter::polygons(std::span<const Outline> outlines, const ItemOptions& options) const {
-  create_through(outlines, {"polygon"_n, "create_polygon"_n}, options);
-}
-
-void Painter::create(const ItemType& type, const Ref& places, const ItemOptions& options) const {
-  if (is_direct_ && options.words()) {
-    call_tcl_("::tandrel::items"_n, path_, type.name, options.words(), places);
-  } else {
-    py::for_each(places, [&](const Ref& coordinates) {
-      require_canvas();
-      canvas_.attr(type.method).apply(coordinates, options.keywords());
-    });
-  }
-}
-
-void Painter::create_through(std::span<const Outline> outlines, const ItemType& type,
-                             const ItemOptions& options) const {
-  if (is_direct_ && options.words() && std::all_of(outlines.begin(), outlines.end(), is_sound)) {
-    const Ref doubles = py::list();
-    for (const Outline& points : outlines) {
-      py::append(doubles, py::bytes_of(std::as_bytes(std::span(points))));
-    }
-    call_tcl_("::tandrel::outlines"_n, path_, type.name, options.words(), doubles);
-    return;
-  }
+  const bool is_direct =
+      is_direct_ && options.words() && std::all_of(outlines.begin(), outlines.end(), is_sound);
+  const Ref places = py::list();
   for (const Outline& points : outlines) {
-    require_canvas();
-    canvas_.attr(type.method).apply(coordinates(points), options.keywords());
+    py::append(places,
+               is_direct ? py::bytes_of(std::as_bytes(std::span(points))) : coordinates(points));
   }
+  if (is_direct) {
+    call_tcl_("::tandrel::polygons"_n, path_, options.words(), places);
+  } else {
+    call_methods("create_polygon"_n, places, options);
+  }
+}
+
+void Painter::items(const Ref& type, const Ref& places, const ItemOptions& options) const {
+  if (is_direct_ && options.words()) {
+    call_tcl_("::tandrel::items"_n, path_, type, options.words(), places);
+  } else {
+    call_methods("create_"_n.add(type), places, options);
+  }
+}
+
+void Painter::call_methods(const Ref& name, const Ref& places, const ItemOptions& options) const {
+  py::for_each(places, [&](const Ref& coordinates) {
+    require_canvas();
+    canvas_.attr(name).apply(coordinates, options.keywords());
+  });
 }
 
 void Painter::require_canvas() const {

@@ -52,27 +52,20 @@ class Painter {
   /// makes items does so itself; to be called before any other command of the canvas.
   void require_canvas() const;
 
-  /// `coordinates` is the tuple x1, y1, x2, y2 ...
-  void line(const Ref& coordinates, const ItemOptions& options) const;
-  /// One line for each of a list of such tuples.
-  void lines(const Ref& places, const ItemOptions& options) const;
-  void text(const Ref& coordinates, const ItemOptions& options) const;
-  /// The line, or the filled outline, through pixels.
+  /// An item of a type of Tk's, at the tuple x1, y1, x2, y2 ...; or one at each of a list of such
+  /// tuples.
+  void item(const Ref& type, const Ref& place, const ItemOptions& options) const {
+    items(type, py::list(place), options);
+  }
+  void items(const Ref& type, const Ref& places, const ItemOptions& options) const;
+  /// The line, or the filled outlines, through pixels.
   void polyline(const Outline& points, const ItemOptions& options) const;
-  void polygon(const Outline& points, const ItemOptions& options) const;
   void polygons(std::span<const Outline> outlines, const ItemOptions& options) const;
   /// The circle of `radius` pixels around a point.
   void circle(Point centre, double radius, const ItemOptions& options) const;
 
  private:
-  struct ItemType {
-    Ref name;    // as Tcl knows it
-    Ref method;  // the canvas method that makes one
-  };
-
-  void create(const ItemType& type, const Ref& places, const ItemOptions& options) const;
-  void create_through(std::span<const Outline> outlines, const ItemType& type,
-                      const ItemOptions& options) const;
+  void call_methods(const Ref& name, const Ref& places, const ItemOptions& options) const;
 
   Ref canvas_;
   Ref call_tcl_;  // gives the words of a command to Tcl; empty where the canvas is no real one
