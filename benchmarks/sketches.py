@@ -1,5 +1,6 @@
-"""Sketches of any size, and a sketch module that knows all answers beforehand."""
+"""Sketches of any size, and an application that knows all answers beforehand."""
 
+import functools
 import math
 from contextlib import contextmanager
 from types import SimpleNamespace
@@ -88,15 +89,28 @@ def answers(sk):
     )
 
 
+class Remembered:
+    """Gives the answers of another object's operations; of each question only the first time."""
+
+    def __init__(self, asked):
+        self._asked = asked
+
+    def __getattr__(self, name):
+        operation = functools.lru_cache(maxsize=None)(getattr(self._asked, name))
+        setattr(self, name, operation)
+        return operation
+
+
 @contextmanager
 def asked_of(host):
-    """Lets the editor ask this sketch module while the block runs."""
-    before = sketcher.S
-    sketcher.S = host
+    """Lets the editor ask this sketch module while the block runs, and units from memory."""
+    before = sketcher.S, sketcher.units
+    display_units = Remembered(sketcher.units())
+    sketcher.S, sketcher.units = host, lambda: display_units
     try:
         yield host
     finally:
-        sketcher.S = before
+        sketcher.S, sketcher.units = before
 
 
 @contextmanager

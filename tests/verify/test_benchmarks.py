@@ -4,6 +4,7 @@ import os
 import random
 import subprocess
 import sys
+from types import SimpleNamespace
 
 import numpy as np
 import pytest
@@ -224,6 +225,16 @@ class TestSketches:
             assert at.host.inside(outline, here) == geometry.inside(outline, here)
         assert at.host.depths(at.editor.sk) == geometry.depths(at.editor.sk)
 
+    def test_units_are_asked_each_question_once(self, sketcher, monkeypatch):
+        asked = []
+        own = SimpleNamespace(fmt=lambda *question: asked.append(question) or "1 mm")
+        monkeypatch.setattr(sketcher, "units", lambda: own)
+        with asked_of(geometry):
+            texts = [sketcher.units().fmt(length, "length") for length in (0.001, 0.001, 0.002)]
+        assert texts == ["1 mm"] * 3
+        assert asked == [(0.001, "length"), (0.002, "length")]
+        assert sketcher.units() is own
+
     def test_something_is_under_the_pointer(self, stage):
         at = stage(100)
         with asked_of(at.host):
@@ -278,7 +289,7 @@ class TestRun:
             ("pick, plain Python / ours", 1),
             ("snapped, plain Python / ours", 1),
             ("outlines asked of the host per shape", 3),
-            ("growth of ", 4),
+            ("growth of ", 5),
             ("motion to painted", 2),
         ):
             assert quick.stdout.count(what) == rows, what
@@ -295,6 +306,7 @@ class TestRun:
             ({"most": 1.1}, 1.11, False),
             ({"least": 30}, 30, True),
             ({"least": 30}, 29.9, False),
+            ({}, 29.9, True),
         ],
     )
     def test_tells_a_missed_bound(self, bound, value, holds, capsys):
