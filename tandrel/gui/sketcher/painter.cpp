@@ -50,10 +50,10 @@ bool is_tkinters_interpreter(const Ref& interpreter) {
 /// crashes when a window that was never shown is destroyed while it is being laid out and a command
 /// of one of its widgets is used afterwards; a question about the widget is harmless.
 ///
-/// Tk makes a text of each coordinate that `create` gets as a word of its own, to look for options
-/// among them, and reads the number anew: most of the time that a long outline takes. It spares the
-/// list of a line's coordinates that, but not a polygon's, which `coords` gives to a polygon made
-/// without any. Of all ways to give Tcl many numbers `binary scan` needs the fewest objects.
+/// Tk looks for options among the coordinates that `create` gets, and makes a text of each for
+/// that: most of the time that a long outline takes. The list of a line's coordinates it leaves
+/// alone, a polygon's not, so a polygon is made without any and `coords` completes it. Of all ways
+/// to give Tcl many numbers `binary scan` needs the fewest objects.
 constexpr const char* kProcedures = R"(
   proc items {canvas type options places} {
     winfo width $canvas

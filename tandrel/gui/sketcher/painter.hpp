@@ -52,8 +52,8 @@ class Painter {
   /// makes items does so itself; to be called before any other command of the canvas.
   void require_canvas() const;
 
-  /// An item of a type of Tk's, at the tuple x1, y1, x2, y2 ...; or one at each of a list of such
-  /// tuples.
+  /// The item of a type of Tk's at a place, the tuple x1, y1, x2, y2 ...; or one item at each of a
+  /// list of places.
   void item(const Ref& type, const Ref& place, const ItemOptions& options) const {
     items(type, py::list(place), options);
   }
