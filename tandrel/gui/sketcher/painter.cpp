@@ -9,11 +9,6 @@ namespace tandrel::sketcher {
 
 namespace {
 
-/// Whether Tk takes the points for the coordinates of a polygon.
-bool is_sound(const Outline& points) {
-  return !points.empty() && std::all_of(points.begin(), points.end(), is_finite);
-}
-
 /// Points as the tuple x1, y1, x2, y2 ...
 Ref coordinates(std::span<const Point> points) {
   std::vector<double> values;
@@ -130,8 +125,10 @@ void Painter::circle(Point centre, double radius, const ItemOptions& options) co
 }
 
 void Painter::polygons(std::span<const Outline> outlines, const ItemOptions& options) const {
+  // What is wrong with an outline of no points, tkinter tells in its own words.
+  const auto has_points = [](const Outline& points) { return !points.empty(); };
   const bool is_direct =
-      is_direct_ && options.words() && std::all_of(outlines.begin(), outlines.end(), is_sound);
+      is_direct_ && options.words() && std::all_of(outlines.begin(), outlines.end(), has_points);
   const Ref places = py::list();
   for (const Outline& points : outlines) {
     py::append(places,
