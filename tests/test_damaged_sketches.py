@@ -5,7 +5,9 @@ it busy for ever.
 """
 
 import copy
+import itertools
 import math
+from contextlib import suppress
 
 import numpy as np
 import pytest
@@ -22,7 +24,6 @@ from support.neighbours import (
 )
 from support.operations import OPERATIONS, run_all, sound
 from support.plain import Event, PlainEditor, Var
-from support.watchdog import finishes
 
 # What numpy says about nonsense isn't this module's concern.
 pytestmark = pytest.mark.filterwarnings("ignore")
@@ -48,14 +49,10 @@ class TestRepaintingEnds:
     """Where the grid makes no sense, there is none; everything else is painted."""
 
     def repaint(self, step=None, **attributes):
-        def once():
-            editor = PlainEditor(**{"scale": 40.0, **attributes})
-            if step is not None:
-                editor.grid_step = lambda: step
-            editor.redraw()
-            return editor
-
-        editor = finishes(once)
+        editor = PlainEditor(**{"scale": 40.0, **attributes})
+        if step is not None:
+            editor.grid_step = lambda: step
+        editor.redraw()
         assert others(editor) == AXES_AND_DOT
         return grid_lines(editor)
 
@@ -100,13 +97,8 @@ class TestRepaintingEnds:
 
     @pytest.mark.parametrize("scale", [0.0, -0.0, 5e-324])
     def test_with_no_scale(self, neighbours, scale):
-        def once():
+        with suppress(ZeroDivisionError):
             PlainEditor(scale=scale).redraw()
-
-        try:
-            finishes(once)
-        except ZeroDivisionError:
-            pass
 
     @pytest.mark.parametrize(
         "lo, hi",
@@ -125,20 +117,12 @@ class TestRepaintingEnds:
     def test_with_every_mixture_of_extremes(self, neighbours):
         extremes = [0.0, 5e-324, 1e-160, 1.0, 1e16, 1e160, 1.7e308, INF, NAN]
         extremes += [-value for value in extremes]
-
-        def every():
-            for step in extremes:
-                for scale in extremes:
-                    for far in extremes:
-                        editor = PlainEditor(scale=scale, centre=np.array([far, 1.0]))
-                        editor.grid_step = lambda: step
-                        try:
-                            editor.redraw()
-                        except (ArithmeticError, ValueError):
-                            pass
-                        assert len(grid_lines(editor)) < 100
-
-        finishes(every)
+        for step, scale, far in itertools.product(extremes, repeat=3):
+            editor = PlainEditor(scale=scale, centre=np.array([far, 1.0]))
+            editor.grid_step = lambda: step
+            with suppress(ArithmeticError, ValueError):
+                editor.redraw()
+            assert len(grid_lines(editor)) < 100
 
 
 numbers = st.one_of(
@@ -185,22 +169,18 @@ class TestDamagedEntities:
             editor.sel = sel
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
     @hostile
     @given(entities=sketches, sel=st.sampled_from([None, 0, 1]))
     def test_bad_shapes_stop_neither_repainting_nor_fitting_nor_picking(
         self, sketcher, entities, sel
     ):
-        def once():
-            editor = sound()
-            editor.sk["entities"] = [circle(0.0, 0.0, 0.01)] + copy.deepcopy(entities)
-            editor.sel = sel
-            editor.fit()
-            return editor, editor.pick(*editor.to_screen((0.0, 0.0)))
-
-        editor, picked = finishes(once)
-        assert picked is not None
+        editor = sound()
+        editor.sk["entities"] = [circle(0.0, 0.0, 0.01)] + copy.deepcopy(entities)
+        editor.sel = sel
+        editor.fit()
+        assert editor.pick(*editor.to_screen((0.0, 0.0))) is not None
         drawn = [name for name, _, _ in editor.canvas.drawn].count("create_polygon")
         assert drawn == sum(map(editor._ok, editor.sk["entities"]))
 
@@ -209,13 +189,8 @@ class TestDamagedEntities:
     def test_moving_a_damaged_shape_leaves_it_alone(self, sketcher, entity, dx, dy):
         before = repr(entity)
 
-        def once():
-            try:
-                sketcher.SketchEditor._moved(entity, (dx, dy))
-            except (KeyError, ValueError, TypeError, IndexError, OverflowError):
-                pass
-
-        finishes(once)
+        with suppress(KeyError, ValueError, TypeError, IndexError, OverflowError):
+            sketcher.SketchEditor._moved(entity, (dx, dy))
         assert repr(entity) == before
 
     @pytest.mark.parametrize(
@@ -241,17 +216,13 @@ class TestDamagedEntities:
         ],
     )
     def test_are_neither_drawn_nor_picked_nor_measured(self, sketcher, entity):
-        def once():
-            editor = sound()
-            editor.clicks = []
-            editor.sk["entities"] = [copy.deepcopy(entity)]
-            editor.sel = 0
-            editor.refs = []
-            editor.fit()
-            return editor, editor.pick(200, 150)
-
-        editor, picked = finishes(once)
-        assert picked is None
+        editor = sound()
+        editor.clicks = []
+        editor.sk["entities"] = [copy.deepcopy(entity)]
+        editor.sel = 0
+        editor.refs = []
+        editor.fit()
+        assert editor.pick(200, 150) is None
         names = [name for name, _, _ in editor.canvas.drawn]
         assert "create_polygon" not in names
         assert names.count("create_text") == 2
@@ -282,12 +253,12 @@ class TestDamagedEntities:
             made.sel = 0
             return made
 
-        raised = finishes(lambda: run_all(editor))
+        raised = run_all(editor)
         assert "redraw" not in raised
         assert "pick" not in raised
 
     def test_a_moved_shape_that_holds_itself_still_does(self, sketcher):
-        moved = finishes(lambda: sketcher.SketchEditor._moved(self.cyclic_entity(), (1, 2)))
+        moved = sketcher.SketchEditor._moved(self.cyclic_entity(), (1, 2))
         assert moved["self"] is moved
         assert (moved["xc"], moved["yc"]) == (1.0, 2.0)
 
@@ -296,11 +267,8 @@ class TestDamagedEntities:
         for _ in range(100_000):
             nested = [nested]
 
-        def once():
-            sketcher.SketchEditor._moved({**circle(), "deep": nested}, (1, 2))
-
         with pytest.raises(RecursionError):
-            finishes(once)
+            sketcher.SketchEditor._moved({**circle(), "deep": nested}, (1, 2))
         while nested:
             nested = nested.pop()
 
@@ -311,7 +279,7 @@ class TestDamagedEntities:
             editor.sk["entities"] = entities
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
     @pytest.mark.parametrize("sketch", [None, 5, [], {}, {"entities": [None]}])
     def test_a_sketch_that_is_none(self, sketcher, sketch):
@@ -320,25 +288,21 @@ class TestDamagedEntities:
             editor.sk = sketch
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
 
 class TestDamagedEditors:
     @pytest.mark.parametrize("value", [None, "text", 10**400, NAN, [], {}, object(), np.zeros(0)])
     def test_an_attribute_of_any_value(self, sketcher, value):
         names = "sk sel tool snap grid sides drag clicks cursor scale centre plane dim refs"
+        for name in (names + " canvas list status").split():
 
-        def once():
-            for name in (names + " canvas list status").split():
+            def make():
+                editor = sound()
+                setattr(editor, name, value)
+                return editor
 
-                def make():
-                    editor = sound()
-                    setattr(editor, name, value)
-                    return editor
-
-                run_all(make)
-
-        finishes(once)
+            run_all(make)
 
     @pytest.mark.parametrize("attribute", ["sk", "tool", "cursor", "scale", "canvas"])
     def test_a_missing_attribute_is_an_attribute_error(self, sketcher, attribute):
@@ -353,7 +317,7 @@ class TestDamagedEditors:
             method = name.split()[0]
             for editor in (None, 5, object()):
                 with pytest.raises((AttributeError, TypeError)):
-                    finishes(lambda: getattr(cls, method)(editor))
+                    getattr(cls, method)(editor)
 
     def test_a_pan_that_never_began(self, sketcher):
         with pytest.raises(AttributeError):

@@ -12,7 +12,6 @@ import pytest
 from support.neighbours import circle, rectangle
 from support.operations import OPERATIONS, run_all, sound
 from support.plain import Recorder
-from support.watchdog import finishes
 
 # What numpy says about nonsense isn't this module's concern.
 pytestmark = pytest.mark.filterwarnings("ignore")
@@ -87,14 +86,10 @@ NONSENSE = [
 class TestNeighboursThatAnswerNonsense:
     def everywhere(self, answers, names, answer):
         """Every operation with this answer in the place of each name."""
-
-        def once():
-            for name in names.split():
-                answers[name] = lambda *args: answer
-                run_all(sound)
-                del answers[name]
-
-        finishes(once)
+        for name in names.split():
+            answers[name] = lambda *args: answer
+            run_all(sound)
+            del answers[name]
 
     def test_the_sketch_module(self, neighbours, answer):
         names = "outline corners area inside depths check"
@@ -104,29 +99,22 @@ class TestNeighboursThatAnswerNonsense:
         self.everywhere(neighbours.units.answers, "to_si from_si fmt unit", answer)
 
     def test_the_names_of_the_module(self, sketcher, monkeypatch, answer):
-        def once():
-            for name in "S units tr PAL SNAP_PX describe TOOL_TIPS TYPE_LABEL".split():
-                for value in (answer, lambda *args: answer):
-                    with monkeypatch.context() as patch:
-                        patch.setattr(sketcher, name, value)
-                        run_all(sound)
-
-        finishes(once)
+        for name in "S units tr PAL SNAP_PX describe TOOL_TIPS TYPE_LABEL".split():
+            for value in (answer, lambda *args: answer):
+                with monkeypatch.context() as patch:
+                    patch.setattr(sketcher, name, value)
+                    run_all(sound)
 
     def test_operations_of_the_editor(self, sketcher, answer):
         names = "to_screen to_world grid_step key_points snapped pick _ok _moved _from_drag _slot"
+        for name in (names + " _extent _default_grid").split():
 
-        def once():
-            for name in (names + " _extent _default_grid").split():
+            def make():
+                editor = sound()
+                setattr(editor, name, lambda *args: answer)
+                return editor
 
-                def make():
-                    editor = sound()
-                    setattr(editor, name, lambda *args: answer)
-                    return editor
-
-                run_all(make)
-
-        finishes(once)
+            run_all(make)
 
 
 class TestNeighboursThatMeddle:
@@ -164,7 +152,7 @@ class TestNeighboursThatMeddle:
             neighbours.S.fail[operation] = fail
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
     @pytest.mark.parametrize("how", HOW)
     def test_the_canvas(self, sketcher, how):
@@ -180,7 +168,7 @@ class TestNeighboursThatMeddle:
             editor.canvas.meddle = lambda: self.meddle(editor, how)
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
     @pytest.mark.parametrize("how", HOW)
     @pytest.mark.parametrize(
@@ -208,13 +196,10 @@ class TestNeighboursThatMeddle:
             setattr(editor, name, operation)
             return editor
 
-        finishes(lambda: run_all(make))
+        run_all(make)
 
     def test_an_operation_that_calls_itself_ends_by_the_interpreter_s_limit(self, sketcher):
-        def once():
-            editor = sound()
-            editor._preview = editor.redraw
-            editor.redraw()
-
+        editor = sound()
+        editor._preview = editor.redraw
         with pytest.raises(RecursionError):
-            finishes(once)
+            editor.redraw()

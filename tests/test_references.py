@@ -9,7 +9,16 @@ from support.neighbours import one_of_each
 from support.operations import OPERATIONS, sound
 from support.plain import PlainEditor, Var
 
-REPETITIONS = 60
+REPETITIONS = 20
+
+
+@pytest.fixture(autouse=True, scope="module")
+def only_what_is_new():
+    """What is there already need not be looked at each time that the garbage is collected."""
+    gc.collect()
+    gc.freeze()
+    yield
+    gc.unfreeze()
 
 
 def growth(run):
