@@ -1,12 +1,14 @@
 """Overridden operations are the ones that the other operations and the events use."""
 
 import copy
+import types
 
 import numpy as np
 import pytest
 
 from support.neighbours import circle, one_of_each
-from support.plain import Event, PlainEditor
+from support.plain import Event, PlainEditor, Var
+from support.stand_ins import Stage
 from support.widgets import button
 
 pytestmark = pytest.mark.usefixtures("neighbours")
@@ -42,6 +44,12 @@ def drag_of_new(tool):
 def moving(e):
     e.sel = 1
     e.drag = {"kind": "move", "start": A, "orig": copy.deepcopy(e.sk["entities"][1])}
+    return e
+
+
+def sizing(e):
+    e.sel = 1
+    e.vars = {key: Var("5") for key in ("xc", "yc", "r")}
     return e
 
 
@@ -125,11 +133,12 @@ CALLS = [
     ("refresh_list", "show_props", as_it_is, ()),
     ("_list_selected", "show_props", selecting(1), ()),
     ("_list_selected", "redraw", selecting(1), ()),
-    ("apply_props", "refresh_list", lambda e: e.select(1) or e, ()),
-    ("apply_props", "redraw", lambda e: e.select(1) or e, ()),
+    ("apply_props", "refresh_list", sizing, ()),
+    ("apply_props", "redraw", sizing, ()),
     ("ok", "destroy", as_it_is, ()),
 ]
 STATIC = {"_ok", "_moved"}
+OF_TK = ("focus_get", "destroy")
 
 
 def spy_on(cls, callee, calls):
@@ -143,19 +152,11 @@ def spy_on(cls, callee, calls):
     return override
 
 
-def override(level, sketcher, monkeypatch, callee, calls, open_editor):
-    """An editor on which one operation is overridden: on its class, a subclass or itself."""
-    cls = sketcher.SketchEditor
-    spy = spy_on(cls, callee, calls)
-    member = staticmethod(spy) if callee in STATIC else spy
-    if level == "subclass":
-        return open_editor(one_of_each(), cls=type("Editor", (cls,), {callee: member}))
-    editor = open_editor(one_of_each())
-    if level == "class":
-        monkeypatch.setattr(cls, callee, member, raising=callee in vars(cls))
-    else:
-        bound = spy if callee in STATIC else lambda *args, **kwargs: spy(editor, *args, **kwargs)
-        setattr(editor, callee, bound)
+def unshown(cls, stage):
+    """An editor of this class that has stand-ins for its window and widgets."""
+    editor = cls.__new__(cls)
+    vars(editor).update(vars(stage.editor(one_of_each()["entities"], scale=5000.0)))
+    del editor.destroy  # the class has one
     return editor
 
 
@@ -164,11 +165,22 @@ def override(level, sketcher, monkeypatch, callee, calls, open_editor):
     "operation, callee, prepare, arguments", CALLS, ids=lambda v: v if isinstance(v, str) else ""
 )
 def test_overridden_operation_is_used(
-    open_editor, sketcher, monkeypatch, level, operation, callee, prepare, arguments
+    sketcher, monkeypatch, level, operation, callee, prepare, arguments
 ):
-    calls = []
-    editor = override(level, sketcher, monkeypatch, callee, calls, open_editor)
+    """On the class, a subclass or the editor itself."""
+    stage = Stage()
+    stage.replace(monkeypatch, sketcher)
+    calls, cls = [], type("Editor", (sketcher.SketchEditor,), dict.fromkeys(OF_TK, lambda e: None))
+    spy = spy_on(cls, callee, calls)
+    member = staticmethod(spy) if callee in STATIC else spy
+    if level == "subclass":
+        cls = type("Own", (cls,), {callee: member})
+    elif level == "class":
+        monkeypatch.setattr(cls if callee in OF_TK else sketcher.SketchEditor, callee, member)
+    editor = unshown(cls, stage)
     prepare(editor)
+    if level == "instance":
+        setattr(editor, callee, spy if callee in STATIC else types.MethodType(spy, editor))
     arguments = [a(editor) if callable(a) else a for a in arguments]
     calls.clear()
     getattr(editor, operation)(*arguments)
