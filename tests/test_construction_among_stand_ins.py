@@ -5,6 +5,7 @@ import textwrap
 
 import pytest
 from support.children import run
+from support.operations import BUTTONS
 from support.stand_ins import Stage, call
 
 OPEN = """
@@ -79,27 +80,6 @@ SNAP_AND_GRID = [
     *label(5, "Frame2", "mm", "Muted", padx=(2, 0)),
     *button(1, "Frame2", "Fit", "editor.fit", side="right"),
 ]
-TOOLS = [
-    (
-        "select",
-        "Select and move",
-        "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it.",
-    ),
-    (
-        "line",
-        "Line (closed outline)",
-        "Click corner after corner; click the first corner again (or press Enter) to close the "
-        "outline.",
-    ),
-    ("rectangle", "Rectangle", "Drag from one corner to the opposite corner."),
-    ("circle", "Circle", "Press at the centre and drag out the radius."),
-    (
-        "regular",
-        "Polygon",
-        "Press at the centre and drag to a corner; set the number of sides first.",
-    ),
-    ("slot", "Slot", "Click the centre of one end, then the other end, then the width."),
-]
 
 
 def tool(number, key, text, tip):
@@ -121,7 +101,7 @@ def tool(number, key, text, tip):
 BODY = [
     *frame(3, "Frame1", fill="both", expand=True, pady=(8, 0)),
     *frame(4, "Frame3", side="left", fill="y", padx=(0, 8)),
-    *(entry for number, row in enumerate(TOOLS, 1) for entry in tool(number, *row)),
+    *(entry for number, row in enumerate(BUTTONS, 1) for entry in tool(number, *row)),
     *frame(5, "Frame4", fill="x", pady=(6, 0)),
     *label(6, "Frame5", "<Sides>", "Panel"),
     call("ttk.Spinbox", "Frame5", from_=3, to=64, textvariable="StringVar3", width=4),
@@ -211,6 +191,7 @@ OUTER = [
     *frame(1, "editor", {"padding": 10}, fill="both", expand=True),
     *frame(2, "Frame1", fill="x"),
 ]
+NAMED = "tool snap grid sides plane offset canvas list props status".split()
 CONSTRUCTION = [
     call("Toplevel", "the parent"),
     call("editor.title", "<Sketch>"),
@@ -230,29 +211,40 @@ CONSTRUCTION = [
     call("editor.update_idletasks"),
     call("Canvas1.delete", "all"),
     *KEYS,
+    *("StringVar1", "BooleanVar1", "StringVar2", "StringVar3", "StringVar4", "StringVar5"),
+    *("Canvas1", "Treeview1", "Frame7", "Label7"),
 ]
 
 
-def test_construction_call_by_call():
-    assert (
-        among_stand_ins(
-            """
-        SketchEditor("the parent", None)
-        answer = stage.recorded()
+ARGUMENTS = {
+    "nothing": "None",
+    "a sketch": '{"plane": "YZ", "offset": 0.25, "entities": [rectangle()]}, 3.0, "Profile"',
+    "a fixed plane": "None, allow_plane=False",
+    **{f"{dim} dimensions": f"None, {dim}" for dim in ("2", "None", "'3'")},
+}
+
+
+@pytest.fixture(scope="module")
+def constructed():
+    """What is done for a dialog with these arguments, and which widgets have a name."""
+    made = (f"{name!r}: made({arguments})" for name, arguments in ARGUMENTS.items())
+    return among_stand_ins(
+        f"""
+        def made(*arguments, **named):
+            stage.numbers.clear()
+            editor = SketchEditor("the parent", *arguments, **named)
+            return stage.recorded() + [getattr(editor, name).name for name in {NAMED}]
+
+        answer = {{{", ".join(made)}}}
         """
-        )
-        == CONSTRUCTION
     )
 
 
-def test_construction_on_a_sketch_call_by_call():
-    record = among_stand_ins(
-        """
-        sketch = {"plane": "YZ", "offset": 0.25, "entities": [rectangle()]}
-        SketchEditor("the parent", sketch, 3, "Profile")
-        answer = stage.recorded()
-        """
-    )
+def test_construction_call_by_call(constructed):
+    assert constructed["nothing"] == CONSTRUCTION
+
+
+def test_construction_on_a_sketch_call_by_call(constructed):
     expected = list(CONSTRUCTION)
     expected[1] = call("editor.title", "Profile")
     expected[4:10] = [
@@ -266,7 +258,7 @@ def test_construction_on_a_sketch_call_by_call():
     rows = expected.index(call("Treeview1.delete"))
     row = {"iid": "0", "text": "1. <Rectangle>", "values": ("2000 mm x 1000 mm",)}
     expected.insert(rows + 1, call("Treeview1.insert", "", "end", **row))
-    assert record == expected
+    assert constructed["a sketch"] == expected
 
 
 def renumbered(entries, shifts):
@@ -277,35 +269,23 @@ def renumbered(entries, shifts):
     return ast.literal_eval(text)
 
 
-def test_layout_without_plane_chooser():
-    record = among_stand_ins(
-        """
-        SketchEditor("the parent", None, allow_plane=False)
-        answer = stage.recorded()
-        """
-    )
+def without_placement(kept, shifts):
+    """The construction where only a part of the widgets that place a sketch is made."""
     start = CONSTRUCTION.index(SNAP_AND_GRID[0])
-    shifts = [(f"Label{number}.", f"Label{number - 1}.") for number in range(2, 10)]
-    assert record == [
-        *CONSTRUCTION[: start - len(PLACEMENT)],
-        *renumbered(PLACEMENT[5:] + CONSTRUCTION[start:], shifts),
-    ]
+    left = renumbered(kept + CONSTRUCTION[start:], shifts)
+    return CONSTRUCTION[: start - len(PLACEMENT)] + left
+
+
+def test_layout_without_plane_chooser(constructed):
+    shifts = [(f"Label{number}", f"Label{number - 1}") for number in range(2, 10)]
+    assert constructed["a fixed plane"] == without_placement(PLACEMENT[5:], shifts)
 
 
 @pytest.mark.parametrize("dim", ["2", "None", "'3'"])
-def test_layout_of_a_plain_region(dim):
-    record = among_stand_ins(
-        f"""
-        SketchEditor("the parent", None, {dim})
-        answer = stage.recorded()
-        """
-    )
-    start = CONSTRUCTION.index(SNAP_AND_GRID[0])
-    shifts = [(f"Label{number}.", f"Label{number - 3}.") for number in range(4, 10)]
-    assert record == [
-        *CONSTRUCTION[: start - len(PLACEMENT)],
-        *renumbered(CONSTRUCTION[start:], [*shifts, ("Entry2.", "Entry1.")]),
-    ]
+def test_layout_of_a_plain_region(constructed, dim):
+    shifts = [(f"Label{number}", f"Label{number - 3}") for number in range(4, 10)]
+    expected = without_placement([], [*shifts, ("Entry2", "Entry1")])
+    assert constructed[f"{dim} dimensions"] == expected
 
 
 def test_running_and_accepting_call_by_call():
@@ -336,41 +316,32 @@ def test_running_and_accepting_call_by_call():
 # --- keys of the dialog
 
 
-def keys_pressed(prepare, event):
-    """The operations that the four keys of a dialog call, replaced after it was made."""
-    return among_stand_ins(
+def test_keys_delete_a_shape_unless_they_come_from_its_corners():
+    """Each of the four operations is looked up when its key comes."""
+    events = ["SimpleNamespace(widget=box)", "SimpleNamespace(widget=5)", "SimpleNamespace()"]
+    pressed = among_stand_ins(
         f"""
         from types import SimpleNamespace
 
-        editor = SketchEditor("the parent", None)
-        {prepare}
-        answer = []
-        for name in ("cancel_drawing", "close_line", "delete"):
-            setattr(editor, name, lambda *args, name=name: answer.append((name, *args)))
-        for (name, _), handler in stage.handlers().items():
-            if name == "editor":
-                handler({event})
+        def pressed(event, **attributes):
+            done = []
+            vars(editor).update(attributes)
+            for name in ("cancel_drawing", "close_line", "delete"):
+                setattr(editor, name, lambda *args, name=name: done.append((name, *args)))
+            for (name, _), handler in handlers.items():
+                if name == "editor":
+                    handler(event)
+            return done
+
+        editor, box = SketchEditor("the parent", None), object()
+        handlers = stage.handlers()
+        answer = [pressed(event) for event in ({events[1]}, {events[2]}, None)]
+        answer += [pressed(event, points_text=box) for event in ({", ".join(events)})]
+        answer += [pressed({events[2]}, points_text=None)]
         """
     )
-
-
-ALL_KEYS = [("cancel_drawing",), ("close_line",), ("delete",), ("delete",)]
-
-
-@pytest.mark.parametrize(
-    "prepare, event, expected",
-    [
-        ("", "SimpleNamespace(widget=5)", ALL_KEYS),
-        ("", "SimpleNamespace()", ALL_KEYS),
-        ("", "None", ALL_KEYS),
-        ("editor.points_text = box = object()", "SimpleNamespace(widget=box)", ALL_KEYS[:2]),
-        ("editor.points_text = box = object()", "SimpleNamespace(widget=5)", ALL_KEYS),
-        ("editor.points_text = box = object()", "SimpleNamespace()", ALL_KEYS),
-        ("editor.points_text = None", "SimpleNamespace()", ALL_KEYS),
-    ],
-)
-def test_keys_delete_a_shape_unless_they_come_from_its_corners(prepare, event, expected):
-    assert keys_pressed(prepare, event) == expected
+    every = [("cancel_drawing",), ("close_line",), ("delete",), ("delete",)]
+    assert pressed == [every, every, every, every[:2], every, every, every]
 
 
 def test_keys_need_their_event():

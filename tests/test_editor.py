@@ -302,34 +302,3 @@ def test_variables_elsewhere_belong_to_their_window(
         monkeypatch.undo()
     finally:
         close_root(other)
-
-
-# --- keys
-
-
-def test_dialog_binds_four_keys(open_editor):
-    bound = {"<Key-Escape>", "<Key-Return>", "<Key-Delete>", "<Key-BackSpace>"}
-    assert set(open_editor().bind()) == bound
-
-
-@pytest.mark.parametrize(
-    "key, operation",
-    [
-        ("Escape", "cancel_drawing"),
-        ("Return", "close_line"),
-        ("Delete", "delete"),
-        ("BackSpace", "delete"),
-    ],
-)
-def test_key_reaches_its_operation_without_arguments(open_editor, sketcher, send, key, operation):
-    calls = []
-    cls = type(
-        "Editor",
-        (sketcher.SketchEditor,),
-        {operation: lambda self, *args, **kwargs: calls.append((args, kwargs))},
-    )
-    editor = open_editor(cls=cls)
-    send(editor).key(key)
-    assert calls == [((), {})]
-    send(editor).key(key, editor.list)
-    assert len(calls) == 2

@@ -12,16 +12,11 @@ import numpy
 import pytest
 
 from support.neighbours import circle
+from support.operations import BUTTONS
 from support.plain import PlainEditor
 from support.types import CARDS
 
-SELECT = ("select", "Select and move")
-SELECT_TIP = (
-    "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it."
-)
-# In the order of the buttons.
-TOOLS = sorted((card.tool for card in CARDS), key=lambda tool: tool.name != "line")
-TOOL_TIPS = {"select": SELECT_TIP, **{tool.name: tool.tip for tool in TOOLS}}
+TOOL_TIPS = {name: tip for name, _, tip in BUTTONS}
 FIELDS = {
     card.name: [(key, label, is_length) for key, label, is_length, _ in card.fields]
     for card in CARDS
@@ -76,7 +71,7 @@ STATIC_OPERATIONS = {"_ok": "e", "_moved": "e, d"}
 
 
 def test_tools_are_pairs_in_the_order_of_the_buttons(sketcher):
-    assert sketcher.TOOLS == [SELECT, *((tool.name, tool.label) for tool in TOOLS)]
+    assert sketcher.TOOLS == [(name, label) for name, label, _ in BUTTONS]
     assert type(sketcher.TOOLS) is list
     assert {type(pair) for pair in sketcher.TOOLS} == {tuple}
 

@@ -9,6 +9,14 @@ from .types import CARDS
 DRAG_TOOLS = [card.tool.name for card in CARDS if card.tool.dragged]
 CLICK_TOOLS = [card.tool.name for card in CARDS if not card.tool.dragged]
 TOOLS = ["select", *DRAG_TOOLS, *CLICK_TOOLS]
+SELECT_TIP = (
+    "Click a shape to select it and edit its dimensions; drag to move it; Delete removes it."
+)
+# Name, label and tip in the order of the buttons: outlines first.
+BUTTONS = [
+    ("select", "Select and move", SELECT_TIP),
+    *sorted((card.tool[:3] for card in CARDS), key=lambda row: row[0] != "line"),
+]
 
 
 def sound(tool="select"):
