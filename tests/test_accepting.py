@@ -143,28 +143,6 @@ def test_result_is_set_before_the_dialog_closes(sketcher):
     assert editor.at_end is editor.sk
 
 
-def test_refused_offset_can_be_corrected(open_editor):
-    editor = open_editor(one_of_each())
-    editor.offset.set("far")
-    editor.ok()
-    assert editor.winfo_exists()
-    assert editor.status.cget("text") == "The offset must be a number."
-    editor.offset.set("12")
-    editor.ok()
-    assert editor.result["offset"] == 0.012
-
-
-def test_refused_sketch_can_be_corrected(open_editor, neighbours):
-    editor = open_editor(one_of_each())
-    neighbours.S.answers["check"] = ["too many"]
-    editor.ok()
-    assert editor.winfo_exists()
-    assert editor.status.cget("text") == "too many"
-    del neighbours.S.answers["check"]
-    editor.ok()
-    assert editor.result is editor.sk
-
-
 def test_callers_sketch_is_never_touched(open_editor, send):
     sketch = one_of_each()
     before = copy.deepcopy(sketch)

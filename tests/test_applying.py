@@ -5,7 +5,6 @@ import copy
 import pytest
 
 from support.canvas import items
-from support.events import type_text
 from support.form import corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
 from support.plain import PlainEditor, Var
@@ -379,15 +378,6 @@ def test_form_that_is_applied_unchanged_changes_nothing(select, card):
     assert editor.status.cget("text") == ""
 
 
-def test_return_in_any_field_applies_the_whole_form(select, send):
-    editor = select(rectangle())
-    entries = form_of(editor).entries()
-    for entry, text in zip(entries, ("1", "2", "3", "4", "0.5")):
-        type_text(entry, text)
-    send(editor).key("Return", entries[0])
-    assert editor.sk["entities"] == [rectangle(0.001, 0.002, 0.003, 0.004, 0.0005)]
-
-
 def test_return_in_a_field_is_followed_by_the_dialogs_own(open_editor, sketcher, send):
     calls = []
 
@@ -435,32 +425,3 @@ def test_failed_apply_changes_only_the_status_line(select):
     assert corners_text(editor) == "0 0\n1 1\n2 2 2"
     assert editor.sel == 4
     assert editor.status.cget("text") == "Not applied: each corner needs two numbers"
-
-
-def test_broken_entity_can_be_mended_in_the_form(select):
-    editor = select({"type": "circle"})
-    assert editor.list.set("0", "size") == "?"
-    editor.vars["r"].set("10")
-    editor.apply_props()
-    assert editor.sk["entities"] == [circle(r=0.01)]
-    assert editor.list.set("0", "size") == "diameter 20 mm"
-
-
-def test_language_may_change_while_the_dialog_is_open(select, neighbours):
-    editor = select(polygon())
-    neighbours.tr.texts = {
-        "Apply": "Anwenden",
-        CORNERS: "Ecken:",
-        "Corner radius (0 = sharp)": "Radius",
-        "Not applied: {why}": "Fehler: {why}",
-        "each corner needs two numbers": "zwei Zahlen",
-        HINT: "Form wählen",
-    }
-    type_corners(editor, "1")
-    editor.apply_props()
-    assert editor.status.cget("text") == "Fehler: zwei Zahlen"
-    editor.show_props()
-    texts = [w.cget("text") for w in walk(editor.props) if "text" in w.keys()]
-    assert {"Anwenden", "Ecken:", "Radius"} <= set(texts)
-    editor.select(None)
-    assert [w.cget("text") for w in editor.props.winfo_children()] == ["Form wählen"]

@@ -4,29 +4,17 @@ import math
 
 import numpy as np
 import pytest
-from support import canvas as shown
-from support.neighbours import circle, one_of_each, outline_points, polygon, rectangle
-from support.plain import PlainEditor, Recorder, Var
+from support.neighbours import circle, rectangle
+from support.painting import fills, painted, without_preview
+from support.plain import Recorder, Var
 
 AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
-GRID, MUTED, ACCENT = "#eeeeee", "#666666", "#1155aa"
-SOLID, HOLE = "#ddeeff", "#f7f7f7"
+GRID, MUTED, SOLID = "#eeeeee", "#666666", "#ddeeff"
 
 
 @pytest.fixture
 def editor(neighbours):
-    """400 x 300 pixels, 40 pixels to the unit, a grid of 1 unit; no preview."""
-    editor = PlainEditor(scale=40.0)
-    editor.grid_step = lambda: 1.0
-    editor._preview = lambda: None
-    return editor
-
-
-def painted(editor):
-    """The drawing calls of one repaint."""
-    del editor.canvas.calls[:]
-    editor.redraw()
-    return editor.canvas.drawn
+    return without_preview()
 
 
 def grid_lines(editor):
@@ -36,25 +24,7 @@ def grid_lines(editor):
     return [line for line in lines if line not in across], across
 
 
-def polygons(editor):
-    return [(args, options) for name, args, options in painted(editor) if name == "create_polygon"]
-
-
-def fills(editor):
-    return [options["fill"] for _, options in polygons(editor)]
-
-
-def corners_on_screen(editor, e):
-    """The flat pixel coordinates of a straight-sided shape of the scripted sketch module."""
-    return tuple(value for p in outline_points(e) for value in editor.to_screen(p))
-
-
 class TestClearing:
-    def test_everything_is_deleted_first(self, editor):
-        editor.redraw()
-        assert editor.canvas.calls[0] == ("delete", ("all",), {})
-        assert editor.canvas.named("delete") == [(("all",), {})]
-
     @pytest.mark.parametrize("width", [0, 1])
     def test_a_canvas_that_is_not_laid_out_stays_empty(self, editor, width):
         editor.canvas.width = width
@@ -82,11 +52,6 @@ class TestGrid:
         upright, level = grid_lines(editor)
         assert upright == [(x, 0, x, 300) for x in range(0, 401, 40)]
         assert level == [(0, y, 400, y) for y in (310, 270, 230, 190, 150, 110, 70, 30)]
-
-    def test_upright_lines_come_first_each_from_low_to_high(self, editor):
-        lines = [args for _, args, options in painted(editor) if options == {"fill": GRID}]
-        upright, level = grid_lines(editor)
-        assert lines == upright + level
 
     def test_a_line_on_the_upper_bound_is_drawn(self, editor):
         editor.canvas.height = 320
@@ -253,10 +218,6 @@ class TestReferences:
         axes = ["create_line"] * 2 + ["create_text"] * 2
         assert kinds == axes + ["create_line"] * 2 + ["create_polygon"]
 
-    def test_are_drawn_while_there_is_no_shape(self, editor):
-        editor.refs = [("edge", [[0.0, 0.0], [1.0, 0.0]])]
-        assert len(self.references(editor)) == 1
-
 
 class TestThroughTheEditor:
     def test_every_point_goes_through_to_screen(self, editor):
@@ -298,72 +259,3 @@ class TestThroughTheEditor:
         editor._preview = fail
         with pytest.raises(RuntimeError, match="preview"):
             editor.redraw()
-
-
-class TestOnTheScreen:
-    """The same picture on a real canvas, with the application's own neighbours."""
-
-    def test_items_from_the_lowest_to_the_highest(self, open_editor, sketcher):
-        references = [("edge", np.array([[-0.05, -0.05], [0.05, -0.05]]))]
-        editor = open_editor(one_of_each(), references=references)
-        editor.select(0)
-        found = shown.items(editor.canvas)
-        pal = sketcher.PAL
-        colours = [
-            item.options["outline" if item.kind == "polygon" else "fill"]
-            for item in found
-            if item.options["fill"] != pal["bg"]
-        ]
-        labels = [ORANGE, ORANGE]
-        others = len(editor.sk["entities"]) - 1
-        assert colours == (
-            [AXIS_1, AXIS_2, AXIS_1, AXIS_2, pal["muted"], ORANGE]
-            + labels
-            + [pal["accent"]] * others
-            + [ORANGE]
-        )
-        kinds = [item.kind for item in found if item.options["fill"] != pal["bg"]]
-        assert kinds == ["line"] * 2 + ["text"] * 2 + ["line", "polygon", "text", "text"] + [
-            "polygon"
-        ] * others + ["oval"]
-        grid = found[: len(found) - len(kinds)]
-        assert grid and all(item.has(fill=pal["bg"], width="1.0", dash="") for item in grid)
-
-    def test_coordinates_and_options(self, open_editor, sketcher):
-        sketch = {"entities": [rectangle(0.0, 0.0, 0.04, 0.02), circle(0.02, 0.01, 0.005)]}
-        editor = open_editor(sketch)
-        w, h = editor.canvas.winfo_width(), editor.canvas.winfo_height()
-        ox, oy = editor.to_screen((0, 0))
-        (first,) = shown.of_kind(editor.canvas, "line", fill=AXIS_1, dash="4 3")
-        assert first.coords == pytest.approx((0, oy, w, oy))
-        (second,) = shown.of_kind(editor.canvas, "line", fill=AXIS_2, dash="4 3")
-        assert second.coords == pytest.approx((ox, 0, ox, h))
-        (letter,) = shown.of_kind(editor.canvas, "text", fill=AXIS_1)
-        assert letter.coords == pytest.approx((w - 6, oy - 4))
-        assert letter.has(text="x", anchor="se")
-        (letter,) = shown.of_kind(editor.canvas, "text", fill=AXIS_2)
-        assert letter.coords == pytest.approx((ox + 4, 6))
-        assert letter.has(text="y", anchor="nw")
-        plate, hole = shown.shapes(editor.canvas)[:2]
-        assert plate.has(fill=sketcher.PAL["accent_soft"], outline=sketcher.PAL["accent"])
-        assert hole.has(fill=sketcher.PAL["panel"], width="2.0")
-        for item, e in ((plate, sketch["entities"][0]), (hole, sketch["entities"][1])):
-            points = [editor.to_screen(p) for p in sketcher.S.outline(e)]
-            assert item.coords == pytest.approx([v for p in points for v in p])
-
-    def test_no_item_carries_a_tag(self, open_editor):
-        editor = open_editor(one_of_each())
-        assert all(item.options["tags"] in ("", "current") for item in shown.items(editor.canvas))
-
-    def test_repainting_leaves_no_item_behind(self, open_editor):
-        editor = open_editor(one_of_each())
-        before = [item[:2] for item in shown.items(editor.canvas)]
-        editor.redraw()
-        editor.redraw()
-        assert [item[:2] for item in shown.items(editor.canvas)] == before
-
-    def test_a_polygon_outline_is_drawn_open_and_closed_by_tk(self, open_editor):
-        triangle = polygon((0.0, 0.0), (0.03, 0.0), (0.0, 0.02))
-        editor = open_editor({"entities": [triangle]})
-        (item,) = shown.shapes(editor.canvas)
-        assert item.coords[:2] != item.coords[-2:]

@@ -2,7 +2,6 @@
 
 import numpy as np
 import pytest
-from support import canvas as shown
 from support.neighbours import FakeUnits, circle, rectangle, slot
 from support.plain import PlainEditor
 from support.types import CARDS
@@ -114,43 +113,3 @@ def test_an_error_of_the_units_passes(editor, neighbours):
     neighbours.units.fail["fmt"] = RuntimeError("broken")
     with pytest.raises(RuntimeError):
         editor._dimensions(circle())
-
-
-class TestOnTheScreen:
-    SKETCH = {"entities": [rectangle(0.0, 0.0, 0.04, 0.02), slot(0.0, -0.02, 0.03, -0.02, 0.005)]}
-
-    def texts(self, editor):
-        return [
-            (item.options["text"], item.coords)
-            for item in shown.of_kind(editor.canvas, "text", fill=ORANGE)
-        ]
-
-    def test_only_the_selected_shape_is_labelled(self, open_editor, sketcher):
-        editor = open_editor(self.SKETCH)
-        assert self.texts(editor) == []
-        editor.select(0)
-        fmt = sketcher.units().fmt
-        assert [text for text, _ in self.texts(editor)] == [
-            fmt(0.04, "length"),
-            fmt(0.02, "length"),
-        ]
-        editor.select(1)
-        assert [text for text, _ in self.texts(editor)] == [
-            sketcher.describe(editor.sk["entities"][1])
-        ]
-        editor.select(None)
-        assert self.texts(editor) == []
-
-    def test_a_unit_switch_shows_at_the_next_repaint(self, open_editor, sketcher, monkeypatch):
-        editor = open_editor(self.SKETCH)
-        editor.select(0)
-        monkeypatch.setattr(sketcher, "units", FakeUnits(100.0, "cm"))
-        editor.redraw()
-        assert [text for text, _ in self.texts(editor)] == ["4 cm", "2 cm"]
-
-    def test_options_beside_text_and_colour_are_tk_s_defaults(self, open_editor):
-        editor = open_editor(self.SKETCH)
-        editor.select(0)
-        width, height = shown.of_kind(editor.canvas, "text", fill=ORANGE)
-        assert width.has(anchor="center", font="TkDefaultFont", width="0")
-        assert height.has(anchor="w", font="TkDefaultFont", width="0")

@@ -88,11 +88,6 @@ def test_keys_that_the_editor_does_not_know_are_carried_through(open_editor):
 # --- the state
 
 
-def test_state_is_set_in_its_order(open_editor):
-    editor = open_editor(one_of_each())
-    assert [name for name in vars(editor) if name in STATE] == STATE
-
-
 def test_state_after_construction(open_editor):
     editor = open_editor(one_of_each(), dim=2)
     assert editor.dim == 2
@@ -132,23 +127,11 @@ def test_references_are_taken_into_a_list_of_the_same_pairs(open_editor):
     assert open_editor(None, references=pairs).refs is not pairs
 
 
-def test_grid_starts_with_the_default_step_in_display_units(open_editor, neighbours):
-    editor = open_editor()
-    assert editor.grid.get() == "1"
-    assert ("from_si", (0.001, "length")) in neighbours.units.calls
-    assert (0.001 * 1000.0,) in neighbours.num_text.calls
-
-
 def test_default_step_sees_sketch_and_references(open_editor):
     editor = open_editor({"entities": [rectangle(w=200.0)]})
     assert editor.grid.get() == "10000"
     editor = open_editor(None, references=[("edge", np.array([[0.0, 0.0], [2.0, 0.0]]))])
     assert editor.grid.get() == "100"
-
-
-def test_sketch_lies_in_space_unless_told_otherwise(open_editor):
-    dim = open_editor().dim
-    assert dim == 3 and type(dim) is int
 
 
 def test_arguments_in_their_order(root, sketcher):
@@ -192,17 +175,6 @@ def test_allow_plane_reaches_the_layout(open_editor, sketcher):
 def test_title_defaults_to_a_translated_one(open_editor, neighbours, title, shown):
     neighbours.tr.texts = {"Sketch": "Skizze", "Profile": "no title is translated"}
     assert open_editor(title=title).title() == shown
-
-
-def test_window_belongs_to_its_parent(open_editor, root):
-    editor = open_editor()
-    assert editor.master is root
-    assert str(editor.transient()) == str(root)
-
-
-def test_window_has_the_panel_colour(open_editor, neighbours):
-    neighbours.PAL["panel"] = "#123456"
-    assert open_editor().cget("background") == "#123456"
 
 
 def test_construction_goes_in_order(open_editor, sketcher):

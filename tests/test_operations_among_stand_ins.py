@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.plain import Event, Var
-from support.stand_ins import Child, Master, Stage, Widget, call
+from support.stand_ins import Child, Master, Stage, call
 
 AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 
@@ -43,11 +43,6 @@ def repainting(stage, *entities, **attributes):
 
 
 # --- the picture
-
-
-def test_repaint_of_an_empty_sketch(stage):
-    repainting(stage).redraw()
-    assert stage.recorded() == [*BACKGROUND, dot(20.0, 15.0)]
 
 
 def test_repaint_of_shapes_references_and_what_is_being_drawn(stage):
@@ -88,81 +83,6 @@ def test_repaint_of_shapes_references_and_what_is_being_drawn(stage):
     ]
 
 
-@pytest.mark.parametrize(
-    "entity, labels",
-    [
-        (circle(1.0, 0.5, 0.25), [((30.0, 10.0), "Ø 500 mm")]),
-        (regular(1.0, 0.5, 0.25), [((30.0, 10.0), "500 mm")]),
-        (slot(0.0, 0.0, 2.0, 0.0, 0.5), [((30.0, 15.0), "3000 mm x 1000 mm")]),
-        (polygon(), []),
-    ],
-)
-def test_labels(stage, entity, labels):
-    repainting(stage)._dimensions(entity)
-    assert stage.recorded() == [
-        call("canvas.create_text", *at, text=text, fill=ORANGE) for at, text in labels
-    ]
-
-
-DASHED = {"fill": "", "outline": ORANGE, "width": 2, "dash": (5, 3)}
-
-
-@pytest.mark.parametrize(
-    "tool, state, items",
-    [
-        ("circle", {}, []),
-        (
-            "rectangle",
-            {"drag": {"kind": "new", "start": np.zeros(2)}},
-            [
-                call(
-                    "canvas.create_polygon",
-                    *(20.0, 15.0, 30.0, 15.0, 30.0, 5.0, 20.0, 5.0),
-                    **DASHED,
-                )
-            ],
-        ),
-        ("rectangle", {"drag": {"kind": "move", "start": np.zeros(2)}}, []),
-        (
-            "slot",
-            {"clicks": [np.zeros(2)]},
-            [
-                call(
-                    "canvas.create_line",
-                    *(20.0, 15.0, 30.0, 5.0),
-                    fill=ORANGE,
-                    width=2,
-                    dash=(5, 3),
-                )
-            ],
-        ),
-        (
-            "slot",
-            {"clicks": [np.zeros(2), np.array([2.0, 0.0])]},
-            [
-                call(
-                    "canvas.create_polygon",
-                    *(10.0, 25.0, 50.0, 25.0, 50.0, 5.0, 10.0, 5.0),
-                    **DASHED,
-                )
-            ],
-        ),
-    ],
-)
-def test_preview(stage, tool, state, items):
-    editor = repainting(stage, cursor=np.array([1.0, 1.0]), **state)
-    editor.tool.set(tool)
-    editor._preview()
-    assert stage.recorded() == [*items, dot(30.0, 5.0)]
-
-
-def test_canvas_that_is_not_laid_out(stage):
-    editor = repainting(stage)
-    editor.canvas.answers["winfo_width"] = 1
-    editor.redraw()
-    assert stage.recorded() == [call("canvas.delete", "all")]
-
-
 @pytest.mark.parametrize("lines", [5_000, 50_000])
 def test_as_many_grid_lines_as_the_visible_box_holds(stage, lines):
     editor = repainting(stage)
@@ -173,41 +93,6 @@ def test_as_many_grid_lines_as_the_visible_box_holds(stage, lines):
 
 
 # --- the list and the form
-
-
-def test_list_call_by_call(stage):
-    editor = stage.editor([rectangle(), {"type": "circle"}, polygon()], sel=1)
-    editor.list.answers["get_children"] = ("0", "7")
-    calls = editor.watch("show_props")
-    assert editor.refresh_list(keep=True) is None
-    assert calls == []
-    rows = [("<Rectangle>", "2000 mm x 1000 mm"), ("<Circle>", "?"), ("<Outline>", "<3 corners>")]
-    expected = [
-        call("list.delete", "0", "7"),
-        *(
-            call("list.insert", "", "end", iid=str(i), text=f"{i + 1}. {kind}", values=(size,))
-            for i, (kind, size) in enumerate(rows)
-        ),
-        call("list.selection_set", "1"),
-    ]
-    assert stage.recorded() == expected
-    editor.sel = 3
-    editor.refresh_list()
-    assert calls == [("show_props", (), {})]
-    assert stage.recorded() == expected[:-1]
-
-
-@pytest.mark.parametrize("selection, sel", [((), None), (("2",), 2), (["0", "1"], 0)])
-def test_selection_in_the_list(stage, selection, sel):
-    editor = stage.editor([circle()] * 3, sel=1)
-    editor.list.answers["selection"] = selection
-    calls = editor.watch("show_props", "redraw")
-    editor._list_selected()
-    assert editor.sel == sel
-    assert [name for name, *_ in calls] == ["show_props", "redraw"]
-    editor._list_selected()
-    assert len(calls) == 2
-    assert stage.recorded() == []
 
 
 def test_form_of_an_outline_call_by_call(stage):
@@ -239,34 +124,11 @@ def test_form_of_an_outline_call_by_call(stage):
         handlers["Entry1", "<Return>"]()
 
 
-def test_form_of_counts_and_angles(stage):
-    editor = stage.editor([regular(1.0, 2.0, 3.0, 7, 45.0)], sel=0)
-    editor.show_props()
-    labels = ["Centre u", "Centre v", "Corner radius from centre", "Sides"]
-    labels += ["Angle of first corner (degrees)"]
-    numbers, units = [1000, 2000, 3000, 7, 45], ["mm"] * 3 + [""] * 2
-    fields = [
-        entry
-        for i, (label, number, unit) in enumerate(zip(labels, numbers, units), 1)
-        for entry in (
-            call("StringVar", value=f"number {number}"),
-            call("Form1.entry", f"<{label}>", f"StringVar{i}", unit, width=10),
-            call(f"Entry{i}.bind", "<Return>", "handler"),
-        )
-    ]
-    assert stage.recorded() == [
-        call("Form", "props", label_width=14),
-        call("Form1.pack"),
-        *fields,
-        call("ttk.Button", "props", text="<Apply>", command="editor.apply_props"),
-        call("Button1.pack", anchor="e", pady=(6, 0)),
-    ]
-
-
 @pytest.mark.parametrize("sel", [None, 1, 5])
 def test_form_of_nothing(stage, sel):
     editor = stage.editor([circle()], sel=sel)
     editor.show_props()
+    assert not {"vars", "points_text"} & set(vars(editor))
     hint = "<Select a shape to type its exact size.>"
     assert stage.recorded() == [
         call("ttk.Label", "props", text=hint, style="Muted.TLabel", wraplength=("px", 260)),
@@ -274,40 +136,7 @@ def test_form_of_nothing(stage, sel):
     ]
 
 
-def test_applying_call_by_call(stage):
-    editor = stage.editor([polygon()], sel=0)
-    editor.show_props()
-    stage.record.clear()
-    calls = editor.watch("refresh_list", "redraw")
-    editor.vars["radius"].value = " 2e1 "
-    editor.points_text.answers["get"] = "1,2\n\n 3 4 \n5, 6\n"
-    editor.apply_props()
-    assert stage.recorded() == [call("status.configure", text="")]
-    assert calls == [("refresh_list", (), {"keep": True}), ("redraw", (), {})]
-    points = [[0.001, 0.002], [0.003, 0.004], [0.005, 0.006]]
-    assert editor.sk["entities"] == [{"type": "polygon", "points": points, "radius": 0.02}]
-    editor.points_text.answers["get"] = "1 2 3\n"
-    editor.apply_props()
-    assert stage.recorded() == [
-        call("status.configure", text="<Not applied: <each corner needs two numbers>>")
-    ]
-    assert len(calls) == 2
-
-
 # --- the pointer
-
-
-def test_hover_call_by_call(stage):
-    editor = stage.editor(scale=10.0, snap=Var(False), plane=Var("XZ"))
-    calls = editor.watch("redraw")
-    editor._motion(Event(35, 5))
-    hint = (
-        "<Click a shape to select it and edit its dimensions; drag to move it; Delete removes it.>"
-    )
-    assert stage.recorded() == [
-        call("status.configure", text=f"x = 1500 mm   z = 1000 mm     {hint}")
-    ]
-    assert calls == [("redraw", (), {})]
 
 
 @pytest.mark.parametrize("made", [None, {"type": "circle"}])
@@ -321,19 +150,6 @@ def test_release_of_a_drag_that_gave_no_shape(stage, made):
     assert tested == ([] if made is None else [made])
     assert calls == [("redraw", (), {})]
     assert editor.drag is None
-
-
-def test_deletion_asks_for_the_focus_alone(stage):
-    editor = stage.editor([circle(), rectangle()], sel=0, points_text=Widget(stage, "Text", "box"))
-    calls = editor.watch("refresh_list", "redraw")
-    for focused in (stage.ttk.Entry("x"), stage.tk.Entry("x"), stage.ttk.Spinbox("x")):
-        editor.focused = focused
-        editor.delete()
-    assert (editor.sel, calls) == (0, [])
-    editor.focused = editor.points_text
-    editor.delete()
-    assert (editor.sel, editor.sk["entities"]) == (None, [rectangle()])
-    assert calls == [("refresh_list", (), {}), ("redraw", (), {})]
 
 
 # --- the interpreter's own arithmetic and texts

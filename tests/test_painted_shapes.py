@@ -2,19 +2,15 @@
 
 import numpy as np
 import pytest
-from support.neighbours import circle, outline_points, rectangle, slot
-from support.plain import PlainEditor
+from support.neighbours import circle, rectangle, slot
+from support.painting import corners_on_screen, fills, painted, polygons, without_preview
 
 ORANGE, ACCENT, SOLID, HOLE = "#E8833A", "#1155aa", "#ddeeff", "#f7f7f7"
 
 
 @pytest.fixture
 def editor(neighbours):
-    """400 x 300 pixels, 40 pixels to the unit, a grid of 1 unit; no preview."""
-    editor = PlainEditor(scale=40.0)
-    editor.grid_step = lambda: 1.0
-    editor._preview = lambda: None
-    return editor
+    return without_preview()
 
 
 @pytest.fixture
@@ -22,26 +18,6 @@ def nested(editor):
     """The same with two shapes, one in the other."""
     editor.sk["entities"] = [rectangle(0.0, 0.0, 3.0, 3.0), rectangle(1.0, 1.0, 1.0, 1.0)]
     return editor
-
-
-def painted(editor):
-    """The drawing calls of one repaint."""
-    del editor.canvas.calls[:]
-    editor.redraw()
-    return editor.canvas.drawn
-
-
-def polygons(editor):
-    return [(args, options) for name, args, options in painted(editor) if name == "create_polygon"]
-
-
-def fills(editor):
-    return [options["fill"] for _, options in polygons(editor)]
-
-
-def corners_on_screen(editor, e):
-    """The flat pixel coordinates of a straight-sided shape of the scripted sketch module."""
-    return tuple(value for p in outline_points(e) for value in editor.to_screen(p))
 
 
 def outlines(editor):

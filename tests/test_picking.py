@@ -397,17 +397,3 @@ class TestOnTheScreen:
             x, y = editor.to_screen(p)
             assert editor.pick(x, y + 8) == 0
             assert editor.pick(x, y + 10) is None
-
-    def test_every_type_is_picked_at_its_place(self, open_editor):
-        editor = open_editor(one_of_each())
-        picked = [editor.pick(*editor.to_screen(card.place)) for card in CARDS]
-        assert picked == list(range(len(editor.sk["entities"])))
-
-    def test_selecting_shows_in_list_and_form(self, open_editor):
-        editor = open_editor(one_of_each())
-        editor.select(3)
-        assert editor.list.selection() == ("3",)
-        assert set(editor.vars) == {"x1", "y1", "x2", "y2", "r"}
-        editor.select(None)
-        assert editor.list.selection() == ()
-        assert len(editor.props.winfo_children()) == 1

@@ -2,7 +2,6 @@
 
 import numpy as np
 import pytest
-from support import canvas as shown
 from support.neighbours import circle, outline_points, slot
 from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import PlainEditor, Var, point
@@ -250,43 +249,3 @@ class TestTogether:
         editor.redraw()
         names = [name for name, _, _ in editor.canvas.drawn]
         assert names[-3:] == ["create_polygon", "create_polygon", "create_oval"]
-
-
-class TestOnTheScreen:
-    def previews(self, editor):
-        """Kinds and coordinates of the orange items that are no label."""
-        return [
-            item
-            for item in shown.items(editor.canvas)
-            if ORANGE in (item.options.get("outline"), item.options["fill"]) and item.kind != "text"
-        ]
-
-    def test_a_drag_shows_its_shape_until_the_release(self, open_editor, send):
-        editor = open_editor(None)
-        hands = send(editor)
-        hands.press(200, 300)
-        hands.drag(300, 200)
-        outline, pointer = self.previews(editor)
-        assert outline.kind == "polygon"
-        assert outline.has(fill="", width="2.0", dash="5 3")
-        assert pointer.kind == "oval"
-        assert pointer.has(outline="", fill=ORANGE)
-        x, y = editor.to_screen(editor.cursor)
-        assert pointer.coords == pytest.approx((x - 2, y - 2, x + 2, y + 2))
-        hands.release(300, 200)
-        assert [item.kind for item in self.previews(editor)] == ["polygon", "oval"]
-        assert self.previews(editor)[0].has(dash="")
-
-    def test_corners_show_as_rings(self, open_editor, send):
-        editor = open_editor(None)
-        editor.tool.set("line")
-        hands = send(editor)
-        hands.click(200, 300)
-        hands.click(300, 300)
-        hands.motion(300, 200)
-        assert [item.kind for item in self.previews(editor)] == ["line", "oval", "oval", "oval"]
-        line, first, second, pointer = self.previews(editor)
-        assert line.has(dash="", width="2.0")
-        assert len(line.coords) == 6
-        assert first.has(fill="", width="1.0")
-        assert pointer.has(fill=ORANGE)

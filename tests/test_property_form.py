@@ -2,15 +2,12 @@
 
 import math
 import tkinter as tk
-from tkinter import ttk
-from types import SimpleNamespace
 
 import pytest
 
 from support.events import focus
 from support.form import corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
-from support.plain import PlainEditor, Recorder, Var
 from support.types import CARD, CARDS
 from support.widgets import walk
 
@@ -23,30 +20,6 @@ OUTLINE = CARD["polygon"].sample
 
 
 # --- without a selection
-
-
-def test_without_a_selection_there_is_only_a_hint(open_editor, neighbours):
-    neighbours.tr.texts = {HINT: "Form wählen"}
-    neighbours.px.function = lambda n: n + 1
-    editor = open_editor(one_of_each())
-    (hint,) = editor.props.winfo_children()
-    assert type(hint) is ttk.Label
-    assert hint.cget("text") == "Form wählen"
-    assert str(hint.cget("style")) == "Muted.TLabel"
-    assert str(hint.cget("wraplength")) == "261"
-    assert hint.pack_info()["anchor"] == "w"
-    assert not hasattr(editor, "vars")
-    assert not hasattr(editor, "points_text")
-
-
-@pytest.mark.parametrize("sel", [2, 3, 100])
-def test_stale_selection_shows_only_the_hint(open_editor, sel):
-    editor = open_editor({"entities": [circle(), circle()]})
-    editor.sel = sel
-    assert editor.show_props() is None
-    (hint,) = editor.props.winfo_children()
-    assert hint.cget("text") == HINT
-    assert editor.sel == sel
 
 
 def test_hint_replaces_the_form(select):
@@ -80,29 +53,6 @@ def test_form_of_every_type(select, sketcher, card):
     assert classes == ["GridForm", *corners, "Button"]
     assert editor.props.winfo_children() == editor.props.pack_slaves()
     assert not corners or corners_text(editor) == card.corners_text
-
-
-def test_apply_button(select, neighbours):
-    neighbours.tr.texts = {"Apply": "Anwenden"}
-    editor = select(circle())
-    last = editor.props.winfo_children()[-1]
-    assert type(last) is ttk.Button
-    assert last.cget("text") == "Anwenden"
-    info = last.pack_info()
-    assert (info["anchor"], info["pady"], info["padx"], info["side"]) == ("e", (6, 0), 0, "top")
-
-
-def test_labels_are_translated(select, neighbours):
-    neighbours.tr.texts = {"Centre u": "Mitte u", "Sides": "Ecken"}
-    editor = select(regular())
-    labels = [call[1][0] for call in form_of(editor).calls if call[0] == "entry"]
-    assert labels == [
-        "Mitte u",
-        "Centre v",
-        "Corner radius from centre",
-        "Ecken",
-        "Angle of first corner (degrees)",
-    ]
 
 
 def test_lengths_are_converted_and_counts_and_angles_are_not(select, neighbours):
@@ -210,44 +160,7 @@ def test_form_follows_the_move_of_a_shape(open_editor, send):
     assert form_texts(editor)[0] == f"{moved['xc'] * 1000:.12g}" != "0"
 
 
-def test_form_of_an_editor_that_is_no_widget(sketcher, monkeypatch):
-    class Frame:
-        winfo_children = staticmethod(lambda: [])
-
-    given = []
-    tk_stand_in = SimpleNamespace(StringVar=lambda **options: given.append(options) or Var())
-    ttk_stand_in = SimpleNamespace(Button=lambda parent, **options: Recorder())
-    form = Recorder(entry=lambda *args, **kwargs: Recorder())
-    monkeypatch.setattr(sketcher, "tk", tk_stand_in)
-    monkeypatch.setattr(sketcher, "ttk", ttk_stand_in)
-    monkeypatch.setattr(sketcher, "Form", lambda parent, **options: form)
-    editor = PlainEditor(entities=[circle(0.001, 0.002, 0.003)], sel=0, props=Frame())
-    sketcher.SketchEditor.show_props(editor)
-    assert given == [{"value": "1"}, {"value": "2"}, {"value": "3"}]
-    assert [args[1] for args, _ in form.named("entry")] == list(editor.vars.values())
-    assert editor.status.texts == []
-
-
 # --- the corners of an outline
-
-
-def test_corners_box(select, neighbours):
-    neighbours.tr.texts = {CORNERS: "Ecken:"}
-    editor = select(OUTLINE)
-    notes = [call for call in form_of(editor).calls if call[0] == "note"]
-    assert notes == [("note", ("Ecken:",), {})]
-    assert form_of(editor).calls[-1] == notes[0]
-    box = editor.points_text
-    assert type(box) is tk.Text
-    assert box.master is editor.props
-    assert (box.cget("height"), box.cget("width")) == (6, 28)
-    info = box.pack_info()
-    assert (info["fill"], info["expand"], info["side"], info["anchor"]) == (
-        "x",
-        0,
-        "top",
-        "center",
-    )
 
 
 def test_corners_are_converted_in_order(select, neighbours):

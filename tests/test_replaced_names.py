@@ -2,14 +2,13 @@
 
 import copy
 import math
-import tkinter as tk
 from tkinter import ttk
 
 import numpy as np
 import pytest
 
 from support.events import focus
-from support.neighbours import FakeSketch, FakeUnits, circle, one_of_each, polygon, slot
+from support.neighbours import FakeUnits, circle, one_of_each, slot
 from support.plain import Event
 from support.widgets import walk
 
@@ -33,25 +32,6 @@ class Through:
         return getattr(self.original, name)
 
 
-def test_replaced_sketch_module_is_used_by_an_open_editor(open_editor, replaced):
-    editor = open_editor(one_of_each())
-    other = FakeSketch()
-    other.answers["outline"] = [[0.0, 0.0], [1.0, 0.0], [1.0, 1.0]]
-    other.answers["depths"] = lambda sk: [1] * len(sk["entities"])
-    other.AXES = {"XY": ("p", "q")}
-    replaced("S", other)
-    editor.redraw()
-    canvas = editor.canvas
-    texts = [canvas.itemcget(i, "text") for i in canvas.find_all() if canvas.type(i) == "text"]
-    assert texts == ["p", "q"]
-    shapes = [i for i in canvas.find_all() if canvas.type(i) == "polygon"]
-    assert {len(canvas.coords(i)) for i in shapes} == {6}
-    assert editor.pick(*editor.to_screen((1.0, 1.0))) is not None
-    assert {"outline", "depths", "area"} <= {name for name, _ in other.calls}
-    editor.ok()
-    assert other.count("check") == 1
-
-
 def test_replaced_units_are_used(open_editor, replaced, sketcher):
     editor = open_editor({"entities": [circle(r=0.5)]})
     replaced("units", FakeUnits(100.0, "cm"))
@@ -72,27 +52,6 @@ def test_palette_may_be_any_mapping(open_editor, replaced, neighbours):
 
     replaced("PAL", Palette())
     assert open_editor(one_of_each()).canvas.cget("background") == neighbours.PAL["panel"]
-
-
-def test_replaced_form_is_used(open_editor, replaced, neighbours):
-    made = []
-
-    class OtherForm(neighbours.Form):
-        def __init__(self, *args, **kwargs):
-            made.append((args, kwargs))
-            super().__init__(*args, **kwargs)
-
-    editor = open_editor({"entities": [circle()]})
-    replaced("Form", OtherForm)
-    editor.select(0)
-    assert made == [((editor.props,), {"label_width": 14})]
-
-
-def test_replaced_number_text_is_used(open_editor, replaced):
-    editor = open_editor({"entities": [circle()]})
-    replaced("num_text", lambda value: f"~{value}")
-    editor.select(0)
-    assert editor.vars["r"].get() == "~1000.0"
 
 
 def test_replaced_tables_are_used(open_editor, replaced, sketcher):
@@ -125,46 +84,6 @@ def test_replaced_copy_is_used(open_editor, replaced, sketcher):
 def test_replaced_math_is_used(replaced, sketcher):
     replaced("math", Through(math, hypot=lambda dx, dy: dx + 10 * dy))
     assert sketcher.describe(slot(1.0, 2.0, 4.0, 4.0, 1.0)) == "25000 mm x 2000 mm"
-
-
-def test_replaced_tk_is_used(open_editor, replaced):
-    class OtherVar(tk.StringVar):
-        pass
-
-    class OtherText(tk.Text):
-        pass
-
-    class OtherCanvas(tk.Canvas):
-        pass
-
-    replaced("tk", Through(tk, StringVar=OtherVar, Text=OtherText, Canvas=OtherCanvas))
-    editor = open_editor({"entities": [polygon()]})
-    editor.select(0)
-    assert type(editor.canvas) is OtherCanvas
-    assert type(editor.points_text) is OtherText
-    variables = [editor.tool, editor.grid, editor.sides, editor.plane, editor.offset]
-    assert {type(variable) for variable in (*variables, *editor.vars.values())} == {OtherVar}
-
-
-def test_replaced_ttk_is_used(open_editor, replaced):
-    class OtherLabel(ttk.Label):
-        pass
-
-    class OtherTreeview(ttk.Treeview):
-        pass
-
-    class OtherButton(ttk.Button):
-        pass
-
-    replacements = {"Label": OtherLabel, "Treeview": OtherTreeview, "Button": OtherButton}
-    replaced("ttk", Through(ttk, **replacements))
-    editor = open_editor({"entities": [circle()]})
-    assert type(editor.status) is OtherLabel
-    assert type(editor.list) is OtherTreeview
-    (hint,) = editor.props.winfo_children()
-    assert type(hint) is OtherLabel
-    editor.select(0)
-    assert type(editor.props.winfo_children()[-1]) is OtherButton
 
 
 def test_replaced_entries_are_the_ones_that_keep_the_deleting_keys(open_editor, replaced):

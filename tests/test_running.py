@@ -4,12 +4,11 @@ import os
 import subprocess
 import tkinter as tk
 
-import numpy as np
 import pytest
 from harness import patience
 
-from support.events import focus, run_while, settle
-from support.neighbours import circle, one_of_each, rectangle
+from support.events import run_while, settle
+from support.neighbours import circle, one_of_each
 from support.plain import PlainEditor, Recorder
 from support.widgets import button
 
@@ -49,18 +48,6 @@ def test_dialog_is_placed_over_its_master(sketcher, master, size, place):
     editor = Modal(master, size)
     sketcher.SketchEditor.run(editor)
     assert ("geometry", (place,), {}) in editor.calls
-
-
-def test_running_goes_in_order(sketcher):
-    editor = Modal((0, 0, 10, 10), (10, 10))
-    sketcher.SketchEditor.run(editor)
-    assert editor.calls == [
-        ("update_idletasks", (), {}),
-        ("geometry", ("+0+0",), {}),
-        ("grab_set", (), {}),
-        ("fit", (), {}),
-        ("wait_window", (), {}),
-    ]
 
 
 def test_sizes_are_read_after_the_layout_is_settled(sketcher):
@@ -107,15 +94,14 @@ def test_run_with_ok_returns_the_edited_sketch(open_editor, root):
     assert root.winfo_children() == []
 
 
-def test_run_with_cancel_returns_none(open_editor):
+@pytest.mark.parametrize("how", ["Cancel", "window closed"])
+def test_run_without_ok_returns_none(open_editor, how):
     editor = open_editor(one_of_each())
-    assert run_while(editor, lambda editor: button(editor, "Cancel").invoke()) is None
-
-
-def test_run_with_the_window_closed_returns_none(open_editor):
-    editor = open_editor(one_of_each())
-    command = editor.protocol("WM_DELETE_WINDOW")
-    assert run_while(editor, lambda editor: editor.tk.call(command)) is None
+    close = {
+        "Cancel": lambda editor: button(editor, "Cancel").invoke(),
+        "window closed": lambda editor: editor.tk.call(editor.protocol("WM_DELETE_WINDOW")),
+    }
+    assert run_while(editor, close[how]) is None
 
 
 def test_run_ends_when_the_parent_is_destroyed(open_editor, root):
@@ -140,33 +126,6 @@ def test_run_outlives_an_error_in_a_handler(open_editor, root, neighbours):
 
     assert run_while(editor, stumble) is editor.sk
     root.errors.clear()
-
-
-def test_run_fits_again_when_it_is_placed(open_editor):
-    editor = open_editor({"entities": [rectangle()]})
-    fitted = (editor.scale, editor.centre.tolist())
-    editor.scale, editor.centre = 3.0, np.array([9.0, 9.0])
-    seen = []
-    run_while(editor, lambda editor: seen.append((editor.scale, editor.centre.tolist())))
-    assert seen == [fitted]
-
-
-@pytest.mark.parametrize("size", ["320x240", "1100x900"])
-def test_dialog_stands_over_its_parent(open_editor, root, size):
-    root.geometry(f"{size}+30+40")
-    settle(root, lambda: f"{root.winfo_width()}x{root.winfo_height()}" == size)
-    editor = open_editor()
-    free_x = max((root.winfo_width() - editor.winfo_width()) // 2, 0)
-    free_y = max((root.winfo_height() - editor.winfo_height()) // 4, 0)
-    place = (root.winfo_rootx() + free_x, root.winfo_rooty() + free_y)
-    seen = []
-
-    def look(editor):
-        editor.update()
-        seen.append((editor.winfo_rootx(), editor.winfo_rooty()))
-
-    run_while(editor, look)
-    assert seen == [place]
 
 
 # --- under a window manager
@@ -242,24 +201,3 @@ def test_managed_dialog_is_placed_over_its_parent(open_editor, managed_root, siz
     ((geometry, *offset),) = seen
     assert geometry.endswith(f"+{x}+{y}")
     assert offset == [border, caption]
-
-
-def test_managed_dialog_takes_escape_and_return_from_the_keyboard(
-    open_editor, managed_root, managed_display
-):
-    editor = open_editor(parent=managed_root)
-    editor.tool.set("line")
-
-    def use(editor):
-        corner = np.array([0.01, 0.01])
-        editor.clicks = [np.zeros(2), corner * (1, 0), corner]
-        focus(editor.canvas)
-        xdotool(managed_display, "key", "Return")
-        settle(editor, lambda: editor.sk["entities"])
-        editor.clicks = [corner]
-        xdotool(managed_display, "key", "Escape")
-        settle(editor, lambda: not editor.clicks)
-        editor.ok()
-
-    result = run_while(editor, use)
-    assert [e["type"] for e in result["entities"]] == ["polygon"]

@@ -3,8 +3,7 @@
 import pytest
 
 from support.canvas import of_kind
-from support.events import focus
-from support.neighbours import circle, one_of_each, polygon, rectangle, slot
+from support.neighbours import circle, one_of_each, polygon, rectangle
 from support.plain import PlainEditor, ShapeList
 from support.types import CARDS
 
@@ -262,14 +261,6 @@ def click_row(editor, iid):
     editor.update()
 
 
-def test_real_rows(open_editor):
-    editor = open_editor(one_of_each())
-    assert [(row["text"], *row["values"]) for row in rows(editor)] == [
-        (f"{k}. {card.label}", card.row) for k, card in enumerate(CARDS, 1)
-    ]
-    assert editor.list.selection() == ()
-
-
 def test_list_is_rebuilt_without_a_loop(spied):
     editor, calls = spied(one_of_each())
     editor.sel = 3
@@ -288,104 +279,11 @@ def test_clicking_a_row_selects_its_shape(spied):
     assert set(editor.vars) == {"xc", "yc", "r", "n", "angle"}
 
 
-def test_clicking_the_selected_row_repaints_nothing(spied):
-    editor, calls = spied(one_of_each())
-    click_row(editor, "2")
-    calls.clear()
-    click_row(editor, "2")
-    assert calls == []
-    assert editor.sel == 2
-
-
-def test_clearing_the_selection_of_the_list_clears_the_selection(spied):
-    editor, calls = spied(one_of_each())
-    editor.select(1)
-    editor.update()
-    assert outlined(editor) == 1
-    calls.clear()
-    editor.list.selection_remove("1")
-    editor.update()
-    assert editor.sel is None
-    assert calls == ["show_props", "redraw"]
-    assert outlined(editor) == 0
-
-
-def test_arrow_keys_walk_through_the_shapes(spied, send):
-    editor, calls = spied(one_of_each())
-    click_row(editor, "0")
-    editor.list.focus("0")
-    seen = []
-    for key in ("Down", "Down", "Up"):
-        send(editor).key(key, editor.list)
-        editor.update()
-        seen.append(editor.sel)
-    assert seen == [1, 2, 1]
-
-
-def test_selection_on_the_canvas_shows_in_the_list(spied, send):
-    editor, calls = spied(one_of_each())
-    hand = send(editor)
-    hand.click(*hand.at((0.0, 0.02)))
-    editor.update()
-    assert editor.sel == 1
-    assert editor.list.selection() == ("1",)
-    hand.click(*hand.at((0.0, 0.0)))
-    editor.update()
-    assert editor.sel is None
-    assert editor.list.selection() == ()
-
-
-def test_deleting_renumbers_the_rows(open_editor):
-    editor = open_editor({"entities": [rectangle(), circle(), slot(), polygon()]})
-    editor.select(1)
-    focus(editor.canvas)
-    editor.delete()
-    editor.update()
-    assert [row["text"] for row in rows(editor)] == ["1. Rectangle", "2. Slot", "3. Outline"]
-    assert editor.list.get_children() == ("0", "1", "2")
-    assert editor.list.selection() == ()
-
-
-def test_added_shape_is_selected_in_the_list(open_editor):
-    editor = open_editor(one_of_each())
-    editor.add(circle(0.1, 0.1, 0.01))
-    editor.update()
-    index = len(one_of_each()["entities"])
-    assert editor.list.selection() == (str(index),)
-    assert rows(editor)[-1]["text"] == f"{index + 1}. Circle"
-
-
-def test_moved_shape_keeps_its_row_selected(open_editor, send):
-    editor = open_editor(one_of_each())
-    hand = send(editor)
-    x, y = hand.at((0.0, 0.02))
-    hand.stroke((x, y), (x + 20, y + 20), (x + 60, y + 30))
-    editor.update()
-    assert editor.list.selection() == ("1",)
-
-
 @pytest.mark.parametrize("text", ["{n} {", "a b", "", "tab\tstop", "$x [y] ;z", 'q"q', "{", "\\"])
 def test_summaries_are_shown_as_they_are(open_editor, sketcher, monkeypatch, text):
     monkeypatch.setattr(sketcher, "describe", lambda e: text)
     editor = open_editor({"entities": [circle()]})
     assert editor.list.set("0", "size") == text
-
-
-def test_display_units_take_effect_at_the_next_rebuild(open_editor, neighbours):
-    editor = open_editor({"entities": [circle(r=0.5)]})
-    assert editor.list.set("0", "size") == "diameter 1000 mm"
-    neighbours.units.factor, neighbours.units.symbol = 100.0, "cm"
-    assert editor.list.set("0", "size") == "diameter 1000 mm"
-    editor.refresh_list()
-    assert editor.list.set("0", "size") == "diameter 100 cm"
-
-
-def test_language_takes_effect_at_the_next_rebuild(open_editor, neighbours):
-    editor = open_editor({"entities": [circle(r=0.5)]})
-    neighbours.tr.texts = {"Circle": "Kreis", "diameter {d}": "Durchmesser {d}"}
-    editor.refresh_list(keep=True)
-    assert editor.list.item("0", "text") == "1. Kreis"
-    assert editor.list.set("0", "size") == "Durchmesser 1000 mm"
 
 
 def test_plain_list_behaves_as_the_real_one(open_editor, sketcher):

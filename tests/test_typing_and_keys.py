@@ -4,18 +4,11 @@ import copy
 import tkinter as tk
 from tkinter import ttk
 
-import numpy as np
 import pytest
 from support import canvas as shown
-from support.desk import ORANGE, Desk, of_class
-from support.events import focus, run_while, type_text
-from support.neighbours import (
-    circle,
-    one_of_each,
-    polygon,
-    rectangle,
-    regular,
-)
+from support.desk import ORANGE, of_class
+from support.events import focus
+from support.neighbours import circle, one_of_each, polygon, rectangle
 from support.types import CARDS
 from support.widgets import walk
 from tandrel.gui import i18n, widgets
@@ -23,86 +16,25 @@ from tandrel.gui import i18n, widgets
 pytestmark = pytest.mark.usefixtures("millimetres_in_english")
 
 
-FIELDS_AND_VALUES = [
-    (card.placed, field.key, text, value)
-    for card in CARDS
-    for field in card.fields
-    for text, value in field.typed
-]
-
-
 class TestTypingSizes:
     @pytest.mark.parametrize("way", ["Return", "Apply"])
-    @pytest.mark.parametrize("entity, key, text, value", FIELDS_AND_VALUES)
-    def test_every_field_of_every_type(self, desk, entity, key, text, value, way):
-        one = desk({"entities": [circle(0.0, 0.1, 0.001), copy.deepcopy(entity)]})
-        one.editor.select(1)
-        one.fill_in(key, text)
-        if way == "Return":
-            one.hands.key("Return", one.field(key))
-        else:
-            one.button("Apply").invoke()
-        assert one.entities[1] == {**entity, key: value}
-        assert type(one.entities[1][key]) is type(value)
-        assert one.status() == ""
-        assert one.field(key).get() == text
-        assert one.selected() == 1
-
-    def test_the_corners_of_an_outline(self, desk):
-        one = desk({"entities": [polygon((0, 0), (0.03, 0), (0, 0.02))]})
-        one.editor.select(0)
-        box = one.editor.points_text
-        assert box.get("1.0", "end-1c") == "0 0\n30 0\n0 20"
-        box.delete("1.0", "end")
-        box.insert("1.0", "0,0\n\n 40 0 \n40,\t25.5\n0 20\n")
-        one.button("Apply").invoke()
-        assert one.entities == [polygon((0.0, 0.0), (0.04, 0.0), (0.04, 0.0255), (0.0, 0.02))]
-        assert one.sizes() == ["4 corners"]
-
-    @pytest.mark.parametrize("line", ["1", "1 2 3", "0 0 0"])
-    def test_a_wrong_line_of_corners_and_its_correction(self, desk, line):
-        before = polygon((0, 0), (0.03, 0), (0, 0.02))
-        one = desk({"entities": [before]})
-        one.editor.select(0)
-        one.editor.points_text.insert("end", "\n" + line)
-        one.button("Apply").invoke()
-        assert one.status() == "Not applied: each corner needs two numbers"
-        assert one.entities == [before]
-        one.editor.points_text.delete("end-1l linestart", "end")
-        one.button("Apply").invoke()
-        assert one.status() == ""
-        assert one.entities == [before]
-
-    def test_a_mistake_and_its_correction(self, desk):
-        before = circle(0.01, 0.0, 0.02)
-        one = desk({"entities": [before]})
-        one.editor.select(0)
-        picture = [item[:2] for item in shown.items(one.editor.canvas)]
-        one.fill_in("xc", "5")
-        one.fill_in("r", "ten")
-        one.hands.key("Return", one.field("r"))
-        assert one.status() == "Not applied: could not convert string to float: 'ten'"
-        assert one.entities == [before]
-        assert [one.field(key).get() for key in ("xc", "r")] == ["5", "ten"]
-        assert [item[:2] for item in shown.items(one.editor.canvas)] == picture
-        one.fill_in("r", "10")
-        one.hands.key("Return", one.field("r"))
-        assert one.status() == ""
-        assert one.entities == [circle(0.005, 0.0, 0.01)]
-        assert one.sizes() == ["diameter 20 mm"]
-
-    def test_a_size_that_makes_no_shape_and_its_correction(self, desk):
-        before = circle(0.01, 0.0, 0.02)
-        one = desk({"entities": [before]})
-        one.editor.select(0)
-        one.fill_in("r", "-1")
-        one.hands.key("Return", one.field("r"))
-        assert one.status().startswith("Not applied: ")
-        assert len(one.status()) > len("Not applied: ")
-        assert one.entities == [before]
-        one.fill_in("r", "1")
-        one.hands.key("Return", one.field("r"))
-        assert one.entities == [circle(0.01, 0.0, 0.001)]
+    @pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
+    def test_every_field_of_every_type(self, desk, card, way):
+        one = desk({"entities": [circle(0.0, 0.1, 0.001), card.placed]})
+        typed = [(field.key, *row) for field in card.fields for row in field.typed]
+        for key, text, value in typed:
+            one.entities[1] = copy.deepcopy(card.placed)
+            one.editor.select(1)
+            one.fill_in(key, text)
+            if way == "Return":
+                one.hands.key("Return", one.field(key))
+            else:
+                one.button("Apply").invoke()
+            assert one.entities[1] == {**card.placed, key: value}
+            assert type(one.entities[1][key]) is type(value)
+            assert one.status() == ""
+            assert one.field(key).get() == text
+            assert one.selected() == 1
 
 
 class TestDeleteKeysAndFocus:
@@ -144,28 +76,6 @@ class TestDeleteKeysAndFocus:
             "Radiobutton",
         }
 
-    @pytest.mark.parametrize("key, left", [("Delete", "1"), ("BackSpace", "12")])
-    def test_a_property_field_keeps_its_key(self, desk, key, left):
-        one = self.open(desk)
-        entry = one.field("radius")
-        type_text(entry, "123")
-        entry.icursor(1 if key == "Delete" else 3)
-        for _ in range(2 if key == "Delete" else 1):
-            one.hands.key(key, entry)
-        assert entry.get() == left
-        assert one.entities == [self.OUTLINE]
-
-    @pytest.mark.parametrize(
-        "key, left", [("Delete", " 0\n30 0\n0 20"), ("BackSpace", "0 0\n30 0\n0 2")]
-    )
-    def test_the_corners_box_keeps_its_key(self, desk, key, left):
-        one = self.open(desk)
-        box = one.editor.points_text
-        box.mark_set("insert", "1.0" if key == "Delete" else "end-1c")
-        one.hands.key(key, box)
-        assert box.get("1.0", "end-1c") == left
-        assert one.entities == [self.OUTLINE]
-
     def test_other_keys_of_the_corners_box_reach_the_dialog(self, desk):
         one = self.open(desk)
         one.tool("line")
@@ -196,52 +106,6 @@ class TestKeyboardOnly:
         # Of a group of tools, one stop may stand for all.
         assert [w for w in missing if not isinstance(w, ttk.Radiobutton)] == []
 
-    def test_a_tool_is_chosen_with_the_space_bar(self, desk):
-        one = desk()
-        radios = of_class(one.editor, ttk.Radiobutton)
-        one.editor.clicks = [np.zeros(2)]
-        one.hands.key("space", radios[3])
-        assert one.editor.tool.get() == "circle"
-        assert one.editor.clicks == []
-
-    def test_the_next_tool_is_chosen_with_an_arrow(self, desk):
-        one = desk()
-        radios = of_class(one.editor, ttk.Radiobutton)
-        one.hands.key("space", radios[1])
-        one.hands.key("Down", radios[1])
-        assert one.editor.focus_get() is radios[2]
-        one.hands.key("space", radios[2])
-        assert one.editor.tool.get() == "rectangle"
-
-    def test_the_grid_is_switched_with_the_space_bar(self, desk):
-        one = desk()
-        button = of_class(one.editor, ttk.Checkbutton)[0]
-        one.hands.key("space", button)
-        assert one.editor.snap.get() is False
-        one.hands.key("space", button)
-        assert one.editor.snap.get() is True
-
-    def test_a_row_is_chosen_sized_and_deleted(self, desk):
-        one = desk(one_of_each())
-        one.editor.list.focus("0")
-        for _ in range(2):
-            one.hands.key("Down", one.editor.list)
-            one.editor.update()
-        row = one.editor.list.selection()[0]
-        assert one.selected() == int(row)
-        count = len(one.entities)
-        one.hands.key("Delete", one.editor.list)
-        assert len(one.entities) == count - 1
-        assert one.selected() is None
-
-    def test_ok_and_cancel_with_the_space_bar(self, open_editor, send, root):
-        for text, accepted in (("OK", True), ("Cancel", False)):
-            editor = open_editor(one_of_each())
-            one = Desk(editor, send(editor))
-            result = run_while(editor, lambda e: one.hands.key("space", one.button(text)))
-            assert (result == one_of_each()) is accepted
-            assert (result is None) is not accepted
-
 
 class TestSwitchingWhileOpen:
     def test_units(self, desk, sketcher):
@@ -260,21 +124,6 @@ class TestSwitchingWhileOpen:
         assert one.entities == [rectangle(-0.0254, -0.0127, 0.0762, 0.0254)]
         one.move((20, 10))
         assert one.status().startswith("x = ") and " in   y = " in one.status()
-
-    def test_units_give_the_grid_field_s_text_a_new_meaning(self, desk):
-        one = desk()
-        assert one.editor.grid.get() == "1"
-        widgets.set_units("cm")
-        assert one.editor.grid_step() == 0.01
-        assert one.editor.grid.get() == "1"
-
-    def test_units_never_scale_sides_and_angle(self, desk):
-        one = desk({"entities": [regular(0.0, 0.0, 0.0254, 6, 15.0)]})
-        widgets.set_units("in")
-        one.editor.select(0)
-        assert [one.field(key).get() for key in ("r", "n", "angle")] == ["1", "6", "15"]
-        one.hands.key("Return", one.field("n"))
-        assert one.entities == [regular(0.0, 0.0, 0.0254, 6, 15.0)]
 
     def test_the_application_s_own_language(self, desk):
         one = desk({"entities": [circle(0.0, 0.0, 0.02)]})
