@@ -34,8 +34,6 @@ def applying(entity, typed=None, corners=None, others=()):
     return editor
 
 
-HINT = "Select a shape to type its exact size."
-CORNERS = "Corners (u v, one pair per line):"
 CIRCLE_TEXTS = {"xc": "1", "yc": "2", "r": "3"}
 OUTLINE_TEXTS = {"radius": "0"}
 

@@ -8,7 +8,7 @@ from support.neighbours import circle, rectangle
 from support.painting import fills, painted, without_preview
 from support.plain import Recorder, Var
 
-AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
+AXIS_1, AXIS_2 = "#D2504B", "#3E9B5B"
 GRID, MUTED, SOLID = "#eeeeee", "#666666", "#ddeeff"
 
 

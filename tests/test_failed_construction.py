@@ -5,6 +5,7 @@ import tkinter as tk
 
 import pytest
 
+from support.garbage import only_what_is_new  # noqa: F401
 from support.neighbours import circle, one_of_each
 from support.plain import Recorder
 from support.widgets import tcl_state

@@ -8,15 +8,13 @@ import pytest
 from support.events import focus
 from support.form import corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
-from support.types import CARD, CARDS
+from support.types import CARDS
 from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
 HINT = "Select a shape to type its exact size."
-CORNERS = "Corners (u v, one pair per line):"
 every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
-OUTLINE = CARD["polygon"].sample
 
 
 # --- without a selection

@@ -5,20 +5,12 @@ import sys
 import weakref
 
 import pytest
+from support.garbage import only_what_is_new  # noqa: F401
 from support.neighbours import one_of_each
 from support.operations import OPERATIONS, sound
 from support.plain import PlainEditor, Var
 
 REPETITIONS = 20
-
-
-@pytest.fixture(autouse=True, scope="module")
-def only_what_is_new():
-    """What is there already need not be looked at each time that the garbage is collected."""
-    gc.collect()
-    gc.freeze()
-    yield
-    gc.unfreeze()
 
 
 def growth(run):

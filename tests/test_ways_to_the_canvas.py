@@ -13,9 +13,11 @@ from collections import Counter
 import numpy as np
 import pytest
 from support import canvas as shown
+from support.events import settle
 from support.neighbours import FakeUnits, circle, polygon, rectangle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
+from support.roots import close_root, open_root
 from support.types import random_entity
 
 METHODS = ["create_line", "create_text", "create_polygon", "create_oval"]
@@ -60,21 +62,44 @@ def picture(editor):
     return shown.items(editor.canvas)
 
 
+def looks_the_same_either_way(editor):
+    straight = picture(editor)
+    through_methods(editor.canvas)
+    around = picture(editor)
+    for name in METHODS:
+        delattr(editor.canvas, name)
+    return straight == around
+
+
 @pytest.fixture
 def editor(open_editor):
     return open_editor(None)
 
 
-def test_random_scenes_look_the_same_either_way(editor):
+@pytest.fixture(scope="module")
+def shown_editor(display, sketcher):
+    """One for all that is only painted in another way."""
+    root = open_root()
+    editor = sketcher.SketchEditor(root, None)
+    settle(editor, lambda: editor.canvas.winfo_width() > 1)
+    yield editor
+    close_root(root)
+
+
+@pytest.fixture
+def selected(shown_editor):
+    """It, with a selected rectangle and a reference."""
+    scene(shown_editor, 5)
+    shown_editor.sk["entities"] = [rectangle(0.0, 0.0, 0.01, 0.01)]
+    shown_editor.sel = 0
+    return shown_editor
+
+
+def test_random_scenes_look_the_same_either_way(shown_editor):
     for seed in range(60):
-        scene(editor, seed)
-        straight = picture(editor)
-        through_methods(editor.canvas)
-        around = picture(editor)
-        for name in METHODS:
-            delattr(editor.canvas, name)
-        assert straight == around
-        assert len(straight) > 10
+        scene(shown_editor, seed)
+        assert looks_the_same_either_way(shown_editor)
+        assert len(picture(shown_editor)) > 10
 
 
 def test_the_methods_get_what_any_other_canvas_gets(editor):
@@ -210,45 +235,22 @@ def test_a_canvas_of_a_subclass_gets_the_calls(editor):
     assert len([item for item in shown.items(canvas) if item.kind == "line"]) == expected
 
 
-TEXTS = [
-    "",
-    " ",
-    "a b",
-    "{",
-    "}",
-    "\\",
-    "$x [exit]",
-    '"',
-    "Ø ½ 𝄞",
-    "a\nb",
-    "-fill",
-    5,
-    (4, 3),
-    None,
-]
+TEXTS = ["", " ", "a b", "{", "}", "\\", "$x [exit]", '"', "Ø ½ 𝄞", "a\nb", "-fill"]
 
 
-@pytest.mark.parametrize("text", TEXTS, ids=repr)
-def test_any_label_looks_the_same_either_way(editor, sketcher, monkeypatch, text):
+@pytest.mark.parametrize("text", [*TEXTS, 5, (4, 3), None], ids=repr)
+def test_any_label_looks_the_same_either_way(selected, sketcher, monkeypatch, text):
     units = FakeUnits()
     units.answers["fmt"] = text
     monkeypatch.setattr(sketcher, "units", units)
-    editor.sk["entities"] = [rectangle(0.0, 0.0, 0.01, 0.01)]
-    editor.sel = 0
-    straight = picture(editor)
-    through_methods(editor.canvas)
-    assert picture(editor) == straight
+    assert looks_the_same_either_way(selected)
 
 
 @pytest.mark.parametrize("colour", ["red", "#abc", "", None, type("Colour", (str,), {})("blue")])
 @pytest.mark.parametrize("role", ["bg", "accent", "accent_soft", "muted"])
-def test_any_colour_looks_the_same_either_way(editor, sketcher, monkeypatch, role, colour):
+def test_any_colour_looks_the_same_either_way(selected, sketcher, monkeypatch, role, colour):
     monkeypatch.setattr(sketcher, "PAL", {**sketcher.PAL, role: colour})
-    scene(editor, 5)
-    editor.sk["entities"] = [rectangle(0.0, 0.0, 0.01, 0.01)]
-    straight = picture(editor)
-    through_methods(editor.canvas)
-    assert picture(editor) == straight
+    assert looks_the_same_either_way(selected)
 
 
 @pytest.mark.parametrize("detour", [False, True])
