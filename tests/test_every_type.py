@@ -2,11 +2,9 @@
 its manuals, and the cards that the other tests read."""
 
 import re
-from random import Random
 
 import pytest
 from harness.places import ROOT
-from soak.user import random_sketches
 from support.operations import DRAG_TOOLS, TOOLS
 from support.plain import Event, PlainEditor, Var
 from support.types import CARDS
@@ -23,7 +21,6 @@ KNOWN = {
     "the application": KINDS,
     "the stub": written("tandrel/gui/sketcher.pyi", r'^    type: Literal\["(\w+)"\]'),
     "the programmer's manual": written("docs/programming.md", r'^\| `"(\w+)"` \|'),
-    "the random sketches": {random_sketches.entity(Random(n))["type"] for n in range(100)},
 }
 
 

@@ -49,8 +49,8 @@ ERRORS: list[Callable[[], BaseException]] = [
     *(RecursionError, MemoryError, KeyboardInterrupt, GeneratorExit, Unspeakable, Own, OwnBase),
 ]
 _PLAIN = [None, 0, -1, math.nan, math.inf, 10**400, True, "x", "nul\0\ud800", b"bytes", type]
-_LISTS: list[Any] = [[], {}, (), [[]], [None] * 3, [[1.0], [2.0]]]
-_LISTS += [[[math.nan, math.inf], [0.0, 1.0], [10**400, 0]]]
+_LISTS: list[Any] = [[], {}, {0: 1}, (), [[]], [5], [None] * 3, [[1.0], [2.0]], [[1.0, 2.0], [3.0]]]
+_LISTS += [[["a", "b"]], [[math.nan, math.inf], [0.0, 1.0], [10**400, 0]]]
 NONSENSE: list[Callable[[], Any]] = [
     *(partial(copy.deepcopy, answer) for answer in (*_PLAIN, *_LISTS)),
     object,
@@ -59,6 +59,9 @@ NONSENSE: list[Callable[[], Any]] = [
     lambda: np.zeros(0),
     lambda: np.zeros((0, 2)),
     lambda: np.zeros((3, 1)),
+    lambda: np.zeros((3, 2, 2)),
+    lambda: np.float64(1),
+    lambda: range(5),
     lambda: np.zeros((3, 2), complex),
     lambda: np.full((3, 2), math.nan),
     lambda: np.array([["a", "b"]]),

@@ -14,6 +14,7 @@ import numpy as np
 
 from soak.user import shapes
 from soak.user.shapes import Entity, Point
+from support.types.slot import CARD as slot
 from tandrel import sketch as S
 from tandrel.gui.widgets import PAL
 
@@ -156,7 +157,7 @@ def clicked(view: View, tool: str, clicks: Sequence[Point], cursor: Point) -> It
     if tool == "slot" and len(corners) == 1:
         yield line((*corners[0], *dot), ORANGE, 2, "5 3")
     elif tool == "slot" and corners:
-        yield from rubber_band(view, shapes.slot(clicks[0], clicks[1], cursor))
+        yield from rubber_band(view, slot.drawn(clicks[0], clicks[1], cursor))
     yield oval(dot, 2, ORANGE, "")
 
 

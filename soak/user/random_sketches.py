@@ -10,6 +10,7 @@ from typing import Any
 import numpy as np
 
 from soak.user.shapes import Entity
+from support.types import CARDS
 from tandrel import sketch as S
 
 # What may stand where a number should.
@@ -34,34 +35,13 @@ def size(dice: Random) -> float:
 
 def entity(dice: Random) -> Entity:
     """A shape with numbers of the right kinds; it may well have no outline."""
-    kind = dice.choice(["rectangle", "circle", "regular", "slot", "polygon"])
-    centre = {"xc": length(dice), "yc": length(dice), "r": size(dice)}
-    rounding = dice.choice([0.0, 0.0, 0.0, 0.001, 0.004, 0.05])
-    if kind == "rectangle":
-        at = {"x": length(dice), "y": length(dice), "w": size(dice), "h": size(dice)}
-        return {"type": kind, **at, "radius": rounding}
-    if kind == "circle":
-        return {"type": kind, **centre}
-    if kind == "regular":
-        angle = dice.choice([0.0, 30, 90.0, dice.uniform(-180, 180)])
-        return {"type": kind, **centre, "n": dice.choice([3, 4, 5, 6, 8, 12, 2]), "angle": angle}
-    if kind == "slot":
-        ends = {key: length(dice) for key in ("x1", "y1", "x2", "y2")}
-        return {"type": kind, **ends, "r": size(dice)}
-    return {"type": kind, "points": corners(dice), "radius": rounding}
-
-
-def corners(dice: Random) -> list[list[float]]:
-    """Corners round a point, in a row or, rarely, crossing."""
-    count = dice.randint(3, 7)
+    made = dice.choice(CARDS).random(dice, lambda: (length(dice), length(dice)), lambda: size(dice))
+    if "points" in made and dice.random() < 0.15:
+        dice.shuffle(made["points"])  # edges cross
     if dice.random() < 0.15:
-        return [[length(dice), length(dice)] for _ in range(count)]
-    u, v, r = length(dice), length(dice), size(dice) + 0.005
-    found = []
-    for k in range(count):
-        angle, reach = 2 * math.pi * k / count, r * dice.uniform(0.6, 1)
-        found.append([u + reach * math.cos(angle), v + reach * math.sin(angle)])
-    return found
+        key = dice.choice([key for key, value in made.items() if isinstance(value, (int, float))])
+        made[key] = dice.choice([0, -made[key], 2 * made[key]])
+    return made
 
 
 def damaged(dice: Random, sound: Entity) -> Any:

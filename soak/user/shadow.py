@@ -17,6 +17,8 @@ from soak.user import picture, shapes
 from soak.user.picture import Item, View
 from soak.user.shapes import Entity, Point
 from soak.user.side_panel import SidePanel
+from support.types.card import distance
+from support.types.slot import CARD as slot
 from tandrel import sketch as S
 from tandrel.gui.i18n import tr
 from tandrel.gui.sketcher import TOOL_TIPS
@@ -196,17 +198,17 @@ class Shadow(SidePanel):
             if math.hypot(x - sx, y - sy) <= SNAP_PIXELS:
                 self.close_line()
                 return
-        if not self.clicks or shapes.distance(self.clicks[-1], p) > 0:
+        if not self.clicks or distance(self.clicks[-1], p) > 0:
             self.clicks.append(p)
         self.redraw()
 
     def press_slot(self, p: Point) -> None:
         if len(self.clicks) == 2:
-            e = shapes.slot(self.clicks[0], self.clicks[1], p)
+            e = slot.drawn(self.clicks[0], self.clicks[1], p)
             self.clicks = []
             if e is not None:
                 self.add(e)
-        elif not self.clicks or shapes.distance(self.clicks[0], p) > 0:
+        elif not self.clicks or distance(self.clicks[0], p) > 0:
             self.clicks.append(p)
         self.redraw()
 

@@ -5,15 +5,15 @@ from __future__ import annotations
 import copy
 import math
 from collections.abc import Iterator
+from contextlib import suppress
 from typing import Any
 
+from support.types import CARDS
+from support.types.card import Entity, Point
 from tandrel import sketch as S
 from tandrel.geometry.edges import Points
 from tandrel.gui.i18n import tr
 from tandrel.gui.widgets import units
-
-Entity = dict[str, Any]
-Point = tuple[float, float]
 
 POSITIONS = (("x", "y"), ("xc", "yc"), ("x1", "y1"), ("x2", "y2"))
 
@@ -48,18 +48,14 @@ def summary(e: Any) -> str:
 
 def key_points(e: Any) -> Iterator[Point]:
     """The points of an entity that the pointer snaps to, as far as the entity can be read."""
-    kind = e["type"]
-    try:
-        if kind in ("circle", "regular"):
-            yield float(e["xc"]), float(e["yc"])
-        if kind == "slot":
-            yield float(e["x1"]), float(e["y1"])
-            yield float(e["x2"]), float(e["y2"])
-        if kind in ("rectangle", "polygon", "regular"):
-            for u, v in S.corners(e):
-                yield float(u), float(v)
-    except (ValueError, KeyError):
-        return
+    for card in CARDS:
+        if card.name == e["type"]:
+            with suppress(ValueError, KeyError):
+                for u, v in card.centres:
+                    yield float(e[u]), float(e[v])
+                if card.has_corners:
+                    for u, v in S.corners(e):
+                        yield float(u), float(v)
 
 
 def moved(e: Entity, shift: Point) -> Entity:
@@ -75,26 +71,12 @@ def moved(e: Entity, shift: Point) -> Entity:
     return n
 
 
-def distance(a: Point, b: Point) -> float:
-    return math.sqrt((b[0] - a[0]) * (b[0] - a[0]) + (b[1] - a[1]) * (b[1] - a[1]))
-
-
 def from_drag(tool: str, sides: str, a: Point, b: Point) -> Entity | None:
     """The entity that a tool makes of a drag from a to b."""
-    du, dv = b[0] - a[0], b[1] - a[1]
-    if tool == "rectangle":
-        if du == 0 or dv == 0:
-            return None
-        x, y = min(a[0], b[0]), min(a[1], b[1])
-        return {"type": "rectangle", "x": x, "y": y, "w": abs(du), "h": abs(dv), "radius": 0.0}
-    r = distance(a, b)
-    if r == 0 or tool not in ("circle", "regular"):
-        return None
-    e = {"type": tool, "xc": a[0], "yc": a[1], "r": r}
-    if tool == "regular":
-        e["n"] = number_of_sides(sides)
-        e["angle"] = round(math.degrees(math.atan2(dv, du)), 6)
-    return e
+    for card in CARDS:
+        if card.tool.dragged and card.tool.name == tool:
+            return card.drawn(a, b, sides=number_of_sides(sides))
+    return None
 
 
 def number_of_sides(text: str) -> int:
@@ -102,15 +84,3 @@ def number_of_sides(text: str) -> int:
         return max(3, int(text))
     except ValueError:
         return 6
-
-
-def slot(a: Point, b: Point, p: Point) -> Entity | None:
-    """The slot with the end centres a and b whose long side runs through p."""
-    axis = distance(a, b)
-    if axis == 0:
-        return None
-    du, dv = b[0] - a[0], b[1] - a[1]
-    r = abs(du * (p[1] - a[1]) - dv * (p[0] - a[0])) / axis
-    if r == 0:
-        return None
-    return {"type": "slot", "x1": a[0], "y1": a[1], "x2": b[0], "y2": b[1], "r": r}
