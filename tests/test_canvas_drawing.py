@@ -121,12 +121,6 @@ class TestGrid:
         editor.redraw()
         assert len(asked) == 1
 
-    def test_lets_an_error_of_the_step_through(self, editor, neighbours):
-        del editor.grid_step
-        neighbours.units.fail["to_si"] = KeyError("length")
-        with pytest.raises(KeyError):
-            editor.redraw()
-
     def test_that_runs_backwards_has_no_lines(self, editor):
         """The step is wide enough on the screen, and would never reach the upper bound."""
         editor.grid_step, editor.scale = lambda: -1.0, -40.0

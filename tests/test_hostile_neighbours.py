@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 from soak.hostility.attack import NONSENSE
 from support.neighbours import circle, rectangle
-from support.operations import OPERATIONS, run_all, sound
+from support.operations import CLICK_TOOLS, OPERATIONS, TOOLS, run_all, sound
 from support.plain import Recorder
 
 # What numpy says about nonsense isn't this module's concern.
@@ -29,20 +29,37 @@ ERRORS = [
 ]
 
 
-class TestNeighboursThatRaise:
-    @pytest.mark.parametrize("error", ERRORS, ids=lambda e: type(e).__name__)
-    @pytest.mark.parametrize(
-        "name",
-        "S.outline S.corners S.area S.inside S.depths units.to_si units.from_si units.fmt".split(),
-    )
-    def test_what_is_not_caught_arrives_as_it_was_raised(self, neighbours, name, error):
-        neighbour, operation = name.split(".")
-        getattr(neighbours, neighbour).fail[operation] = error
-        for name, run in OPERATIONS.items():
-            try:
-                run(sound())
-            except BaseException as caught:
-                assert caught is error, name
+PRESSES = [f"_press with {tool}" for tool in TOOLS]
+SELECTS, CLICKS = PRESSES[:1], [f"_press with {tool}" for tool in CLICK_TOOLS]
+SNAPS = ["_motion", "_drag", "_release", *PRESSES]
+REPAINTS = "redraw fit _zoom _motion _drag _release _list_selected add select delete".split()
+REPAINTS += ["cancel_drawing", *SELECTS, *CLICKS]
+# What is asked, the errors that are an answer to it, and the operations that others come out of.
+ASKED = {
+    "S.outline": ((ValueError, KeyError, TypeError), ["_default_grid", "pick", *REPAINTS]),
+    "S.corners": ((ValueError, KeyError), ["key_points", "snapped", *SNAPS]),
+    "S.inside": ((), ["pick", *SELECTS]),
+    "S.depths": ((ValueError, KeyError), REPAINTS),
+    "S.check": ((), ["ok"]),
+    "units.to_si": ((ValueError,), ["ok", *REPAINTS]),
+}
+
+
+@pytest.mark.parametrize("error", ERRORS, ids=lambda e: type(e).__name__)
+@pytest.mark.parametrize("name", [*ASKED, "S.area", "units.from_si", "units.fmt"])
+def test_an_error_that_is_no_answer_arrives_as_it_was_raised(neighbours, name, error):
+    neighbour, asked = name.split(".")
+    getattr(neighbours, neighbour).fail[asked] = error
+    left = set()
+    for operation, run in OPERATIONS.items():
+        try:
+            run(sound())
+        except BaseException as caught:
+            assert caught is error, operation
+            left.add(operation)
+    if name in ASKED:
+        answers, operations = ASKED[name]
+        assert left == (set() if isinstance(error, answers) else set(operations))
 
 
 ANSWERS = [nonsense() for nonsense in NONSENSE]

@@ -99,19 +99,6 @@ class TestShapes:
         assert fills(editor) == [SOLID, SOLID]
         assert polygons(editor)[0][0] == corners_on_screen(editor, editor.sk["entities"][0])
 
-    @pytest.mark.parametrize("error", [TypeError, RuntimeError, ZeroDivisionError])
-    def test_lets_other_errors_of_depths_through(self, editor, neighbours, error):
-        editor.sk["entities"] = [rectangle()]
-        neighbours.S.fail["depths"] = error("broken")
-        with pytest.raises(error):
-            editor.redraw()
-
-    def test_lets_other_errors_of_an_outline_through(self, editor, neighbours):
-        editor.sk["entities"] = [rectangle()]
-        neighbours.S.fail["outline"] = RuntimeError("broken")
-        with pytest.raises(RuntimeError):
-            editor.redraw()
-
     def test_too_few_depths_are_an_error(self, editor, neighbours):
         editor.sk["entities"] = [rectangle(), circle()]
         neighbours.S.answers["depths"] = [0]

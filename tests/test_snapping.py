@@ -90,13 +90,6 @@ class TestKeyPoints:
         editor.sk["entities"] = [rectangle(), circle(7.0, 7.0)]
         assert self.points(editor) == [(0, 0), (1.0, 2.0), (3.0, 4.0), (7.0, 7.0)]
 
-    @pytest.mark.parametrize("error", [TypeError, IndexError, RuntimeError])
-    def test_lets_other_errors_of_corners_through(self, editor, neighbours, error):
-        neighbours.S.fail["corners"] = error("broken")
-        editor.sk["entities"] = [rectangle()]
-        with pytest.raises(error):
-            editor.key_points()
-
     def test_a_coordinate_of_the_wrong_type_is_an_error(self, editor):
         editor.sk["entities"] = [circle(None, 1.0)]
         with pytest.raises(TypeError):
