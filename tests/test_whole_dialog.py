@@ -35,10 +35,15 @@ def drawing(request, desk):
 
 
 class TestDrawing:
-    @pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
-    def test_every_type(self, drawing, card):
-        tool, (first, *others) = card.tool, card.tool.gesture
+    def test_every_type(self, drawing):
         type_text(of_class(drawing.editor, ttk.Spinbox)[0], "5")
+        for card in CARDS:
+            self.draw(drawing, card)
+            drawing.hands.key("Delete")
+            assert drawing.entities == [] and drawing.rows() == []
+
+    def draw(self, drawing, card):
+        tool, (first, *others) = card.tool, card.tool.gesture
         drawing.tool(tool.name)
         if tool.dragged:
             drawing.stroke(first, (0, 0), *others)
@@ -120,17 +125,16 @@ class TestEditing:
             widgets.units().from_si(-0.03 + du, "length")
         )
 
-    @pytest.mark.parametrize("number", range(len(CARDS)))
-    def test_every_type_is_moved_by_whole_grid_steps(self, desk, number):
-        sketch = one_of_each()
-        one = desk(sketch)
-        u, v = (round(c * 1000) for c in CARDS[number].place)
-        one.stroke((u, v), (u + 4, v - 3), (u + 5, v - 3))
-        expected = copy.deepcopy(sketch["entities"])
-        d = np.array(on(u + 5, v - 3)) - np.array(on(u, v))
-        expected[number] = one.editor._moved(expected[number], d)
-        assert one.entities == expected
-        assert one.entities != sketch["entities"]
+    def test_every_type_is_moved_by_whole_grid_steps(self, desk):
+        one = desk(one_of_each())
+        for number, card in enumerate(CARDS):
+            expected = copy.deepcopy(one.entities)
+            u, v = (round(c * 1000) for c in card.place)
+            one.stroke((u, v), (u + 4, v - 3), (u + 1, v))
+            d = np.array(on(u + 1, v)) - np.array(on(u, v))
+            assert one.entities[number] != expected[number]
+            expected[number] = one.editor._moved(expected[number], d)
+            assert one.entities == expected
 
 
 class TestAccepting:

@@ -5,10 +5,7 @@ import itertools
 import os
 import resource
 import shutil
-import subprocess
-import sys
 import tempfile
-import time
 from pathlib import Path
 
 import pytest
@@ -276,26 +273,3 @@ def test_a_file_too_large_is_refused(saved, flange, monkeypatch):
     monkeypatch.setattr(files, "LARGEST", FLANGE.stat().st_size)
     storage.write(saved, storage.read(FLANGE))
     assert storage.read(saved) == flange
-
-
-WRITE_FOR_EVER = """
-import sys
-from tandrel import storage
-document = storage.read(sys.argv[1])
-print("ready", flush=True)
-while True:
-    storage.write(sys.argv[2], document)
-"""
-
-
-def test_a_writer_killed_at_any_moment_leaves_a_whole_file(tmp_path, flange):
-    path = tmp_path / "sketch.json"
-    environment = {**os.environ, "PYTHONPATH": str(HOST)}
-    for delay in (0.0, 0.003, 0.007, 0.013, 0.02):
-        storage.write(path, flange)
-        command = [sys.executable, "-c", WRITE_FOR_EVER, FLANGE, path]
-        with subprocess.Popen(command, env=environment, stdout=subprocess.PIPE) as writer:
-            assert writer.stdout.readline() == b"ready\n"
-            time.sleep(delay)
-            writer.kill()
-        assert storage.read(path) == flange

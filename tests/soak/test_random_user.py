@@ -4,6 +4,7 @@ import copy
 import os
 import signal
 import time
+import tkinter
 from pathlib import Path
 
 import pytest
@@ -30,241 +31,206 @@ def test_jobs_share_the_events():
     assert random_user.run(Plan(101, seed=2), jobs=2) == (101, [])
 
 
-class Editors:
-    """Editors with one fault each."""
-
-    def __init__(self, base):
-        self.base = base
-
-    def paints_one_item_more(self):
-        class Editor(self.base):
-            def redraw(self):
-                super().redraw()
-                if self.sel is not None:
-                    self.canvas.create_line(0, 0, 9, 9)
-
-        return Editor
-
-    def paints_with_one_option_more(self):
-        class Editor(self.base):
-            def redraw(self):
-                super().redraw()
-                self.canvas.itemconfigure("all", state="disabled")
-
-        return Editor
-
-    def paints_the_preview_first(self):
-        class Editor(self.base):
-            def redraw(self):
-                super().redraw()
-                self.canvas.tag_lower(self.canvas.find_all()[-1])
-
-        return Editor
-
-    def paints_a_hair_beside(self):
-        class Editor(self.base):
-            def redraw(self):
-                super().redraw()
-                self.canvas.move(self.canvas.find_all()[-1], 1e-9, 0)
-
-        return Editor
-
-    def forgets_to_repaint_after_a_tool_is_chosen(self):
-        class Editor(self.base):
-            def cancel_drawing(self):
-                self.clicks, self.drag = [], None
-
-        return Editor
-
-    def draws_in_the_callers_sketch(self):
-        class Editor(self.base):
-            def __init__(self, parent, sketch, **arguments):
-                super().__init__(parent, sketch, **arguments)
-                self.callers = sketch
-
-            def add(self, ent):
-                super().add(ent)
-                if self.callers:
-                    self.callers["entities"] = list(self.sk["entities"])
-
-        return Editor
-
-    def adds_twice(self):
-        class Editor(self.base):
-            def add(self, ent):
-                super().add(ent)
-                if ent["type"] == "polygon":
-                    super().add(ent)
-
-        return Editor
-
-    def adds_what_is_not_valid(self):
-        class Editor(self.base):
-            @staticmethod
-            def _ok(e):
-                return e is not None and e["type"] == "polygon" or super(Editor, Editor)._ok(e)
-
-        return Editor
-
-    def deletes_while_text_is_typed(self):
-        class Editor(self.base):
-            def focus_get(self):
-                return None
-
-        return Editor
-
-    def deletes_the_last_shape(self):
-        class Editor(self.base):
-            def delete(self):
-                if self.sel is not None:
-                    self.sel = len(self.sk["entities"]) - 1
-                super().delete()
-
-        return Editor
-
-    def keeps_the_list_while_dragging(self):
-        class Editor(self.base):
-            def refresh_list(self, keep=False):
-                if not (keep and self.drag):
-                    super().refresh_list(keep)
-
-        return Editor
-
-    def keeps_the_form_after_a_move(self):
-        class Editor(self.base):
-            def show_props(self):
-                if not (self.drag and self.drag["kind"] == "move"):
-                    super().show_props()
-
-        return Editor
-
-    def selects_without_telling_the_list(self):
-        class Editor(self.base):
-            def select(self, i):
-                self.sel = i
-                self.show_props()
-                self.redraw()
-
-        return Editor
-
-    def adds_up_its_moves(self):
-        class Editor(self.base):
-            def _drag(self, e):
-                super()._drag(e)
-                if self.drag and self.drag["kind"] == "move" and self.sel is not None:
-                    self.drag["orig"] = self.sk["entities"][self.sel]
-                    self.drag["start"] = self.cursor
-
-        return Editor
-
-    def moves_a_hair_too_far(self):
-        class Editor(self.base):
-            @staticmethod
-            def _moved(e, d):
-                return super(Editor, Editor)._moved(e, d * (1 + 2**-52))
-
-        return Editor
-
-    def snaps_to_the_grid_first(self):
-        class Editor(self.base):
-            def key_points(self):
-                return super().key_points()[:1]
-
-        return Editor
-
-    def picks_the_largest(self):
-        class Editor(self.base):
-            def pick(self, x, y):
-                hit = super().pick(x, y)
-                return hit if hit is None else max(hit - 1, 0)
-
-        return Editor
-
-    def keeps_half_of_a_refused_edit(self):
-        class Editor(self.base):
-            def apply_props(self):
-                super().apply_props()
-                if self.status.cget("text").startswith(("Not applied", "Nicht")):
-                    self.sk["entities"][self.sel]["r"] = 0.001
-
-        return Editor
-
-    def stores_the_offset_as_typed(self):
-        class Editor(self.base):
-            def ok(self):
-                super().ok()
-                if self.winfo_exists():
-                    self.sk["offset"] = self.offset.get()
-
-        return Editor
-
-    def closes_in_spite_of_problems(self):
-        class Editor(self.base):
-            def ok(self):
-                self.result = self.sk
-                self.destroy()
-
-        return Editor
-
-    def replaces_shapes_that_it_leaves_alone(self):
-        class Editor(self.base):
-            def delete(self):
-                super().delete()
-                self.sk["entities"][:] = copy.deepcopy(self.sk["entities"])
-
-        return Editor
-
-    def hands_back_a_copy(self):
-        class Editor(self.base):
-            def run(self):
-                result = super().run()
-                return result and dict(result)
-
-        return Editor
-
-    def raises_now_and_then(self):
-        class Editor(self.base):
-            def _zoom(self, f, x, y):
-                super()._zoom(f, x, y)
-                if f < 1 and x > 400:
-                    raise ZeroDivisionError("planted")
-
-        return Editor
-
-    def catches_what_it_should_let_through(self):
-        class Editor(self.base):
-            def snapped(self, x, y):
-                try:
-                    return super().snapped(x, y)
-                except TypeError:
-                    return self.cursor
-
-        return Editor
-
-    def is_left_behind_when_it_can_not_be_made(self):
-        class Editor(self.base):
-            def __init__(self, parent, sketch, **arguments):
-                try:
-                    super().__init__(parent, sketch, **arguments)
-                except Exception:
-                    import tkinter
-
-                    tkinter.Toplevel(parent)
-                    raise
-
-        return Editor
+FAULTS = {}
 
 
-PLANTED = [name for name in vars(Editors) if not name.startswith("_")]
+def in_place_of(name, **more):
+    """Names a fault: an operation that is done in another way, and what else the class has.
+
+    It is given the editor, what the operation would do, and its arguments.
+    """
+
+    def planted(operation):
+        FAULTS[operation.__name__] = (name, operation, more)
+        return operation
+
+    return planted
 
 
-@pytest.mark.parametrize("fault", PLANTED)
+def with_fault(fault, base):
+    """A class of editors with one fault."""
+    name, operation, more = FAULTS[fault]
+
+    def method(self, *arguments, **named):
+        real = getattr(super(Editor, self), name)
+        return operation(self, lambda: real(*arguments, **named), *arguments, **named)
+
+    Editor = type("Editor", (base,), {name: method, **more})
+    return Editor
+
+
+@in_place_of("redraw")
+def paints_one_item_more(editor, redraw):
+    redraw()
+    if editor.sel is not None:
+        editor.canvas.create_line(0, 0, 9, 9)
+
+
+@in_place_of("redraw")
+def paints_with_one_option_more(editor, redraw):
+    redraw()
+    editor.canvas.itemconfigure("all", state="disabled")
+
+
+@in_place_of("redraw")
+def paints_the_preview_first(editor, redraw):
+    redraw()
+    editor.canvas.tag_lower(editor.canvas.find_all()[-1])
+
+
+@in_place_of("redraw")
+def paints_a_hair_beside(editor, redraw):
+    redraw()
+    editor.canvas.move(editor.canvas.find_all()[-1], 1e-9, 0)
+
+
+@in_place_of("cancel_drawing")
+def forgets_to_repaint_after_a_tool_is_chosen(editor, cancel_drawing):
+    editor.clicks, editor.drag = [], None
+
+
+@in_place_of("__init__", add=lambda self, ent: added(self, ent))
+def draws_in_the_callers_sketch(editor, construct, parent, sketch, **_):
+    construct()
+    editor.callers = sketch
+
+
+def added(editor, ent):
+    super(type(editor), editor).add(ent)
+    if editor.callers:
+        editor.callers["entities"] = list(editor.sk["entities"])
+
+
+@in_place_of("add")
+def adds_twice(editor, add, ent):
+    add()
+    if ent["type"] == "polygon":
+        add()
+
+
+@in_place_of("_ok")
+def adds_what_is_not_valid(editor, ok, e):
+    return e is not None and e["type"] == "polygon" or ok()
+
+
+@in_place_of("focus_get")
+def deletes_while_text_is_typed(editor, focus_get):
+    return None
+
+
+@in_place_of("delete")
+def deletes_the_last_shape(editor, delete):
+    if editor.sel is not None:
+        editor.sel = len(editor.sk["entities"]) - 1
+    delete()
+
+
+@in_place_of("refresh_list")
+def keeps_the_list_while_dragging(editor, refresh_list, keep=False):
+    if not (keep and editor.drag):
+        refresh_list()
+
+
+@in_place_of("show_props")
+def keeps_the_form_after_a_move(editor, show_props):
+    if not (editor.drag and editor.drag["kind"] == "move"):
+        show_props()
+
+
+@in_place_of("select")
+def selects_without_telling_the_list(editor, select, i):
+    editor.sel = i
+    editor.show_props()
+    editor.redraw()
+
+
+@in_place_of("_drag")
+def adds_up_its_moves(editor, drag, event):
+    drag()
+    if editor.drag and editor.drag["kind"] == "move" and editor.sel is not None:
+        editor.drag["orig"] = editor.sk["entities"][editor.sel]
+        editor.drag["start"] = editor.cursor
+
+
+@in_place_of("_moved")
+def moves_a_hair_too_far(editor, moved, e, d):
+    return type(editor).__base__._moved(e, d * (1 + 2**-52))
+
+
+@in_place_of("key_points")
+def snaps_to_the_grid_first(editor, key_points):
+    return key_points()[:1]
+
+
+@in_place_of("pick")
+def picks_the_largest(editor, pick, x, y):
+    hit = pick()
+    return hit if hit is None else max(hit - 1, 0)
+
+
+@in_place_of("apply_props")
+def keeps_half_of_a_refused_edit(editor, apply_props):
+    apply_props()
+    if editor.status.cget("text").startswith(("Not applied", "Nicht")):
+        editor.sk["entities"][editor.sel]["r"] = 0.001
+
+
+@in_place_of("ok")
+def stores_the_offset_as_typed(editor, ok):
+    ok()
+    if editor.winfo_exists():
+        editor.sk["offset"] = editor.offset.get()
+
+
+@in_place_of("ok")
+def closes_in_spite_of_problems(editor, ok):
+    editor.result = editor.sk
+    editor.destroy()
+
+
+@in_place_of("delete")
+def replaces_shapes_that_it_leaves_alone(editor, delete):
+    delete()
+    editor.sk["entities"][:] = copy.deepcopy(editor.sk["entities"])
+
+
+@in_place_of("run")
+def hands_back_a_copy(editor, run):
+    result = run()
+    return result and dict(result)
+
+
+@in_place_of("_zoom")
+def raises_now_and_then(editor, zoom, f, x, y):
+    zoom()
+    if f < 1 and x > 400:
+        raise ZeroDivisionError("planted")
+
+
+@in_place_of("snapped")
+def catches_what_it_should_let_through(editor, snapped, x, y):
+    try:
+        return snapped()
+    except TypeError:
+        return editor.cursor
+
+
+@in_place_of("__init__")
+def is_left_behind_when_it_can_not_be_made(editor, construct, parent, sketch, **_):
+    try:
+        construct()
+    except Exception:
+        tkinter.Toplevel(parent)
+        raise
+
+
+@pytest.mark.parametrize("fault", FAULTS)
 def test_a_planted_fault_is_found(fault, sketcher):
-    assert found_by_a_user(getattr(Editors(sketcher.SketchEditor), fault)(), Plan(SHORT))
+    assert found_by_a_user(with_fault(fault, sketcher.SketchEditor), Plan(SHORT))
 
 
 def test_what_is_told_of_a_fault_replays_it(sketcher):
-    editor_class = Editors(sketcher.SketchEditor).adds_twice()
+    editor_class = with_fault("adds_twice", sketcher.SketchEditor)
     ((step, told),) = found_by_a_user(editor_class, Plan(SHORT))
     dialog, event = step
     assert Plan(SHORT).replay(step).endswith(f"--seed 1 --dialog {dialog} --events {event}")

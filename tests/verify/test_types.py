@@ -69,19 +69,6 @@ def strictly(*arguments):
     return ("mypy", "--strict", "--config-file", CONFIGURATION, *arguments)
 
 
-@needs_mypy
-def test_the_stub_agrees_with_the_real_module(run_checker):
-    arguments = ("--mypy-config-file", CONFIGURATION, "tandrel.gui.sketcher")
-    code, printed = run_checker("mypy.stubtest", *arguments)
-    assert (code, printed) == (0, "Success: no issues found in 1 module\n")
-
-
-@needs_mypy
-def test_a_typed_program_passes_the_strict_check(run_checker):
-    code, printed = run_checker(*strictly(EXAMPLE))
-    assert (code, printed) == (0, "Success: no issues found in 1 source file\n")
-
-
 # Lines with a comment are refused, for the reason in it; all others are right.
 MIXED_USE = """\
 from __future__ import annotations
