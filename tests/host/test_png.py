@@ -75,7 +75,7 @@ def test_the_picture_knows_how_large_the_part_is():
     assert 1520 / per_inch * 25.4 == pytest.approx(160, rel=1e-3)
 
 
-@settings(max_examples=15)
+@settings(max_examples=6)
 @given(entities(farthest=2.0))
 def test_any_shape_fills_as_much_as_it_encloses(entity):
     image = picture(entity)
