@@ -10,10 +10,6 @@ from hypothesis import strategies as st
 from support.operations import CLICK_TOOLS, DRAG_TOOLS
 from support.plain import PlainEditor, Var, point, same_number
 from support.types import CARD, CARDS
-from support.types.circle import circle
-from support.types.rectangle import rectangle
-from support.types.regular import regular
-from support.types.slot import slot
 
 BUILT = [card for card in CARDS if card.tool.dragged or card.name == "slot"]
 built = pytest.mark.parametrize("card", BUILT, ids=lambda card: card.name)
@@ -77,42 +73,14 @@ class TestEveryShape:
         assert [p.tolist() for p in points] == [[1, 2], [4, 6], [2, 9]][: len(points)]
 
 
-@pytest.mark.parametrize(
-    "a, b", [((1, 2), (3, 5)), ((3, 5), (1, 2)), ((1, 5), (3, 2)), ((3, 2), (1, 5))]
-)
-def test_a_rectangle_is_the_same_in_all_four_directions(sketcher, a, b):
-    assert is_exactly(drawn(CARD["rectangle"], (a, b)), rectangle(1.0, 2.0, 2.0, 3.0, 0.0))
-
-
-@pytest.mark.parametrize("b", [(4, 2), (1, 5)])
-def test_a_rectangle_flat_in_one_direction_is_none(sketcher, b):
-    assert drawn(CARD["rectangle"], ((1, 2), b)) is None
-
-
 def test_only_exactly_flat_is_none(sketcher):
     made = drawn(CARD["rectangle"], ((0, 0), (5e-324, -5e-324)))
     assert (made["w"], made["h"]) == (5e-324, 5e-324)
 
 
-def test_a_circle_has_its_centre_at_the_press_and_the_release_on_it(sketcher):
-    assert is_exactly(drawn(CARD["circle"], ((0, 0), (3, 4))), circle(0.0, 0.0, 5.0))
-    assert is_exactly(drawn(CARD["circle"], ((1, -2), (1, 0))), circle(1.0, -2.0, 2.0))
-
-
 class TestRegular:
     def made(self, b, sides="6"):
         return drawn(CARD["regular"], ((0, 0), b), sides)
-
-    def test_the_release_is_the_first_corner(self, sketcher):
-        assert is_exactly(self.made((0, 2), "5"), regular(0.0, 0.0, 2.0, 5, 90.0))
-
-    @pytest.mark.parametrize(
-        "b, angle",
-        [((2, 0), 0.0), ((-2, 0), 180.0), ((0, -2), -90.0), ((1, 1), 45.0), ((-3, -3), -135.0)]
-        + [((3, 1), 18.434949), ((1, 3), 71.565051)],
-    )
-    def test_the_angle_is_that_of_the_drag_with_six_decimals(self, sketcher, b, angle):
-        assert self.made(b)["angle"] == angle
 
     @pytest.mark.parametrize(
         "text, n",
@@ -174,23 +142,6 @@ class TestFromDrag:
 
         made = sketcher.SketchEditor._from_drag(Tools(), point(0, 0), point(0, 2))
         assert made["n"] == 4
-
-
-class TestSlot:
-    @pytest.mark.parametrize("p", [(10, 1.5), (-3, -1.5)])
-    def test_the_width_is_measured_from_the_axis_line_beyond_the_ends_too(self, sketcher, p):
-        made = drawn(CARD["slot"], ((0, 0), (4, 0), p))
-        assert is_exactly(made, slot(0.0, 0.0, 4.0, 0.0, 1.5))
-
-    def test_a_slanted_axis(self, sketcher):
-        assert drawn(CARD["slot"], ((1, 1), (4, 5), (1, 6)))["r"] == 3.0
-
-    @pytest.mark.parametrize("p", [(2, 0), (0, 0), (4, 0), (9, 0)])
-    def test_a_click_on_the_axis_line_gives_none(self, sketcher, p):
-        assert drawn(CARD["slot"], ((0, 0), (4, 0), p)) is None
-
-    def test_coincident_ends_give_none(self, sketcher):
-        assert drawn(CARD["slot"], ((1, 2), (1, 2), (5, 5))) is None
 
 
 def test_the_angle_of_a_drag_is_the_module_s_own_math_s(sketcher, monkeypatch):

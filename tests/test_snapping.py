@@ -160,15 +160,6 @@ class TestSnapped:
         editor.key_points = lambda: [(5, 2), np.array([7, 7])]
         assert is_point(editor.snapped(250, 130), 5.0, 2.0)
 
-    def test_else_the_nearest_grid_point(self, editor):
-        assert is_point(editor.snapped(252, 97), 6.0, 6.0)
-
-    def test_a_thousandth_grid(self, editor):
-        editor.grid.set("1")
-        editor.scale = 10000.0
-        x, y = editor.to_screen((0.0123, -0.0047))
-        assert is_point(editor.snapped(x, y), 0.012, -0.005)
-
     @pytest.mark.parametrize(
         "pixel, u", [(210, 0.0), (230, 4.0), (250, 4.0), (270, 8.0), (190, -0.0)]
     )
