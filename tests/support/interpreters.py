@@ -33,12 +33,12 @@ def interpreter_of(version):
     return INTERPRETERS[version]
 
 
-def walk_through(interpreter, *options, path, **environment):
+def walk_through(interpreter, *options, path):
     """What the walkthrough prints in this interpreter, with the module found along `path`."""
     search = os.pathsep.join(map(str, [*path, ROOT / "tests"]))
     process = subprocess.run(
         [str(interpreter), *options, "-m", "support.walkthrough"],
-        env={**os.environ, "PYTHONPATH": search, **environment},
+        env={**os.environ, "PYTHONPATH": search},
         capture_output=True,
         text=True,
         timeout=120,
