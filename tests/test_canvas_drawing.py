@@ -48,22 +48,11 @@ class TestClearing:
 
 
 class TestGrid:
-    def test_lines_span_the_canvas_in_both_directions(self, editor):
-        upright, level = grid_lines(editor)
-        assert upright == [(x, 0, x, 300) for x in range(0, 401, 40)]
-        assert level == [(0, y, 400, y) for y in (310, 270, 230, 190, 150, 110, 70, 30)]
-
     def test_a_line_on_the_upper_bound_is_drawn(self, editor):
         editor.canvas.height = 320
         upright, level = grid_lines(editor)
         assert upright[-1] == (400, 0, 400, 320)
         assert level[-1] == (0, 0, 400, 0)
-
-    def test_starts_at_the_multiple_at_or_below_the_lower_bound(self, editor):
-        editor.centre = np.array([0.25, -0.25])
-        upright, level = grid_lines(editor)
-        assert upright[0][0] == -10.0
-        assert level[0][1] == 300.0
 
     @pytest.mark.parametrize(
         "scale, spacing",

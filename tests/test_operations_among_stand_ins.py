@@ -1,12 +1,11 @@
 """Each operation of an editor made of stand-ins, call by call."""
 
-from fractions import Fraction
 
 import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.plain import Event, Var
-from support.stand_ins import Child, Master, Stage, call
+from support.stand_ins import Child, Stage, call
 
 AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 
@@ -153,32 +152,6 @@ def test_release_of_a_drag_that_gave_no_shape(stage, made):
 
 
 # --- the interpreter's own arithmetic and texts
-
-
-@pytest.mark.parametrize(
-    "numbers, place",
-    [
-        ((10, 20, 901, 607), "+310+121"),
-        ((10.5, 20, 901.0, 607.0), "+310.5+121.0"),
-        ((Fraction(1, 2), 0, Fraction(1203, 2), 100), "+301/2+0"),
-        ((True, np.int16(7), 300, 204), "+1+8"),
-        ((10**30, -5, 10**30, 50), f"+{10**30 + (10**30 - 300) // 2}+-5"),
-    ],
-)
-def test_place_of_the_dialog(stage, numbers, place):
-    names = ("winfo_rootx", "winfo_rooty", "winfo_width", "winfo_height")
-    editor = stage.editor(master=Master(**dict(zip(names, numbers))), result="kept")
-    editor.winfo_width, editor.winfo_height = lambda: 300, lambda: 200
-    calls = editor.watch("update_idletasks", "geometry", "grab_set", "fit", "wait_window")
-    assert editor.run() == "kept"
-    assert calls == [
-        ("update_idletasks", (), {}),
-        ("geometry", (place,), {}),
-        ("grab_set", (), {}),
-        ("fit", (), {}),
-        ("wait_window", (), {}),
-    ]
-    assert stage.recorded() == []
 
 
 class Piece:

@@ -9,7 +9,6 @@ import pytest
 from support.neighbours import circle, one_of_each
 from support.plain import Event, PlainEditor, Var
 from support.stand_ins import Stage
-from support.widgets import button
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
@@ -205,56 +204,6 @@ def test_overridden_operation_is_used_by_the_constructor(
     assert calls
 
 
-def test_operation_set_on_the_instance_before_construction_is_used(open_editor, sketcher):
-    calls = []
-
-    class Editor(sketcher.SketchEditor):
-        def __init__(self, *args, **kwargs):
-            for name in ("fit", "redraw", "refresh_list", "cancel_drawing"):
-                setattr(self, name, lambda name=name, **kwargs: calls.append(name))
-            super().__init__(*args, **kwargs)
-
-    editor = open_editor(cls=Editor)
-    assert {"fit", "refresh_list"} <= set(calls)
-    calls.clear()
-    button(editor, "Fit").invoke()
-    button(editor, "Slot").invoke()
-    assert calls == ["fit", "cancel_drawing"]
-
-
-def test_own_result_of_an_override_counts(open_editor, sketcher):
-    class Editor(sketcher.SketchEditor):
-        def to_screen(self, p):
-            return (7.0 + p[0], 9.0 + p[1])
-
-        def to_world(self, x, y):
-            return np.array([x - 7.0, y - 9.0])
-
-        def key_points(self):
-            return [np.array([1.0, 2.0])]
-
-        def grid_step(self):
-            return 0.25
-
-        def _extent(self):
-            return np.array([-1.0, -2.0]), np.array([3.0, 4.0])
-
-        @staticmethod
-        def _ok(e):
-            return e.get("type") == "circle"
-
-    editor = open_editor(one_of_each(), cls=Editor)
-    assert editor.snapped(8.0, 11.0).tolist() == [1.0, 2.0]
-    assert editor.snapped(7.3, 99.4).tolist() == [0.25, 90.5]
-    assert editor.centre.tolist() == [1.0, 1.0]
-    shapes = [i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]
-    assert len(shapes) == 1
-    assert editor.canvas.coords(shapes[0]) == pytest.approx(
-        [7.01, 9.02, 7.0, 9.03, 6.99, 9.02, 7.0, 9.01]
-    )
-    assert editor.pick(7.0, 9.0) == 1
-
-
 def test_operation_borrowed_from_another_editor_is_used():
     lender = PlainEditor(width=200, height=100, scale=2.0, centre=np.array([5.0, 0.0]))
     borrower = PlainEditor(width=400, height=400, scale=1.0, entities=[circle(r=3.0)])
@@ -263,22 +212,6 @@ def test_operation_borrowed_from_another_editor_is_used():
     ((corners, _),) = borrower.canvas.named("create_polygon")
     assert corners == (96.0, 50.0, 90.0, 44.0, 84.0, 50.0, 90.0, 56.0)
     assert borrower.pick(90, 44) == 0
-
-
-def test_overridden_validity_may_call_the_original(open_editor, sketcher):
-    asked = []
-
-    class Editor(sketcher.SketchEditor):
-        @staticmethod
-        def _ok(e):
-            asked.append(e["type"])
-            return sketcher.SketchEditor._ok(e)
-
-    editor = open_editor(one_of_each(), cls=Editor)
-    asked.clear()
-    editor.pick(1, 1)
-    assert asked == [e["type"] for e in one_of_each()["entities"]]
-    assert super(Editor, editor)._ok(circle()) is True
 
 
 def test_validity_may_be_overridden_by_an_ordinary_method(open_editor, sketcher):
@@ -299,33 +232,3 @@ def test_moving_may_be_overridden_by_an_ordinary_method(open_editor, sketcher):
     moving(editor)
     editor._drag(ANYWHERE)
     assert editor.sk["entities"][1]["moved"] == (True, 2)
-
-
-def test_subclass_may_extend_every_operation_by_super(open_editor, sketcher):
-    names = [
-        name
-        for name in vars(sketcher.SketchEditor)
-        if not name.startswith("__") and name not in STATIC
-    ]
-    calls = set()
-
-    def extended(name):
-        def operation(self, *args, **kwargs):
-            calls.add(name)
-            return getattr(super(Editor, self), name)(*args, **kwargs)
-
-        return operation
-
-    Editor = type("Editor", (sketcher.SketchEditor,), {name: extended(name) for name in names})
-    editor = open_editor(one_of_each(), cls=Editor)
-    editor.select(1)
-    editor.apply_props()
-    editor._press(Event(10, 10))
-    editor.tool.set("circle")
-    editor._press(Event(10, 10))
-    editor._drag(Event(40, 40))
-    editor._release(Event(40, 40))
-    editor._motion(Event(40, 40))
-    editor.ok()
-    assert {"_build", "fit", "redraw", "select", "apply_props", "add", "_preview", "ok"} <= calls
-    assert len(editor.result["entities"]) == len(one_of_each()["entities"]) + 1

@@ -8,7 +8,7 @@ import numpy as np
 import pytest
 
 from support.events import focus
-from support.neighbours import FakeUnits, circle, one_of_each, slot
+from support.neighbours import circle, one_of_each, slot
 from support.plain import Event
 from support.widgets import walk
 
@@ -30,19 +30,6 @@ class Through:
     def __getattr__(self, name):
         self.asked.append(name)
         return getattr(self.original, name)
-
-
-def test_replaced_units_are_used(open_editor, replaced, sketcher):
-    editor = open_editor({"entities": [circle(r=0.5)]})
-    replaced("units", FakeUnits(100.0, "cm"))
-    assert sketcher.describe(circle(r=0.5)) == "diameter 100 cm"
-    editor.grid.set("1")
-    assert editor.grid_step() == 0.01
-    editor._motion(Event(311, 231))
-    assert " cm" in editor.status.cget("text")
-    editor.offset.set("50")
-    editor.ok()
-    assert editor.result["offset"] == 0.5
 
 
 def test_palette_may_be_any_mapping(open_editor, replaced, neighbours):

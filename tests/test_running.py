@@ -3,7 +3,9 @@
 import os
 import subprocess
 import tkinter as tk
+from fractions import Fraction
 
+import numpy as np
 import pytest
 from harness import patience
 
@@ -42,12 +44,23 @@ class Modal(PlainEditor):
         ((100, 50, 1000, 100), (600, 400), "+300+50"),
         ((-1, -1, 10, 10), (600, 400), "+-1+-1"),
         ((-7, -9, 10, 10), (600, 400), "+-7+-9"),
+        # Whatever calculates as numbers do is written as the interpreter writes it.
+        ((10.5, 20, 901.0, 607.0), (300, 200), "+310.5+121.0"),
+        ((Fraction(1, 2), 0, Fraction(1203, 2), 100), (300, 200), "+301/2+0"),
+        ((True, np.int16(7), 300, 204), (300, 200), "+1+8"),
+        ((10**30, -5, 10**30, 50), (300, 200), f"+{10**30 + (10**30 - 300) // 2}+-5"),
     ],
 )
 def test_dialog_is_placed_over_its_master(sketcher, master, size, place):
     editor = Modal(master, size)
     sketcher.SketchEditor.run(editor)
-    assert ("geometry", (place,), {}) in editor.calls
+    assert editor.calls == [
+        ("update_idletasks", (), {}),
+        ("geometry", (place,), {}),
+        ("grab_set", (), {}),
+        ("fit", (), {}),
+        ("wait_window", (), {}),
+    ]
 
 
 def test_sizes_are_read_after_the_layout_is_settled(sketcher):
