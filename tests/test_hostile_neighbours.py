@@ -82,11 +82,12 @@ class TestNeighboursThatAnswerNonsense:
         self.everywhere(neighbours.units.answers, "to_si from_si fmt unit", answer)
 
     def test_the_names_of_the_module(self, sketcher, monkeypatch, answer):
-        for name in "S units tr PAL SNAP_PX describe TOOL_TIPS TYPE_LABEL".split():
-            for value in (answer, lambda *args: answer):
-                with monkeypatch.context() as patch:
-                    patch.setattr(sketcher, name, value)
-                    run_all(sound)
+        asked = dict.fromkeys("S PAL SNAP_PX TOOL_TIPS TYPE_LABEL".split(), answer)
+        called = dict.fromkeys("units tr describe".split(), lambda *args: answer)
+        for name, value in {**asked, **called}.items():
+            with monkeypatch.context() as patch:
+                patch.setattr(sketcher, name, value)
+                run_all(sound)
 
     def test_operations_of_the_editor(self, sketcher, answer):
         names = "to_screen to_world grid_step key_points snapped pick _ok _moved _from_drag _slot"
