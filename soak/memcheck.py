@@ -22,7 +22,6 @@ sys.path[:0] = [str(ROOT)]
 
 from harness.display import x_server  # noqa: E402
 from harness.places import BUILD, HOST  # noqa: E402
-from soak.common.planted_build import PLANTS, plant  # noqa: E402
 
 OURS = re.compile(r"sketcher\.abi3\.so|\btandrel::")  # in a frame
 VALGRIND = ["valgrind", "--tool=memcheck", "--num-callers=40", "--trace-children=yes"]
@@ -52,18 +51,16 @@ def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--only", choices=PROGRAMS, help="only this program")
     parser.add_argument("--events", type=int, default=400, help="of the random user")
-    parser.add_argument("--plant", choices=sorted(PLANTS), help="build this fault in, to see it")
     options = parser.parse_args(arguments)
     with tempfile.TemporaryDirectory(prefix="memcheck-") as name, x_server(1280, 1024) as display:
         folder = Path(name)
-        build = plant(options.plant, BUILD, folder / "planted") if options.plant else BUILD
         environment = {
             **os.environ,
             "DISPLAY": display,
-            "TANDREL_BUILD": str(build),
+            "TANDREL_BUILD": str(BUILD),
             # Every object an allocation of its own, or valgrind sees only the interpreter's pools.
             "PYTHONMALLOC": "malloc",
-            "PYTHONPATH": os.pathsep.join(map(str, (build, HOST, ROOT / "tests", ROOT))),
+            "PYTHONPATH": os.pathsep.join(map(str, (BUILD, HOST, ROOT / "tests", ROOT))),
         }
         commands = {name: ["-c", PROGRAMS[name]] for name in PROGRAMS}
         if options.only:

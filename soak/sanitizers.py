@@ -27,7 +27,6 @@ from typing import NamedTuple
 sys.path[:0] = [str(root := Path(__file__).resolve().parent.parent), str(root / "tests")]
 
 from harness.places import ROOT  # noqa: E402
-from soak.common.planted_build import PLANTS, plant  # noqa: E402
 from soak.common.suite import quietly, run_tests  # noqa: E402
 from support.interpreters import VERSIONS  # noqa: E402
 
@@ -65,19 +64,19 @@ def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("tests", nargs="*", default=["tests"], help="all unless told otherwise")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, help="of the test suite")
-    parser.add_argument("--plant", choices=sorted(PLANTS), help="build this fault in, to see it")
     for name in TOOLS:
         parser.add_argument(f"--with-{name.replace(' ', '-')}", type=int, metavar="N", default=0)
     options = parser.parse_args(arguments)
-    build = BUILD
-    if not (build / "build.ninja").exists():
-        quietly("cmake", "--preset", build.name, f"-DPython3_EXECUTABLE={sys.executable}")
-    quietly("cmake", "--build", "--preset", build.name)
-    with tempfile.TemporaryDirectory(prefix="sanitizers-") as name:
-        folder = Path(name)
-        if options.plant:
-            build = plant(options.plant, build, folder / "planted")
-        return run_all(options, build, folder)
+    with tempfile.TemporaryDirectory(prefix="sanitizers-") as folder:
+        return run_all(options, built(), Path(folder))
+
+
+def built() -> Path:
+    """The build that is looked at, made anew where it is older than its sources."""
+    if not (BUILD / "build.ninja").exists():
+        quietly("cmake", "--preset", BUILD.name, f"-DPython3_EXECUTABLE={sys.executable}")
+    quietly("cmake", "--build", "--preset", BUILD.name)
+    return BUILD
 
 
 def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:

@@ -1,2 +1,1 @@
-"""What the tools share: the suite on other builds, what it executes, watched children, growth,
-planted faults."""
+"""What the tools share: the suite on other builds, watched children, growth, wrong changes."""

@@ -5,7 +5,7 @@ import re
 import pytest
 from harness.places import BUILD
 from soak import allocation
-from soak.common.planted_build import plant
+from support.planted_build import plant
 
 
 def run(capsys, *options):

@@ -4,14 +4,16 @@ import shutil
 
 import pytest
 from soak import memcheck
+from support.planted_build import plant
 
 pytestmark = pytest.mark.skipif(not shutil.which("valgrind"), reason="needs valgrind")
 
 
 @pytest.mark.parametrize("fault, said", [("value never set", "uninitialised value"), (None, "")])
-def test_an_error_of_the_module_is_found(capsys, fault, said):
-    options = ["--only", "operations", *(["--plant", fault] if fault else [])]
-    status = memcheck.main(options)
+def test_an_error_of_the_module_is_found(capsys, monkeypatch, tmp_path, fault, said):
+    if fault:
+        monkeypatch.setattr(memcheck, "BUILD", plant(fault, memcheck.BUILD, tmp_path))
+    status = memcheck.main(["--only", "operations"])
     printed = capsys.readouterr().out
     figure = printed.splitlines()[-1]
     assert status == (1 if fault else 0), printed

@@ -4,13 +4,14 @@ import re
 
 import pytest
 from soak import sanitizers
+from support.planted_build import plant
 
 ONE_FILE = ["tests/test_describe.py", "--jobs", "1"]
 
 
-def report(capsys, *options):
+def report(capsys):
     """The exit status, what was printed, and the number of reports in its last line."""
-    status = sanitizers.main([*ONE_FILE, *options])
+    status = sanitizers.main(ONE_FILE)
     printed = capsys.readouterr().out
     figure = re.fullmatch(r"sanitizers: ([\d,]+) tests: (\d+) reports", printed.splitlines()[-1])
     return status, printed, int(figure[1]), int(figure[2])
@@ -32,8 +33,10 @@ def test_nothing_is_reported_of_the_module(capsys):
         "signed overflow": "runtime error: signed integer overflow",
     }.items(),
 )
-def test_a_planted_fault_is_reported(capsys, fault, said):
-    status, printed, _, reports = report(capsys, "--plant", fault)
+def test_a_planted_fault_is_reported(capsys, monkeypatch, tmp_path, fault, said):
+    planted = plant(fault, sanitizers.built(), tmp_path)
+    monkeypatch.setattr(sanitizers, "built", lambda: planted)
+    status, printed, _, reports = report(capsys)
     assert status == 1
     assert reports > 0
     assert re.search(said, printed)
