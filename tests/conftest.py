@@ -1,6 +1,7 @@
 """The display, the module and the windows that tests share."""
 
 import copy
+import gc
 import importlib
 import os
 import sys
@@ -76,6 +77,15 @@ def any_interpreter(request):
 def neighbours(monkeypatch, sketcher):
     """Scripted stand-ins for the neighbours of the module, by the names that it imports."""
     return scripted.replace(monkeypatch, sketcher)
+
+
+@pytest.fixture(scope="module")
+def only_new_garbage():
+    """What is there before a module's tests isn't looked through each time they collect."""
+    gc.collect()
+    gc.freeze()
+    yield
+    gc.unfreeze()
 
 
 @pytest.fixture

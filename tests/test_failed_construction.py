@@ -5,12 +5,11 @@ import tkinter as tk
 
 import pytest
 
-from support.garbage import only_what_is_new  # noqa: F401
 from support.neighbours import circle, one_of_each
 from support.plain import Recorder
 from support.widgets import tcl_state
 
-pytestmark = pytest.mark.usefixtures("neighbours")
+pytestmark = pytest.mark.usefixtures("neighbours", "only_new_garbage")
 
 
 class Failure(Exception):

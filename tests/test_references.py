@@ -5,12 +5,13 @@ import sys
 import weakref
 
 import pytest
-from support.garbage import only_what_is_new  # noqa: F401
 from support.neighbours import one_of_each
 from support.operations import OPERATIONS, sound
 from support.plain import PlainEditor, Var
 
 REPETITIONS = 20
+
+pytestmark = pytest.mark.usefixtures("only_new_garbage")
 
 
 def growth(run):
