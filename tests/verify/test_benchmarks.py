@@ -10,17 +10,14 @@ import numpy as np
 import pytest
 from benchmarks import floor, instructions, run
 from benchmarks.plain import PythonEditor
-from benchmarks.sketches import POINTS, asked_of, calls_of, sketch
+from benchmarks.sketches import POINTS, asked_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from harness.places import ROOT
 from support.canvas import items, of_kind
-from support.neighbours import circle
 from support.operations import TOOLS
 from support.plain import RecordingCanvas
 from support.types import random_entity
 from tandrel import sketch as geometry
-
-OVERRIDDEN = ("to_screen", "to_world", "key_points", "snapped", "pick", "redraw")
 
 
 def random_sketch(dice):
@@ -107,99 +104,10 @@ class TestPythonEditor:
         assert all(editor.to_world(*p).tolist() == plain.to_world(*p).tolist() for p in pixels)
 
 
-class TestOverriding:
-    def test_the_user_s_motions_reach_the_overrides(self, open_editor, send, monkeypatch):
-        called = []
-
-        def noted(name):
-            real = getattr(PythonEditor, name)
-            return lambda *args: called.append(name) or real(*args)
-
-        for name in OVERRIDDEN:
-            monkeypatch.setattr(PythonEditor, name, noted(name))
-        editor = open_editor({"entities": [circle(0.0, 0.0, 0.02)]}, PythonEditor)
-        del called[:]
-        send(editor).click(311, 231)
-        assert editor.sel == 0
-        assert set(called) == set(OVERRIDDEN)
-
-    @pytest.mark.parametrize("name", OVERRIDDEN)
-    def test_one_operation_alone_can_be_overridden(self, name, open_editor, sketcher):
-        """The others use the one that is overridden, and nothing looks different."""
-        called = []
-
-        def override(self, *args):
-            called.append(args)
-            return getattr(PythonEditor, name)(self, *args)
-
-        helpers = {key: value for key, value in vars(PythonEditor).items() if key[:5] == "_draw"}
-        helpers |= {key: vars(PythonEditor)[key] for key in ("_depths", "_flat")}
-        partly = type("Partly", (sketcher.SketchEditor,), {**helpers, name: override})
-        dice = random.Random(7)
-        sk = random_sketch(dice)
-        editors = [open_editor(sk, cls) for cls in (None, partly)]
-        random_state(dice, editors)
-        del called[:]
-        results = []
-        for editor in editors:
-            editor.redraw()
-            picture = items(editor.canvas)
-            results.append((picture, editor.snapped(*PIXEL).tolist(), editor.pick(*PIXEL)))
-        assert called
-        assert results[0] == results[1]
-
-
 @pytest.fixture
 def stage(root):
     """Opens stages; they end with their main window."""
     return lambda count: Stage(root, count)
-
-
-def counted(owner, name, operation, *arguments):
-    """How often a function is called during one operation."""
-    with calls_of(owner, name) as calls:
-        operation(*arguments)
-    return len(calls)
-
-
-class TestCalls:
-    @pytest.mark.parametrize("operation", ["redraw", "pick", "_extent"])
-    def test_the_host_is_asked_once_for_the_outline_of_each_shape(self, stage, operation):
-        arguments = PIXEL if operation == "pick" else ()
-        at = stage(30)
-        with asked_of(at.host):
-            asked = counted(at.host, "outline", getattr(at.editor, operation), *arguments)
-        assert asked == 30
-
-    @pytest.mark.parametrize("operation, times", [("redraw", 3), ("pick", 2)])
-    def test_the_plain_way_asks_more_often(self, stage, operation, times):
-        arguments = PIXEL if operation == "pick" else ()
-        at = stage(30)
-        with asked_of(at.host):
-            asked = counted(at.host, "outline", getattr(at.plain, operation), *arguments)
-        assert asked == 30 * times
-
-    @pytest.mark.parametrize("question", ["winfo_width", "winfo_height"])
-    @pytest.mark.parametrize("operation", ["redraw", "pick", "snapped", "_extent"])
-    def test_the_canvas_is_asked_for_its_size_as_often_for_any_sketch(
-        self, stage, operation, question
-    ):
-        arguments = PIXEL if operation in ("pick", "snapped") else ()
-        found = []
-        for count in (0, 10, 40):
-            at = stage(count)
-            with asked_of(at.host):
-                call = getattr(at.editor, operation)
-                found.append(counted(at.editor.canvas, question, call, *arguments))
-        assert found[1] == found[2]
-        # Without a selected shape there are no labels to place.
-        assert found[0] <= found[1] <= 6
-
-    def test_the_plain_way_asks_for_each_point(self, stage):
-        at = stage(10)
-        with asked_of(at.host):
-            asked = counted(at.plain.canvas, "winfo_width", at.plain.pick, *PIXEL)
-        assert asked == 1 + 10 * POINTS
 
 
 class TestSketches:
