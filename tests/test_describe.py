@@ -1,6 +1,5 @@
 """Summaries of entities, and which entities are valid."""
 
-import builtins
 
 import pytest
 
@@ -120,14 +119,7 @@ def test_entity_that_cannot_be_outlined_is_not_valid(sketcher, neighbours, error
     assert sketcher.SketchEditor._ok(circle()) is False
 
 
-OTHER_ERRORS = [
-    error
-    for error in vars(builtins).values()
-    if isinstance(error, type)
-    and issubclass(error, BaseException)
-    and not issubclass(error, (ValueError, KeyError, TypeError))
-    and not error.__name__.endswith("Group")
-]
+OTHER_ERRORS = [BaseException, Exception, LookupError, IndexError, OverflowError, MemoryError]
 
 
 @pytest.mark.parametrize("kind", OTHER_ERRORS, ids=lambda kind: kind.__name__)
