@@ -60,10 +60,12 @@ def area(e: Any) -> float:
 
 
 def depths(sk: Mapping[str, Any]) -> list[int]:
-    """For each entity of a sketch the number of others that it lies inside of.
+    """For each entity of a sketch how deep it is nested: 0 for material, 1 for a hole in it, ...
 
-    It lies inside another one when it touches its outline nowhere; equal and overlapping shapes
-    don't lie inside each other. An entity that can't be built has the depth 0 and holds nothing.
+    That is the length of the longest chain of others that lie each inside the next, the first
+    around this one: a hole in the common part of two plates that overlap is a hole. A shape lies
+    inside another one when it touches its outline nowhere; equal and overlapping shapes don't lie
+    inside each other. An entity that can't be built has the depth 0 and holds nothing.
     ``ValueError`` if there is no list of entities to go by.
     """
     entities = sk.get("entities", []) if isinstance(sk, Mapping) else None

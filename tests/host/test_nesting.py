@@ -36,12 +36,17 @@ class TestDepths:
     def test_apart(self):
         assert depths(circle(0.0, 0.0, 1.0), circle(5.0, 0.0, 2.0)) == [0, 0]
 
-    def test_overlapping_shapes_do_not_nest_but_both_hold_what_is_in_both(self):
+    def test_a_hole_in_what_two_plates_have_in_common_is_a_hole(self):
         two = rectangle(0.0, 0.0, 6.0, 6.0), rectangle(2.0, 2.0, 6.0, 7.0)
-        assert depths(*two, circle(4.0, 4.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 2, 1]
+        assert depths(*two, circle(4.0, 4.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 1, 1]
+
+    def test_the_longest_chain_counts_whatever_else_lies_around(self):
+        """The island stands in a hole of one plate and, with that, on another one."""
+        other = rectangle(4.0, -5.0, 20.0, 20.0)
+        assert depths(other, PLATE, HOLE, circle(5.5, 5.0, 1.0)) == [0, 0, 1, 2]
 
     def test_equal_shapes_do_not_hold_each_other(self):
-        assert depths(PLATE, PLATE, HOLE, HOLE) == [0, 0, 2, 2]
+        assert depths(PLATE, PLATE, HOLE, HOLE) == [0, 0, 1, 1]
         square = polygon((0, 0), (10, 0), (10, 10), (0, 10))
         assert depths(PLATE, square) == [0, 0]
 
@@ -133,15 +138,40 @@ SHAPES = st.one_of(
 )
 
 
-def brute_force(entities):
+def holders(entities):
+    """For each shape those that it lies inside of, by comparing each with each."""
     polygons = [Polygon(S.outline(e)) for e in entities]
-    return [sum(prep(a).contains_properly(b) for a in polygons) for b in polygons]
+    return [
+        [k for k, outer in enumerate(polygons) if prep(outer).contains_properly(inner)]
+        for inner in polygons
+    ]
+
+
+def longest_chains(entities):
+    around = holders(entities)
+
+    def chain(k):
+        return max((1 + chain(holder) for holder in around[k]), default=0)
+
+    return [chain(k) for k in range(len(entities))]
 
 
 @settings(deadline=None, max_examples=200)
 @given(st.lists(SHAPES, max_size=12))
 def test_depths_are_those_of_comparing_each_with_each(entities):
-    assert depths(*entities) == brute_force(entities)
+    assert depths(*entities) == longest_chains(entities)
+
+
+@settings(deadline=None, max_examples=100)
+@given(st.lists(SHAPES, max_size=24))
+def test_without_overlaps_the_depth_is_the_number_of_shapes_around(entities):
+    apart, polygons = [], []
+    for entity in entities:
+        polygon = Polygon(S.outline(entity))
+        if not any(polygon.exterior.intersects(other.exterior) for other in polygons):
+            apart.append(entity)
+            polygons.append(polygon)
+    assert depths(*apart) == [len(around) for around in holders(apart)]
 
 
 def test_depths_of_many_shapes_are_those_of_comparing_each_with_each():
@@ -151,7 +181,7 @@ def test_depths_of_many_shapes_are_those_of_comparing_each_with_each():
         for _ in range(300)
     ]
     found = depths(*entities)
-    assert found == brute_force(entities)
+    assert found == longest_chains(entities)
     assert max(found) >= 3
 
 

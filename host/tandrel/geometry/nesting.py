@@ -62,11 +62,14 @@ def inside(ring: npt.ArrayLike, p: Sequence[float]) -> bool:
 # A repaint asks for the depths of the same shapes again and again while the pointer moves.
 @lru_cache(maxsize=4)
 def depths(shapes: tuple[Shape, ...]) -> tuple[int, ...]:
-    """For each shape the number of others that it lies inside of."""
+    """For each shape the length of the longest chain of others that lie each inside the next.
+
+    Two shapes that overlap don't count twice for what lies in both.
+    """
     order = _by_area(shapes)
     found = [0] * len(shapes)
-    for k, (holders, _) in zip(order, _holders([shapes[k] for k in order])):
-        found[k] = bin(holders).count("1")
+    for k, (_, innermost) in zip(order, _holders([shapes[k] for k in order])):
+        found[k] = max((found[order[holder]] + 1 for holder in innermost), default=0)
     return tuple(found)
 
 
