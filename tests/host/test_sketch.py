@@ -212,6 +212,13 @@ def test_rounding_errors_add_no_points():
         assert len(S.outline(circle(0.0, 0.0, side))) == 64
 
 
+@pytest.mark.parametrize("w, h", [(0.05, 0.03), (0.03, 0.05), (0.03, 0.03)])
+def test_a_radius_that_rounding_made_too_large_is_half_of_the_shorter_side(w, h):
+    """A larger one would bend the outline back on itself."""
+    too_large = rectangle(w=w, h=h, radius=0.015 * (1 + 9e-9))
+    assert contour(too_large) == contour(rectangle(w=w, h=h, radius=0.015))
+
+
 def test_a_slot_with_both_ends_in_one_place_is_a_circle():
     ring = S.outline(slot(0.01, 0.02, 0.01, 0.02, 0.004))
     assert np.hypot(*(ring - (0.01, 0.02)).T) == pytest.approx([0.004] * 64)

@@ -24,6 +24,7 @@ def _drawing(x: float, y: float, w: float, h: float, radius: float) -> Drawing:
     if radius > half * (1 + _ROOM):
         text = N_("the corner radius {radius} is larger than half of the shorter side, {half}")
         raise ValueError(Reason(text, radius=radius, half=half))
+    radius = min(radius, half)
     corners = [(x, y), (x + w, y), (x + w, y + h), (x, y + h)]
     return Drawing(corners, rounded(corners, radius, detail))
 
