@@ -1,22 +1,24 @@
 """The profile that a sketch cuts: shapes joined, holes taken out, islands put back.
 
-Shapes that can't be built are left out. Where no shape overlaps another, the profile's contours are
-the shapes' own, exact arcs and all; only where some do, their arcs are divided to join them.
+Shapes that can't be built are left out. The contours of the profile are made of the shapes' own
+edges, so that arcs stay arcs; what is measured, shown and exported comes from them.
 """
 
 from __future__ import annotations
 
 import math
 from collections import defaultdict
-from typing import Any, Callable, Dict, List, Tuple
+from typing import Any, Callable, Dict, List, NamedTuple, Optional, Tuple
 
 from shapely.geometry import Polygon
 from shapely.geometry.base import BaseGeometry
+from shapely.geometry.polygon import orient
 from shapely.ops import unary_union
 
 from tandrel import sketch as S
-from tandrel._shapes import contour, shape
-from tandrel.geometry import loops
+from tandrel._shapes import contour, drawn, shape
+from tandrel.geometry import joining, loops
+from tandrel.geometry.edges import Edge
 from tandrel.geometry.shapes import Shape
 from tandrel.progress import Tick, no_tick
 
@@ -24,8 +26,40 @@ _FINE = 1e-6  # how far divided arcs are from their chords, as a part of the sha
 _AT_ONCE = 200  # shapes joined between two ticks
 
 
+class Contour(NamedTuple):
+    """A closed contour with the material on its left: outsides run counter-clockwise.
+
+    ``area`` is what it encloses, less than zero for a hole. A contour that is all of one shape's
+    knows the ``drawn`` loop, which runs counter-clockwise in any case.
+    """
+
+    edges: List[Edge]
+    area: float
+    drawn: Optional[loops.Loop] = None
+
+    @property
+    def is_hole(self) -> bool:
+        return self.area < 0
+
+
+def contours(sketch: Dict[str, Any], tick: Tick = no_tick) -> List[Contour]:
+    """The contours of the profile: single shapes' in the order of these, then the joined ones."""
+    return _profile(sketch).contours(tick)
+
+
+def area(sketch: Dict[str, Any], tick: Tick = no_tick) -> float:
+    """What remains after cutting, in square metres; exact, arcs too."""
+    return math.fsum(contour.area for contour in contours(sketch, tick))
+
+
+def has_own_contours(sketch: Dict[str, Any], tick: Tick = no_tick) -> bool:
+    """Whether the profile's contours are just those of the shapes."""
+    found = contours(sketch, tick)
+    return len(found) == len(_profile(sketch).shapes) and all(c.drawn for c in found)
+
+
 def region(sketch: Dict[str, Any], tick: Tick = no_tick) -> BaseGeometry:
-    """The area that remains after cutting, to be looked at: a circle is a polygon of 64 corners."""
+    """The profile as polygons: arcs are divided so finely that no tool could follow them."""
     return _profile(sketch).region(tick)
 
 
@@ -33,37 +67,6 @@ def polygons(area: BaseGeometry) -> List[Polygon]:
     """The separate pieces of a region, those that lie in a hole of another after it."""
     pieces = [piece for piece in getattr(area, "geoms", [area]) if not piece.is_empty]
     return sorted(pieces, key=lambda piece: -Polygon(piece.exterior).area)
-
-
-def area(sketch: Dict[str, Any], tick: Tick = no_tick) -> float:
-    """What remains after cutting, in square metres: exact, arcs too, where no shapes overlap.
-
-    Where some do, good to about a millionth of their common area.
-    """
-    profile = _profile(sketch)
-    enclosed = profile.summed([one.area for one in profile.shapes])
-    if not profile.overlaps(tick):
-        return enclosed
-    # Dividing its arcs changes what a shape counts here and in the region alike, so that what is
-    # lost by it cancels out but for the areas that shapes have in common.
-    divided = profile.summed([polygon.area for polygon in profile.fine(tick)])
-    return enclosed - (divided - profile.fine_region(tick).area)
-
-
-def contours(sketch: Dict[str, Any], tick: Tick = no_tick) -> int:
-    """How many closed contours the profile has, outer ones and holes."""
-    return sum(1 + len(piece.interiors) for piece in polygons(region(sketch, tick)))
-
-
-def has_own_contours(sketch: Dict[str, Any], tick: Tick = no_tick) -> bool:
-    """Whether the profile's contours are just those of the shapes."""
-    profile = _profile(sketch)
-    return contours(sketch, tick) == len(profile.shapes) and not profile.overlaps(tick)
-
-
-def fine_region(sketch: Dict[str, Any], tick: Tick = no_tick) -> BaseGeometry:
-    """The region with its arcs divided so finely that no tool could follow the difference."""
-    return _profile(sketch).fine_region(tick)
 
 
 def box(sketch: Dict[str, Any]) -> loops.Box:
@@ -82,33 +85,40 @@ class _Profile:
         self.depths = S.depths({"entities": entities})
         self._known: Dict[str, Any] = {}
 
+    def contours(self, tick: Tick) -> List[Contour]:
+        found: List[Contour] = self._once("contours", lambda: self._contours(tick))
+        return found
+
     def region(self, tick: Tick) -> BaseGeometry:
-        return self._once(
-            "region", lambda: self._joined([one.polygon for one in self.shapes], tick)
-        )
+        def divide() -> BaseGeometry:
+            return self._joined(self._divided(lambda done: tick(done / 2)), tick)
 
-    def fine(self, tick: Tick) -> List[Polygon]:
-        def divide() -> List[Polygon]:
-            divided = []
-            for k, entity in enumerate(self.entities):
-                tick(k / len(self.entities))
-                divided.append(_divided(entity))
-            return divided
+        return self._once("region", divide)
 
-        return self._once("fine", divide)
+    def _contours(self, tick: Tick) -> List[Contour]:
+        own = [drawn(entity).loop for entity in self.entities]
+        try:
+            cut = joining.joined([loops.joined(loop) for loop in own], self.depths, tick)
+        except joining.Unjoined:
+            rings = _rings(self.region(tick))
+            return [Contour(ring, loops.enclosed(ring)) for ring in rings]
+        found = []
+        for edges, k in sorted(cut, key=lambda c: len(own) if c.shape is None else c.shape):
+            enclosed = loops.enclosed(edges)
+            if k is None:
+                found.append(Contour(edges, enclosed))
+            else:
+                # To the last digit: the contour's arcs may be a rounding off the shape's.
+                exact = math.copysign(self.shapes[k].area, enclosed)
+                found.append(Contour(edges, exact, own[k]))
+        return found
 
-    def fine_region(self, tick: Tick) -> BaseGeometry:
-        return self._once("fine region", lambda: self._joined(self.fine(tick), tick))
-
-    def overlaps(self, tick: Tick) -> bool:
-        """Whether any shape lies partly in another."""
-        counted = self.summed([one.polygon.area for one in self.shapes])
-        rounding = 1e-12 * math.fsum(one.area for one in self.shapes)
-        return abs(counted - self.region(tick).area) > rounding
-
-    def summed(self, areas: List[float]) -> float:
-        """The sum of what the shapes enclose, holes taken away."""
-        return math.fsum(-a if depth % 2 else a for a, depth in zip(areas, self.depths))
+    def _divided(self, tick: Tick) -> List[Polygon]:
+        divided = []
+        for k, entity in enumerate(self.entities):
+            tick(k / len(self.entities))
+            divided.append(_divided(entity))
+        return divided
 
     def _joined(self, shapes: List[Polygon], tick: Tick) -> BaseGeometry:
         levels: Dict[int, List[Polygon]] = defaultdict(list)
@@ -121,7 +131,7 @@ class _Profile:
             # Shapes that lie near each other are joined at little cost.
             level = sorted(levels[depth], key=lambda polygon: polygon.bounds)
             for first in range(0, len(level), _AT_ONCE):
-                tick(done / len(shapes))
+                tick((1 + done / len(shapes)) / 2)
                 parts.append(unary_union(level[first:][:_AT_ONCE]))
                 done += len(level[first:][:_AT_ONCE])
             joined = unary_union(parts)
@@ -132,6 +142,15 @@ class _Profile:
         if name not in self._known:
             self._known[name] = compute()
         return self._known[name]
+
+
+def _rings(area: BaseGeometry) -> List[List[Edge]]:
+    """The contours of a region, with the material on their left."""
+    return [
+        [Edge(start, end) for start, end in zip(ring.coords, ring.coords[1:])]
+        for piece in map(orient, polygons(area))
+        for ring in (piece.exterior, *piece.interiors)
+    ]
 
 
 _latest = _Profile([], ())

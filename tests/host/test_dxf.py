@@ -78,7 +78,7 @@ class TestWriting:
         seen = (
             rings[0].difference(rings[1]).union(rings[2]).difference(rings[3]).difference(rings[4])
         )
-        known = profile.fine_region(sketch(*PLATE))
+        known = profile.region(sketch(*PLATE))
         assert seen.area * 1e-6 == pytest.approx(profile.area(sketch(*PLATE)), rel=2e-4)
         assert seen.bounds == pytest.approx([c * 1000 for c in known.bounds], abs=1e-3)
 
@@ -86,9 +86,30 @@ class TestWriting:
         layers = [part.dxf.layer for part in opened(*PLATE).modelspace()]
         assert layers == ["CONTOUR", "HOLES", "CONTOUR", "HOLES", "HOLES"]
 
+    def test_shapes_that_overlap_are_one_contour_whose_arcs_are_arcs(self):
+        bar = {"type": "rectangle", "x": 0.0, "y": -0.005, "w": 0.06, "h": 0.01, "radius": 0.0}
+        boss = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
+        (part,) = opened(bar, boss).modelspace()
+        assert part.dxftype() == "LWPOLYLINE" and part.closed
+        assert polyline_area(part) * 1e-6 == pytest.approx(profile.area(sketch(bar, boss)))
+        arcs = [bulge for *_, bulge in part.get_points("xyb") if bulge]
+        assert math.fsum(4 * math.atan(b) for b in arcs) == pytest.approx(math.radians(300))
+
+    def test_contours_as_they_are_come_back_as_the_shapes(self):
+        pair = [{"type": "circle", "xc": 0.01 * k, "yc": 0.0, "r": 0.01} for k in range(2)]
+        back, notes = read(opened(*pair, own_contours=True))
+        assert (back, notes) == (pair, [])
+
+    def test_a_joined_hole_lies_on_the_layer_of_holes(self):
+        holes = [{"type": "circle", "xc": 0.01 * k, "yc": 0.0, "r": 0.01} for k in range(2)]
+        plate = {"type": "rectangle", "x": -0.1, "y": -0.1, "w": 0.2, "h": 0.2, "radius": 0.0}
+        outside, hole = opened(*holes, plate).modelspace()
+        assert (outside.dxf.layer, hole.dxf.layer) == ("CONTOUR", "HOLES")
+        assert polyline_area(hole) > 0
+
     def test_typed_lengths_are_written_as_they_were_typed(self):
         hole = {"type": "circle", "xc": 0.0123, "yc": -0.0001, "r": 0.0007}
-        text = text_of(hole, EVERY_KIND["polygon"])
+        text = text_of(hole, EVERY_KIND["polygon"], own_contours=True)
         assert "\n 10\n12.3\n 20\n-0.1\n" in text
         assert "\n 40\n0.7\n" in text
         assert "\n 10\n60.0\n 20\n20.0\n" in text
@@ -174,7 +195,7 @@ class TestRoundTrip:
 
     @every_unit
     def test_sizes_and_corners_come_back(self, unit):
-        back, _ = read(text_of(*EVERY_KIND.values(), unit=unit))
+        back, _ = read(text_of(*EVERY_KIND.values(), unit=unit, own_contours=True))
         assert [e["type"] for e in back] == [e["type"] for e in EVERY_KIND.values()]
         for one, other in zip(EVERY_KIND.values(), back):
             if "points" in one:
@@ -399,7 +420,7 @@ class TestReading:
                 assert len(read(text.replace("\n", end).encode(encoding))[0]) == 1
 
     def test_a_tick_stops_it_at_any_time(self):
-        text = text_of(*PLATE * 100)
+        text = text_of(*PLATE * 100, own_contours=True)
         told = []
         read(text, tick=told.append)
         assert told == sorted(told) and 0 <= told[0] and told[-1] <= 1

@@ -26,13 +26,27 @@ def test_the_suffix_says_the_kind_in_either_case(suffix, tmp_path):
     assert len(os.listdir(tmp_path)) == 2
 
 
+ACROSS = {**PLATE[0], "x": PLATE[0]["x"] + PLATE[0]["w"] / 2}
+
+
 @every_suffix
-def test_a_drawing_of_overlapping_shapes_comes_with_a_note(suffix, tmp_path):
-    across = {**PLATE[0], "x": PLATE[0]["x"] + PLATE[0]["w"] / 2}
-    assert export(document(*PLATE), tmp_path / f"part{suffix}") == []
-    notes = export(document(PLATE[0], across), tmp_path / f"joined{suffix}")
-    assert len(notes) == (1 if suffix == ".dxf" else 0)
-    assert all("overlap" in note for note in notes)
+def test_every_file_holds_the_profile(suffix, tmp_path):
+    assert export(document(PLATE[0], ACROSS), tmp_path / f"joined{suffix}") == []
+
+
+def test_contours_as_they_are_come_with_a_note_where_they_overlap(tmp_path):
+    path = tmp_path / "part.dxf"
+    assert export(document(*PLATE), path, own_contours=True) == []
+    (note,) = export(document(PLATE[0], ACROSS), path, own_contours=True)
+    assert "overlap" in note
+    assert len(import_(path).document.sketch["entities"]) == 2
+
+
+@pytest.mark.parametrize("suffix", [".svg", ".png"])
+def test_only_drawings_hold_contours_as_they_are(suffix, tmp_path):
+    with pytest.raises(ExchangeError, match=r"only \.dxf files"):
+        export(document(*PLATE), tmp_path / f"part{suffix}", own_contours=True)
+    assert os.listdir(tmp_path) == []
 
 
 @pytest.mark.parametrize(
@@ -126,7 +140,7 @@ from tandrel import exchange, profile
 for suffix in exchange.SUFFIXES:
     exchange.export(document(*PLATE), sys.argv[1] + suffix)
 imported = exchange.import_(sys.argv[1] + ".dxf")
-assert profile.contours(imported.document.sketch) == len(PLATE)
+assert len(profile.contours(imported.document.sketch)) == len(PLATE)
 assert not {"tkinter", "_tkinter"} & set(sys.modules)
 """
     environment = {k: v for k, v in os.environ.items() if k != "DISPLAY"}

@@ -22,11 +22,16 @@ def drawn(*shapes, unit="mm", name="part"):
     return ET.fromstring(svg.written(document(*shapes, name=name), unit, no_tick))
 
 
-def rings(root):
-    """The closed rings of the path, arcs divided, and the exact area of each."""
-    (path,) = root.findall("s:path", NAMES)
+def paths(root, group="*"):
+    """The paths of a group, or of all, in the order in which they are cut."""
+    return [p for g in root.findall("s:g", NAMES) if group in ("*", g.get("id")) for p in g]
+
+
+def rings(root, group="*"):
+    """The closed rings of the paths, arcs divided, and the exact area of each."""
     found = []
-    for command, numbers in re.findall(r"([MALZ])([^MALZ]*)", path.get("d")):
+    steps = " ".join(path.get("d") for path in paths(root, group))
+    for command, numbers in re.findall(r"([MALZ])([^MALZ]*)", steps):
         values = [float(number) for number in numbers.split()]
         if command == "M":
             ring, segments = [tuple(values)], 0.0
@@ -94,7 +99,7 @@ def test_arcs_are_arcs_and_v_runs_up(variant):
     (left, _), (_, top) = S.outline(entity).min(axis=0) * 1000, S.outline(entity).max(axis=0) * 1000
     known = Polygon([(u * 1000 - left, top - v * 1000) for u, v in S.outline(entity)])
     assert polygon.symmetric_difference(known).area <= 5e-3 * known.area
-    assert ("A" in root.find("s:path", NAMES).get("d")) == (variant.arcs > 0)
+    assert ("A" in paths(root)[0].get("d")) == (variant.arcs > 0)
 
 
 @settings(max_examples=60)
@@ -108,18 +113,30 @@ def test_any_shape_keeps_its_area_and_size(entity):
     assert float(root.get("height")[:-2]) / 1000 == pytest.approx(high - low, rel=1e-9)
 
 
-def test_one_path_is_filled_where_there_is_material():
-    root = drawn(*PLATE)
-    assert root.find("s:path", NAMES).get("fill-rule") == "evenodd"
-    assert area(root) * 1e-6 == pytest.approx(profile.area(sketch(*PLATE)), rel=1e-4)
+@pytest.mark.parametrize("unit", MILLIMETRES)
+def test_each_contour_is_a_path_to_be_cut_along_a_hairline(unit):
+    root = drawn(*PLATE, unit=unit)
+    assert [len(rings(root, group)) for group in ("holes", "outsides")] == [3, 2]
+    assert len(paths(root)) == len(rings(root)) == 5
+    groups = root.findall("s:g", NAMES)
+    assert [group.get("id") for group in groups] == ["holes", "outsides"], "holes are cut first"
+    assert len({group.get("stroke") for group in groups}) == 2
+    for group in groups:
+        assert group.get("fill") == "none"
+        assert float(group.get("stroke-width")) * MILLIMETRES[unit] == pytest.approx(0.0254)
+    assert area(root) * MILLIMETRES[unit] ** 2 * 1e-6 == pytest.approx(
+        profile.area(sketch(*PLATE)), rel=1e-4
+    )
 
 
 def test_shapes_that_overlap_are_drawn_as_they_are_cut():
     pair = [{"type": "circle", "xc": 0.03 * k, "yc": 0.0, "r": 0.02} for k in range(2)]
     hole = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.005}
     root = drawn(*pair, hole)
-    assert len(rings(root)) == 2
+    assert [len(rings(root, group)) for group in ("holes", "outsides")] == [1, 1]
     assert area(root) * 1e-6 == pytest.approx(profile.area(sketch(*pair, hole)), rel=1e-4)
+    (outside,) = paths(root, "outsides")
+    assert "L" not in outside.get("d"), "arcs are arcs"
 
 
 @pytest.mark.parametrize("name", ["<&>\"'", "Größe 法兰", "a\x00\x07b\ud800c\ufffe", ""])

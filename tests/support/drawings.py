@@ -9,13 +9,13 @@ from tandrel.progress import no_tick
 from .shapes import document
 
 
-def text_of(*shapes, unit="mm", **placing):
-    return dxf.written(document(*shapes, **placing), unit, no_tick).decode()
+def text_of(*shapes, unit="mm", own_contours=False, **placing):
+    return dxf.written(document(*shapes, **placing), unit, no_tick, own_contours).decode()
 
 
-def opened(*shapes, unit="mm", **placing):
+def opened(*shapes, **options):
     """A written drawing, as another program sees it."""
-    return ezdxf.read(io.StringIO(text_of(*shapes, unit=unit, **placing)))
+    return ezdxf.read(io.StringIO(text_of(*shapes, **options)))
 
 
 def read(drawing, unit=None, tick=no_tick):

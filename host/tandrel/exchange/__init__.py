@@ -15,15 +15,22 @@ from tandrel.storage import Document
 from tandrel.units import SYSTEMS
 
 # Each kind has a module of its name beside this one: the libraries behind them load when needed.
+DRAWING = ".dxf"
 SUFFIXES = {
-    ".dxf": N_("Drawing exchange (DXF)"),
+    DRAWING: N_("Drawing exchange (DXF)"),
     ".svg": N_("Scalable drawing (SVG)"),
     ".png": N_("Picture (PNG)"),
 }
 
 
 class ExchangeError(Exception):
-    """What can't be exported or imported; its text says why, in the user's language."""
+    """What can't be exported or imported.
+
+    Its arguments say why, in the user's language; its text is all of them.
+    """
+
+    def __str__(self) -> str:
+        return "; ".join(map(str, self.args))
 
 
 class UnitsMissing(ExchangeError):
@@ -39,12 +46,16 @@ class Imported:
 
 
 def export(
-    document: Document, path: str | os.PathLike[str], unit: str = "mm", tick: Tick = no_tick
+    document: Document,
+    path: str | os.PathLike[str],
+    unit: str = "mm",
+    tick: Tick = no_tick,
+    own_contours: bool = False,
 ) -> list[str]:
     """Write a document's profile to a file, of the kind that the file's name says.
 
-    The answer is what the user should know of the file. A drawing keeps the shapes of the sketch,
-    so that it comes back as it was; a picture shows what overlapping shapes make together.
+    With ``own_contours`` a drawing has the contour of each shape as it is, whatever it overlaps, so
+    that the sketch comes back as it was. The answer is what the user should know of the file.
     ExchangeError, or whatever the tick raises, leaves the file, or its absence, as it was.
     """
     suffix = Path(path).suffix.lower()
@@ -52,12 +63,16 @@ def export(
         text = tr("{suffix} is no kind of file to export to; there are {kinds}")
         given = suffix or Path(path).name
         raise ExchangeError(text.format(suffix=given, kinds=", ".join(SUFFIXES)))
+    if own_contours and suffix != DRAWING:
+        text = tr("only {kinds} files can hold the contours of the shapes as they are")
+        raise ExchangeError(text.format(kinds=DRAWING))
     _known(unit)
     problems = S.check(document.sketch)
     if problems:
-        raise ExchangeError("; ".join(problems))
-    data = import_module(f"{__name__}{suffix}").written(document, unit, tick)
-    notes = _notes(document, suffix, lambda done: tick(1.0))
+        raise ExchangeError(*problems)
+    how = {"own_contours": True} if own_contours else {}
+    data = import_module(f"{__name__}{suffix}").written(document, unit, tick, **how)
+    notes = _notes(document, lambda done: tick(1.0)) if own_contours else []
     try:
         files.replace(path, data)
     except (OSError, ValueError) as error:
@@ -65,10 +80,10 @@ def export(
     return notes
 
 
-def _notes(document: Document, suffix: str, tick: Tick) -> list[str]:
-    if suffix != ".dxf" or profile.has_own_contours(document.sketch, tick):
+def _notes(document: Document, tick: Tick) -> list[str]:
+    if profile.has_own_contours(document.sketch, tick):
         return []
-    return [tr("Shapes that overlap are separate contours in it: join them to cut it.")]
+    return [tr("Shapes that overlap are separate contours in it: they can't be cut as they are.")]
 
 
 def import_(

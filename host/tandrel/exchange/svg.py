@@ -1,29 +1,29 @@
-"""SVG drawings of the profile in its true size: one path, filled where there is material."""
+"""SVG drawings of the profile in its true size, to be cut: a hairline for each contour.
+
+Holes and outsides are groups of their own, in colours of their own. Holes come first, as they must
+be cut while the part still hangs in its plate.
+"""
 
 from __future__ import annotations
 
 import re
 import xml.etree.ElementTree as ET
-from typing import Any, Dict, Iterator, List, Sequence
+from typing import Iterator, Sequence
 
 from tandrel import profile
-from tandrel._shapes import contour
 from tandrel.geometry.edges import Edge
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS
 
-_FILL = "#33566f"
-_SMOOTH = 1e-5  # how far a divided arc may be off, as a part of the drawing's size
+_HAIRLINE = 0.0000254  # metres; cutters that tell cuts from pictures by their width take no more
+_COLOURS = {"holes": "#0000ff", "outsides": "#ff0000"}
 _DIGITS = 12  # of a coordinate; SVG readers that keep fewer round it themselves
 _NOT_XML = re.compile(r"[^\t\n\r\x20-\ud7ff\ue000-\ufffd\U00010000-\U0010ffff]")
 
 
 def written(document: Document, unit: str, tick: Tick) -> bytes:
-    """A drawing as large as the part. Its lengths are given in the unit, or in mm for metres.
-
-    Arcs are exact where no shapes overlap.
-    """
+    """A drawing as large as the part. Its lengths are given in the unit, or in mm for metres."""
     unit = unit if unit != "m" else "mm"  # SVG knows no metres
     metres = float(SYSTEMS[unit].metres)
     left, low, right, high = profile.box(document.sketch)
@@ -52,26 +52,18 @@ def written(document: Document, unit: str, tick: Tick) -> bytes:
         viewBox=f"0 0 {width} {height}",
     )
     ET.SubElement(root, "title").text = _NOT_XML.sub("", document.name)
-    loops = list(_loops(document.sketch, tick))
-    steps: List[str] = []
-    for k, loop in enumerate(loops):
-        tick(k / len(loops))
-        steps += path(loop)
-    ET.SubElement(root, "path", {"fill": _FILL, "fill-rule": "evenodd", "d": " ".join(steps)})
+    contours = profile.contours(document.sketch, lambda done: tick(done / 2))
+    look = {"fill": "none", "stroke-width": _number(_HAIRLINE / metres)}
+    groups = [
+        ET.SubElement(root, "g", {"id": name, "stroke": colour, **look})
+        for name, colour in _COLOURS.items()
+    ]
+    for k, contour in enumerate(contours):
+        tick((1 + k / len(contours)) / 2)
+        group = groups[0 if contour.is_hole else 1]
+        ET.SubElement(group, "path", {"d": " ".join(path(contour.edges))})
     ET.indent(root)
     return ET.tostring(root, encoding="utf-8", xml_declaration=True) + b"\n"
-
-
-def _loops(sketch: Dict[str, Any], tick: Tick) -> Iterator[List[Edge]]:
-    """The contours of the profile. Each lies inside, or outside, the whole of any other."""
-    if profile.has_own_contours(sketch, tick):
-        yield from map(contour, sketch["entities"])
-        return
-    left, low, right, high = profile.box(sketch)
-    region = profile.fine_region(sketch, tick).simplify(_SMOOTH * max(right - left, high - low))
-    for piece in profile.polygons(region):
-        for ring in (piece.exterior, *piece.interiors):
-            yield [Edge(start, end) for start, end in zip(ring.coords, ring.coords[1:])]
 
 
 def _number(value: float) -> str:

@@ -54,12 +54,12 @@ def box(loop: Loop) -> Box:
     points = [edge.start for edge in loop]
     for edge in loop:
         if edge.bulge:
-            points += _turning_points(edge)
+            points += turning_points(edge)
     us, vs = zip(*points)
     return min(us), min(vs), max(us), max(vs)
 
 
-def _turning_points(arc: Edge) -> Iterator[Point]:
+def turning_points(arc: Edge) -> Iterator[Point]:
     """Where an arc runs along an axis."""
     (u, v), radius = arc.centre, arc.radius
     first = math.degrees(math.atan2(arc.start[1] - v, arc.start[0] - u))

@@ -5,15 +5,16 @@ from __future__ import annotations
 import io
 from contextlib import contextmanager
 from decimal import Decimal
-from typing import Any, Iterator
+from typing import Any, Dict, Iterator, NamedTuple
 
 import ezdxf
 
+from tandrel import profile
 from tandrel import sketch as S
 from tandrel._shapes import drawn
 from tandrel.exchange.dxf.placing import noted
 from tandrel.exchange.dxf.units import CODES
-from tandrel.geometry.loops import box, is_circle, joined
+from tandrel.geometry.loops import Loop, box, is_circle, joined
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS
@@ -22,11 +23,18 @@ CONTOURS, HOLES = "CONTOUR", "HOLES"
 _COLOURS = {CONTOURS: 7, HOLES: 5}  # the drawing program's foreground; blue
 
 
-def written(document: Document, unit: str, tick: Tick) -> bytes:
-    """A drawing with the contours of a sketch, which S.check must have passed.
+class _Outline(NamedTuple):
+    """A contour to be written, counter-clockwise; a circle as the loop that it was drawn as."""
 
-    Circles are circles, everything else is a closed polyline with exact arcs. The same sketch
-    always makes the same bytes.
+    loop: Loop
+    is_hole: bool
+
+
+def written(document: Document, unit: str, tick: Tick, own_contours: bool = False) -> bytes:
+    """A drawing of the profile of a sketch, or of the contours of its shapes as they are.
+
+    S.check must have passed the sketch. Circles are circles, everything else is a closed polyline
+    with exact arcs. The same sketch always makes the same bytes.
     """
     sketch = document.sketch
     with _reproducible():
@@ -41,13 +49,13 @@ def written(document: Document, unit: str, tick: Tick) -> bytes:
         def shown(length: float) -> float:
             return float(Decimal(repr(float(length))) / metres)
 
-        entities, boxes = sketch["entities"], []
-        for k, (entity, depth) in enumerate(zip(entities, S.depths(sketch))):
-            tick(k / len(entities))
-            loop = drawn(entity).loop
-            edges = joined(loop)
+        boxes = []
+        outlines = [*(_shapes if own_contours else _profile)(sketch, lambda done: tick(done / 2))]
+        for k, (loop, is_hole) in enumerate(outlines):
+            tick((1 + k / len(outlines)) / 2)
+            edges = joined(loop) if is_circle(loop) else loop
             boxes.append(box(edges))
-            where = {"layer": HOLES if depth % 2 else CONTOURS}
+            where = {"layer": HOLES if is_hole else CONTOURS}
             if is_circle(loop):
                 centre = shown(loop[0].centre[0]), shown(loop[0].centre[1])
                 space.add_circle(centre, shown(loop[0].radius), dxfattribs=where)
@@ -65,6 +73,24 @@ def written(document: Document, unit: str, tick: Tick) -> bytes:
         text = io.StringIO()
         drawing.write(text)
     return bytes(drawing.encode(text.getvalue()))
+
+
+def _profile(sketch: Dict[str, Any], tick: Tick) -> Iterator[_Outline]:
+    for edges, area, own in profile.contours(sketch, tick):
+        if own is not None:
+            yield _Outline(own if is_circle(own) else joined(own), area < 0)
+        elif area < 0:
+            yield _Outline([edge.reversed() for edge in reversed(edges)], True)
+        else:
+            yield _Outline(edges, False)
+
+
+def _shapes(sketch: Dict[str, Any], tick: Tick) -> Iterator[_Outline]:
+    entities = sketch["entities"]
+    for k, (entity, depth) in enumerate(zip(entities, S.depths(sketch))):
+        tick(k / len(entities))
+        loop = drawn(entity).loop
+        yield _Outline(loop if is_circle(loop) else joined(loop), depth % 2 == 1)
 
 
 @contextmanager
