@@ -8,7 +8,7 @@ import shutil
 import stat
 import tempfile
 from contextlib import suppress
-from typing import Optional
+from typing import Optional, Tuple
 
 from tandrel.gui.i18n import N_, tr
 
@@ -37,6 +37,15 @@ def contents(path: str | os.PathLike[str]) -> bytes:
     if len(data) > LARGEST:
         raise _refusal(errno.EFBIG, N_("the file is too large"))
     return data
+
+
+def stamp(path: str | os.PathLike[str]) -> Optional[Tuple[int, int, int]]:
+    """What changes with each writing of a file; None where there is nothing."""
+    try:
+        found = os.stat(path)
+    except (OSError, ValueError):
+        return None
+    return found.st_mtime_ns, found.st_size, found.st_ino
 
 
 def replace(path: str | os.PathLike[str], data: bytes, keep_previous: bool = False) -> None:

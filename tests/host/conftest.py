@@ -7,11 +7,13 @@ import subprocess
 from contextlib import ExitStack
 from functools import lru_cache
 from pathlib import Path
+from tkinter import filedialog
 
 import pytest
 import tandrel.gui
 from harness.display import x_server
-from support.application import shown
+from harness.user import play
+from support.application import Person, shown
 from support.roots import close_root, open_root
 from tandrel.application import progress
 from tandrel.application.recovery import Recovery
@@ -105,3 +107,32 @@ def start(request, catalogues):
         return started
 
     return open_window
+
+
+@pytest.fixture
+def picks(monkeypatch):
+    """picks(path): what the user picks in the file dialogs to come; gives what they are asked."""
+
+    def pick(path):
+        asked = []
+        for name in ("askopenfilename", "asksaveasfilename"):
+            monkeypatch.setattr(
+                filedialog, name, lambda **options: asked.append(options) or os.fspath(path)
+            )
+        return asked
+
+    return pick
+
+
+@pytest.fixture
+def acted(managed_display, start, tmp_path):
+    """acted(script, path): plays script(person) at the application until it ends."""
+
+    def act(script, path=None):
+        root = open_root(managed_display)
+        app = start(path, root=root)
+        person = Person(app, managed_display)
+        play(root, script(app, person), tmp_path / "failure.png")
+        return app
+
+    return act

@@ -102,7 +102,7 @@ def test_translations_begin_and_end_as_the_texts_do(language):
 @pytest.mark.parametrize("language", ["en", *LANGUAGES])
 def test_letters_that_open_menus_differ(catalogues, language):
     i18n.set_language(language)
-    submenus = [tr(SUBMENUS[name]) for name in BAR["view"][1]]
+    submenus = [tr(SUBMENUS[name]) for name in BAR["view"][1] if name in SUBMENUS]
     for labels in ([tr(label) for label, _ in BAR.values()], submenus):
         letters = [label[0].lower() for label in labels]
         assert len(set(letters)) == len(letters) > 1

@@ -37,12 +37,13 @@ def test_the_menus_hold_what_people_look_for(start, part):
             "Save",
             "Save as…",
             "Export…",
+            "Export contours as they are…",
             "",
             "Quit",
         ]
     ]
     assert labels(app.menus["edit"]) == ["Undo", "Redo", "", "Edit sketch…"]
-    assert labels(app.menus["view"]) == ["Units", "Language", "Colours"]
+    assert labels(app.menus["view"]) == ["Units", "Language", "Colours", "", "Fit"]
 
 
 @pytest.mark.parametrize("operation", ENTRIES)

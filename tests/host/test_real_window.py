@@ -1,72 +1,12 @@
 """Whole paths by keyboard and pointer, in a window that a window manager placed."""
 
-import os
 import re
 
-import pytest
-from harness.user import User, handle, play, until
-from support.application import accept_bore, dialogs
-from support.roots import open_root
+from harness.user import until
+from support.application import dialogs
 from tandrel import storage
 from tandrel.application.settings import Settings
 from tandrel.gui import i18n, theme, widgets
-
-
-class Person(User):
-    """A user at the application: what they see is awaited before they go on."""
-
-    def __init__(self, app, display_name):
-        super().__init__(app.root, display_name)
-        self.app = app
-
-    def menu(self, letter, *keys):
-        """Open a menu by Alt and its letter and go through it by keys."""
-        yield from self.focused(self.root)
-        self.key(f"alt+{letter}")
-        yield until(lambda: self.root.tk.call("grab", "current"), "the menu")
-        self.key(*keys)
-
-    def type_path(self, path):
-        """Type a path into Tk's own file dialog."""
-        shown = "expr {[focus] ne {} && [string match *__tk_filedialog* [focus]]}"
-        yield until(lambda: self.root.tk.eval(shown) == "1", "the file dialog")
-        entry = handle(self.root, ".__tk_filedialog.contents.f2.ent")
-        yield from self.fill_in(entry, os.fspath(path))
-        self.key("Return")
-
-    def asked(self):
-        yield until(lambda: dialogs(self.root), "a question")
-        (question,) = dialogs(self.root)
-        first = next(iter(question.buttons.values()))
-        yield until(lambda: question.focus_get() is first, "the keys to reach the question")
-
-    def change_the_bore(self):
-        yield from self.focused(self.root)
-        # The button has the focus when the window opens.
-        self.key("space")
-        yield until(self._editors, "the editor")
-        (editor,) = self._editors()
-        yield until(lambda: editor.grab_current() is editor, "the editor to be modal")
-        accept_bore(editor)
-        yield until(lambda: not self._editors() and self.app.session.dirty, "the edit")
-        yield from self.focused(self.root)
-
-    def _editors(self):
-        return [w for w in self.root.winfo_children() if hasattr(w, "sk") and w.winfo_viewable()]
-
-
-@pytest.fixture
-def acted(managed_display, start, tmp_path):
-    """acted(script, path): plays script(person) at the application until it ends."""
-
-    def act(script, path=None):
-        root = open_root(managed_display)
-        app = start(path, root=root)
-        person = Person(app, managed_display)
-        play(root, script(app, person), tmp_path / "failure.png")
-        return app
-
-    return act
 
 
 def test_a_part_is_opened_changed_and_saved_without_a_mouse(acted, part):

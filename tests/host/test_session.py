@@ -4,6 +4,8 @@ import copy
 import itertools
 import math
 import os
+import shutil
+from datetime import datetime, timedelta
 from pathlib import Path
 
 import pytest
@@ -63,16 +65,25 @@ def test_a_new_document_is_empty_clean_and_has_no_file(session, recovery):
     assert records(recovery) == [] and not recovery.folder.exists()
 
 
-def test_it_gets_its_name_from_its_file_once(session, tmp_path):
+def test_another_file_gives_it_its_name(session, tmp_path):
     session.accept(drawn(1.0))
     session.save_as(tmp_path / "bracket.v2.json")
     assert (session.document.name, session.dirty) == ("bracket.v2", False)
     assert session.path == str(tmp_path / "bracket.v2.json")
     session.save_as(str(tmp_path / "other.json"))
-    assert session.document.name == "bracket.v2"
+    assert session.document.name == "other"
     assert storage.read(tmp_path / "other.json") == session.document
     session.undo()
-    assert session.document == Document("bracket.v2", sketch.new())
+    assert session.document == Document("other", sketch.new())
+
+
+def test_saving_to_its_own_file_keeps_its_name(session, tmp_path, monkeypatch):
+    path = shutil.copy(FLANGE, tmp_path)
+    session.open(path)
+    session.accept(drawn(1.0))
+    monkeypatch.chdir(tmp_path)
+    session.save_as("flange.json")
+    assert session.document.name == "Mounting flange"
 
 
 def test_bytes_that_are_no_text_make_a_readable_name(session, tmp_path):
@@ -119,7 +130,7 @@ def test_an_adopted_document_is_dirty_until_it_is_saved(session, recovery, tmp_p
     session.undo()
     assert session.dirty
     session.save_as(tmp_path / "part.json")
-    assert not session.dirty and session.document.name == "import"
+    assert not session.dirty and session.document.name == "part"
     session.redo()
     assert session.dirty
 
@@ -130,6 +141,29 @@ def test_recovered_work_can_go_back_to_its_file(session, tmp_path):
     assert session.dirty and session.path == path
     session.save()
     assert storage.read(path) == session.document and not session.dirty
+
+
+def test_it_knows_whether_somebody_else_has_written_its_file(session, tmp_path):
+    path = Path(shutil.copy(FLANGE, tmp_path))
+    assert not session.changed_elsewhere
+    session.open(path)
+    assert not session.changed_elsewhere
+    path.write_bytes(path.read_bytes())
+    assert session.changed_elsewhere
+    session.save()
+    assert not session.changed_elsewhere
+    path.unlink()
+    assert not session.changed_elsewhere, "there is nothing to lose"
+
+
+def test_recovered_work_knows_whether_its_file_is_still_the_one_that_it_began_with(
+    session, tmp_path
+):
+    path = Path(shutil.copy(FLANGE, tmp_path))
+    for hours, is_changed in ((-1, True), (1, False)):
+        kept_at = datetime.now() + timedelta(hours=hours)
+        session.adopt(Document("part", drawn(1.0)), str(path), kept_at)
+        assert session.changed_elsewhere == is_changed
 
 
 def test_the_saved_state_is_gone_with_what_could_be_redone(session, tmp_path):

@@ -23,8 +23,8 @@ def test_the_window_shows_name_measures_and_profile(start, part):
     assert app.root.title() == "Mounting flange – tandrel"
     assert app.message.cget("text") == str(part)
     assert texts(app) == ["140 mm", "100 mm"]
-    holes = 6 * [PAL["panel"]]
-    assert fills(app) == [PAL["accent_soft"], *holes, PAL["accent_soft"], PAL["panel"]]
+    soft, hole = PAL["accent_soft"], PAL["panel"]
+    assert fills(app) == [soft, hole, soft, *6 * [hole]], "what lies inside lies over the rest"
 
 
 def outlines(app):
@@ -137,8 +137,9 @@ def test_a_long_name_stays_on_one_line_within_the_window(start, tmp_path):
     text = app.name.cget("text")
     assert "\n" not in text and len(text) <= 60
     assert app.root.winfo_width() >= app.name.winfo_reqwidth()
-    app.tell("x" * 5000)
-    settle(app.root, lambda: app.message.winfo_height() >= app.message.winfo_reqheight())
+    app.tell("x" * 5000, ["y" * 5000])
+    settle(app.root, lambda: app.message.winfo_height() >= app.message.winfo_reqheight() > 100)
+    assert app.message.cget("text") == "x" * 5000 + "\n• " + "y" * 5000
     assert app.edit_button.winfo_viewable()
     assert app.view.winfo_height() > 150
 
@@ -292,7 +293,7 @@ def stop(*_):
 def test_stopping_the_drawing_keeps_the_edit(start, part, monkeypatch):
     app = start(part)
     with monkeypatch.context() as patch:
-        patch.setattr(profile, "region", stop)
+        patch.setattr(profile, "contours", stop)
         in_editor(app, accept_bore)
     assert app.session.document.sketch["entities"][1]["r"] == 0.033
     assert texts(app) == ["The profile isn't drawn: it was stopped."]
@@ -307,7 +308,7 @@ def test_stopping_a_step_back_leaves_everything_as_it_was(start, part, monkeypat
     for operation, possible in (("undo", "can_undo"), ("redo", "can_redo")):
         before, title = app.session.document.sketch, app.root.title()
         with monkeypatch.context() as patch:
-            patch.setattr(profile, "region", stop)
+            patch.setattr(profile, "contours", stop)
             app.perform(operation)
         assert app.session.document.sketch is before
         assert (getattr(app.session, possible), app.root.title()) == (True, title)
@@ -325,7 +326,8 @@ def test_an_error_reaches_the_user_and_whoever_listens(root, start, part):
     app.edit_button.event_generate("<<Invoke>>")
     assert [str(error) for error in root.errors] == ["the cause"]
     root.errors.clear()
-    assert app.message.cget("text") == "Something went wrong: the cause"
+    told = app.message.cget("text")
+    assert told.startswith("Something went wrong with Mounting flange: the cause\nSave your work")
     assert app.message.cget("style") == "Warning.TLabel"
     app.perform("undo")
     app.perform("change_units")

@@ -2,7 +2,6 @@
 
 import os
 import time
-from tkinter import filedialog
 
 import pytest
 from support.application import accept_bore, answering, choose, in_editor, labels, state
@@ -18,21 +17,6 @@ CIRCLE = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
 def radius(path):
     """The radius of the flange's bore in a file."""
     return storage.read(path).sketch["entities"][1]["r"]
-
-
-@pytest.fixture
-def picks(monkeypatch):
-    """picks(path): what the user picks in the file dialogs to come; gives what they are asked."""
-
-    def pick(path):
-        asked = []
-        for name in ("askopenfilename", "asksaveasfilename"):
-            monkeypatch.setattr(
-                filedialog, name, lambda **options: asked.append(options) or os.fspath(path)
-            )
-        return asked
-
-    return pick
 
 
 @pytest.fixture
@@ -117,7 +101,7 @@ def test_the_file_dialog_opens_a_part(start, part, picks):
     assert asked[0]["initialdir"] == str(part.parent)
 
 
-@pytest.mark.parametrize("step", ["read", "region"])
+@pytest.mark.parametrize("step", ["read", "contours"])
 def test_stopping_while_a_file_opens_leaves_everything(start, part, tmp_path, monkeypatch, step):
     other = tmp_path / "other.json"
     storage.write(other, storage.Document("Other", {"plane": "XY", "offset": 0.0, "entities": []}))
@@ -233,7 +217,9 @@ def test_a_sketch_isn_t_saved_under_a_drawing_s_name(changed, tmp_path, picks, s
 def test_an_edit_that_can_t_be_saved_is_kept(changed, part, full_disk):
     before = part.read_bytes()
     changed.perform("save")
-    assert changed.message.cget("text") == "Not saved: No space left on device"
+    told, advice = changed.message.cget("text").splitlines()
+    assert told == "flange.json isn't saved: No space left on device"
+    assert advice == "Your work is still here: try again, or choose another place."
     assert changed.message.cget("style") == "Warning.TLabel"
     assert changed.session.document.sketch["entities"][1]["r"] == 0.033
     assert part.read_bytes() == before
@@ -241,6 +227,42 @@ def test_an_edit_that_can_t_be_saved_is_kept(changed, part, full_disk):
     full_disk.undo()
     changed.perform("save")
     assert radius(part) == 0.033
+
+
+def written_by_another(part):
+    content = part.read_bytes().replace(b"0.031", b"0.029")
+    part.write_bytes(content)
+    return content
+
+
+@pytest.mark.parametrize("answer", ["other", "replace", "stay", None])
+def test_what_another_program_wrote_is_not_overwritten_without_asking(
+    changed, part, tmp_path, picks, answer
+):
+    content = written_by_another(part)
+    picks(tmp_path / "mine.json")
+    asked = answering(changed.root, answer)
+    changed.perform("save")
+    assert asked == ["flange.json was changed by another program. What becomes of that?"]
+    assert (part.read_bytes() == content) == (answer != "replace")
+    assert changed.session.dirty == (answer in ("stay", None))
+    mine = tmp_path / "mine.json"
+    assert (radius(mine) if mine.exists() else None) == (0.033 if answer == "other" else None)
+
+
+def test_what_was_written_here_is_overwritten_without_asking(changed, part):
+    changed.perform("save")
+    in_editor(changed, lambda editor: accept_bore(editor, "60"))
+    asked = answering(changed.root)
+    changed.perform("save")
+    assert (asked, radius(part)) == ([], 0.03)
+
+
+def test_saving_under_another_name_names_the_part(changed, tmp_path, picks):
+    picks(tmp_path / "cover.json")
+    changed.perform("save_as")
+    assert changed.name.cget("text") == "cover" == storage.read(tmp_path / "cover.json").name
+    assert changed.root.title() == "cover – tandrel"
 
 
 # Work that isn't saved.
@@ -410,6 +432,7 @@ def test_without_an_answer_on_units_nothing_changes(start, part, without_units):
     app.open(str(without_units))
     assert app.session.document is before
     assert app.root.title() == "Mounting flange – tandrel"
+    assert app.message.cget("text") == "ring.dxf isn't opened. Everything is as it was."
 
 
 def test_a_damaged_drawing_gives_a_message(start, part, tmp_path):
@@ -422,42 +445,24 @@ def test_a_damaged_drawing_gives_a_message(start, part, tmp_path):
     assert app.session.document is before
 
 
-@pytest.mark.parametrize("suffix", [".dxf", ".svg", ".png"])
-def test_a_profile_is_exported(start, part, tmp_path, picks, suffix):
+# What the window tells.
+
+
+def test_a_message_lasts_until_the_next_action(start, part, tmp_path):
     app = start(part)
-    target = tmp_path / f"out{suffix}"
-    asked = picks(target)
-    app.perform("export")
-    assert asked[0]["initialfile"] == "flange"
-    assert len(asked[0]["filetypes"]) == len(exchange.SUFFIXES)
-    assert target.stat().st_size > 100
-    assert app.message.cget("text") == f"Exported: {target}"
-    assert not app.session.dirty
-
-
-def test_the_drawing_has_the_units_of_the_moment(start, part, tmp_path, picks):
-    import ezdxf
-
-    app = start(part)
+    app.root.update()
+    assert app.message.cget("text") == str(part)
     choose(app.menus["units"], "Inches (in)")
-    target = tmp_path / "out.dxf"
-    picks(target)
-    app.perform("export")
-    assert ezdxf.readfile(target).header["$INSUNITS"] == 1
+    assert app.message.cget("text") == ""
 
 
-def test_an_export_that_fails_says_why(start, part, tmp_path, picks):
-    app = start(part)
-    for target, why in ((tmp_path / "no" / "out.dxf", ""), (tmp_path / "out.step", "")):
-        picks(target)
-        app.perform("export")
-        assert app.message.cget("text").startswith("Not exported: " + why)
-        assert not target.exists()
-
-
-def test_an_empty_sketch_has_nothing_to_export(start, picks):
-    app = start()
-    asked = picks("")
-    app.perform("export")
-    assert asked == []
-    assert state(app.menus["file"], "Export…") == "disabled"
+@pytest.mark.parametrize("rest", ["", "~"])
+def test_a_file_that_can_t_be_opened_leaves_a_way_out(start, part, rest):
+    part.with_name(f"flange.json{rest}").write_bytes(b"{")
+    part.write_bytes(b"{")
+    advice = start(part).message.cget("text").splitlines()[1]
+    assert advice == (
+        "flange.json~ beside it is the version before."
+        if rest
+        else "Choose another file with “Open…”."
+    )

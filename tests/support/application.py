@@ -1,5 +1,8 @@
 """A user at the application's window: what is shown, what is asked, what the editor gives back."""
 
+import os
+
+from harness.user import User, handle, until
 from tandrel.application.dialogs import Dialog, Question
 
 from .events import settle
@@ -91,3 +94,47 @@ def choose(menu, label):
 
 def shown(app):
     settle(app.root, lambda: app.view.winfo_width() > 100)
+
+
+class Person(User):
+    """A user at the application: what they see is awaited before they go on."""
+
+    def __init__(self, app, display_name):
+        super().__init__(app.root, display_name)
+        self.app = app
+
+    def menu(self, letter, *keys):
+        """Open a menu by Alt and its letter and go through it by keys."""
+        yield from self.focused(self.root)
+        self.move(0, 0)  # out of the way: where the pointer rests an opening menu lights up
+        self.key(f"alt+{letter}")
+        yield until(lambda: self.root.tk.call("grab", "current"), "the menu")
+        self.key(*keys)
+
+    def type_path(self, path):
+        """Type a path into Tk's own file dialog."""
+        shown = "expr {[focus] ne {} && [string match *__tk_filedialog* [focus]]}"
+        yield until(lambda: self.root.tk.eval(shown) == "1", "the file dialog")
+        entry = handle(self.root, ".__tk_filedialog.contents.f2.ent")
+        yield from self.fill_in(entry, os.fspath(path))
+        self.key("Return")
+
+    def asked(self):
+        yield until(lambda: dialogs(self.root), "a question")
+        (question,) = dialogs(self.root)
+        first = next(iter(question.buttons.values()))
+        yield until(lambda: question.focus_get() is first, "the keys to reach the question")
+
+    def change_the_bore(self):
+        yield from self.focused(self.root)
+        # The button has the focus when the window opens.
+        self.key("space")
+        yield until(self._editors, "the editor")
+        (editor,) = self._editors()
+        yield until(lambda: editor.grab_current() is editor, "the editor to be modal")
+        accept_bore(editor)
+        yield until(lambda: not self._editors() and self.app.session.dirty, "the edit")
+        yield from self.focused(self.root)
+
+    def _editors(self):
+        return [w for w in self.root.winfo_children() if hasattr(w, "sk") and w.winfo_viewable()]

@@ -33,6 +33,7 @@ BAR: Dict[str, Tuple[str, Tuple[Entry | str | None, ...]]] = {
             Entry("save", N_("Save"), "S"),
             Entry("save_as", N_("Save as…"), "Shift+S"),
             Entry("export", N_("Export…"), "E"),
+            Entry("export_contours", N_("Export contours as they are…")),
             SEPARATOR,
             Entry("quit", N_("Quit"), "Q"),
         ),
@@ -46,7 +47,7 @@ BAR: Dict[str, Tuple[str, Tuple[Entry | str | None, ...]]] = {
             Entry("edit", N_("Edit sketch…"), "D"),
         ),
     ),
-    "view": (N_("View"), ("units", "language", "palette")),
+    "view": (N_("View"), ("units", "language", "palette", SEPARATOR, Entry("fit", N_("Fit"), "0"))),
 }
 SUBMENUS = {
     "recent": N_("Open recent"),
@@ -133,7 +134,7 @@ def bind_keys(root: tk.Tk, perform: Perform) -> None:
     for operation, _, key in _KEYS + _MORE_KEYS:
         *shift, letter = key.split("+")
         for symbol in (letter.lower(), letter):
-            sequence = "-".join(["Control", *shift, symbol])
+            sequence = "-".join(["Control", *shift, "Key", symbol])
             root.bind(f"<{sequence}>", partial(_on_key, perform, operation))
 
 

@@ -4,15 +4,17 @@ from __future__ import annotations
 
 import os
 from dataclasses import replace
+from datetime import datetime
 from pathlib import Path
-from typing import Any, Dict, List, Optional
+from typing import Any, Dict, List, Optional, Tuple
 
-from tandrel import sketch, storage
+from tandrel import files, sketch, storage
 from tandrel.application.recovery import Recovery
 from tandrel.progress import Tick, no_tick
 from tandrel.storage import Document, SketchFileError
 
 Sketch = Dict[str, Any]
+Stamp = Tuple[int, int, int]
 
 
 class Session:
@@ -29,6 +31,7 @@ class Session:
     _history: List[Sketch]
     _position: int
     _saved: Optional[int]  # the position that the file holds
+    _stamp: Optional[Stamp]  # of the file when it was last read or written here
 
     def __init__(self, recovery: Optional[Recovery] = None) -> None:
         self._recovery = recovery
@@ -48,6 +51,12 @@ class Session:
     def can_redo(self) -> bool:
         return self._position < len(self._history) - 1
 
+    @property
+    def changed_elsewhere(self) -> bool:
+        """Whether the document's file isn't any more what it was when last read or written."""
+        found = None if self.path is None else files.stamp(self.path)
+        return found is not None and found != self._stamp
+
     def new(self) -> None:
         """Begin a new, empty document."""
         self._begin(Document("", sketch.new()), None)
@@ -57,18 +66,27 @@ class Session:
         """Go on with the document in a file."""
         self.opened(storage.read(path, tick), path)
 
-    def opened(self, document: Document, path: str | os.PathLike[str]) -> None:
-        """Go on with a document that was just read from a file."""
+    def opened(
+        self, document: Document, path: str | os.PathLike[str], stamp: Optional[Stamp] = None
+    ) -> None:
+        """Go on with a document that was just read from a file, with the file's stamp before."""
         self._begin(document, os.fspath(path))
+        self._stamp = stamp or files.stamp(path)
         self._autosave()
 
-    def adopt(self, document: Document, path: Optional[str] = None) -> None:
+    def adopt(
+        self, document: Document, path: Optional[str] = None, kept_at: Optional[datetime] = None
+    ) -> None:
         """Go on with a document that no file holds yet: an import, or recovered work.
 
-        Saving goes to ``path``, if there is one.
+        Saving goes to ``path``, if there is one. Its file is another one now where somebody wrote
+        it after the work was kept.
         """
         self._begin(document, path)
         self._saved = None
+        stamp = None if path is None else files.stamp(path)
+        if stamp and kept_at and stamp[0] <= kept_at.timestamp() * 1e9:
+            self._stamp = stamp
         self._autosave()
 
     def save(self) -> None:
@@ -78,12 +96,13 @@ class Session:
         self.save_as(self.path)
 
     def save_as(self, path: str | os.PathLike[str]) -> None:
-        """Write the document to a file and stay with it; a document without a name gets its."""
+        """Write the document to a file and stay with it; another file gives it its name."""
         document = self.document
-        if not document.name:
+        if not document.name or not self._is_at(path):
             document = replace(document, name=_name(path))
         storage.write(path, document)
         self.document, self.path, self._saved = document, os.fspath(path), self._position
+        self._stamp = files.stamp(path)
         self._autosave()
 
     def accept(self, edited: Sketch) -> bool:
@@ -110,12 +129,17 @@ class Session:
         if self._recovery is not None:
             self._recovery.drop()
 
+    def _is_at(self, path: str | os.PathLike[str]) -> bool:
+        """Whether a file is the document's own."""
+        return self.path is not None and os.path.abspath(self.path) == os.path.abspath(path)
+
     def _begin(self, document: Document, path: Optional[str]) -> None:
         self.document = document
         self.path = path
         self._history = [document.sketch]
         self._position = 0
         self._saved = 0
+        self._stamp = None
 
     def _go_to(self, position: int) -> bool:
         self._position = position

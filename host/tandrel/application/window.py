@@ -7,49 +7,34 @@ import re
 import tkinter as tk
 from collections.abc import Callable, Iterable
 from tkinter import filedialog, ttk
-from typing import Any, NamedTuple, Optional, cast
+from typing import Any, Optional, cast
 
 import numpy as np
-from shapely.geometry.base import BaseGeometry
 
-from tandrel import exchange, profile
+from tandrel import exchange, files
 from tandrel import sketch as S
 from tandrel import storage
-from tandrel.application import menus, progress
-from tandrel.application.dialogs import ask
+from tandrel.application import menus, progress, questions
 from tandrel.application.editor import Editor
+from tandrel.application.measuring import Measured, facts, measure
+from tandrel.application.messages import MessageArea, unopened
 from tandrel.application.recovery import Found
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
-from tandrel.exchange import ExchangeError, UnitsMissing
+from tandrel.exchange import ExchangeError, NotReady, UnitsMissing
 from tandrel.gui import i18n, theme
 from tandrel.gui.i18n import N_, tr
 from tandrel.gui.profile_view import ProfileView
 from tandrel.gui.widgets import SYSTEMS, px, set_units, units
-from tandrel.progress import Stopped, Tick, no_tick
+from tandrel.progress import Stopped, Tick
 from tandrel.storage import SketchFileError
 
 _EMPTY = N_("Nothing is drawn yet. Press “Edit sketch…” to draw the part, or open a file (Ctrl+O).")
-_LONGEST_NAME, _LONGEST_MESSAGE = 60, 240
+_STOPPED = N_("The profile isn't drawn: it was stopped.")
+_UNFIT = N_("None of the shapes can be drawn.")
+_MEND = N_("“Edit sketch…” lets you mend that.")
+_LONGEST_NAME = 60
 _SMALLEST = 560, 420
-
-
-class Measured(NamedTuple):
-    """What the window shows of a sketch. There is no region where computing it was stopped."""
-
-    region: Optional[BaseGeometry] = None
-    size: tuple[float, float] = (0.0, 0.0)
-    area: float = 0.0
-    contours: int = 0
-
-
-def measure(sketch: dict[str, Any], tick: Tick = no_tick) -> Measured:
-    region = profile.region(sketch, progress.span(tick, 0, 0.5))
-    if region.is_empty:
-        return Measured(region)
-    left, bottom, right, top = profile.box(sketch)
-    area = profile.area(sketch, progress.span(tick, 0.5, 1))
-    return Measured(region, (right - left, top - bottom), area, profile.contours(sketch))
 
 
 class App:
@@ -105,10 +90,10 @@ class App:
         outer.pack(fill="both", expand=True)
         self.name = ttk.Label(outer, style="Title.TLabel")
         self.name.pack(anchor="w")
-        facts = ttk.Frame(outer, style="Panel.TFrame")
-        facts.pack(fill="x", pady=(px(2), px(10)))
+        row = ttk.Frame(outer, style="Panel.TFrame")
+        row.pack(fill="x", pady=(px(2), px(10)))
         self.size, self.area, self.contours = (
-            ttk.Label(facts, style="Muted.TLabel") for _ in range(3)
+            ttk.Label(row, style="Muted.TLabel") for _ in range(3)
         )
         for label in (self.size, self.area, self.contours):
             label.pack(side="left", padx=(0, px(20)))
@@ -121,12 +106,11 @@ class App:
             command=lambda: self.perform("edit"),
         )
         self.edit_button.pack(side="right", padx=(px(12), 0))
-        self.message = ttk.Label(foot, style="Muted.TLabel")
-        self.message.pack(side="left", fill="x", expand=True)
-        # Less than the label's width by what its frame takes.
-        self.message.bind(
-            "<Configure>", lambda e: self.message.configure(wraplength=max(e.width - px(4), 1))
-        )
+        fit = ttk.Button(foot, text=tr("Fit"), command=lambda: self.perform("fit"))
+        fit.pack(side="right", padx=(px(12), 0))
+        self.messages = MessageArea(foot)
+        self.messages.pack(side="left", fill="x", expand=True)
+        self.message = self.messages.label
         self.view = ProfileView(outer)
         self.view.pack(fill="both", expand=True)
         self.edit_button.focus_set()
@@ -136,14 +120,9 @@ class App:
         """Show the document, in the units of the moment."""
         session, measured = self.session, self.measured
         is_empty = not session.document.sketch["entities"]
-        stopped = tr("The profile isn't drawn: it was stopped.")
-        self.view.show(measured.region, measured.size, tr(_EMPTY) if is_empty else stopped)
-        facts = ["", "", ""]
-        if measured.contours:
-            area = tr("Area {area}").format(area=units().fmt(measured.area, "area"))
-            contours = tr("Contours: {n}").format(n=measured.contours)
-            facts = [" × ".join(self.view.size_texts()), area, contours]
-        for label, text in zip((self.size, self.area, self.contours), facts):
+        instead = _EMPTY if is_empty else _STOPPED if measured.contours is None else _UNFIT
+        self.view.show(measured.contours or [], measured.size, tr(instead))
+        for label, text in zip((self.size, self.area, self.contours), facts(measured)):
             label.configure(text=text)
         name = self._title()
         self.name.configure(text=name)
@@ -151,12 +130,15 @@ class App:
         self.menus.enable("undo", session.can_undo)
         self.menus.enable("redo", session.can_redo)
         self.menus.enable("save", session.dirty or session.path is None)
-        self.menus.enable("export", not is_empty)
+        for operation in ("export", "export_contours"):
+            self.menus.enable(operation, not is_empty)
         self.menus.list_recent(self.settings.recent, self._open_recent)
 
-    def tell(self, text: str, warning: bool = False) -> None:
-        style = "Warning.TLabel" if warning else "Muted.TLabel"
-        self.message.configure(text=_short(text, _LONGEST_MESSAGE), style=style)
+    def tell(
+        self, text: str, notes: Iterable[str] = (), advice: str = "", warning: bool = False
+    ) -> None:
+        """Show a message until the next action, with a list of what there is to know of."""
+        self.messages.show(text, list(notes), advice, warning)
 
     def _title(self) -> str:
         return _short(self.session.document.name, _LONGEST_NAME) or tr("Untitled")
@@ -174,7 +156,12 @@ class App:
 
     def perform(self, operation: str) -> None:
         """Do what a menu, a key or a button asks for, unless something is being done."""
-        self._one_at_a_time(getattr(self, operation))
+        self._act(getattr(self, operation))
+
+    def _act(self, act: Callable[[], None]) -> None:
+        if not self._busy:
+            self.tell("")
+        self._one_at_a_time(act)
 
     def _one_at_a_time(self, act: Callable[[], None]) -> None:
         if self._busy:
@@ -193,7 +180,10 @@ class App:
         report = self.root.report_callback_exception
 
         def told(kind: Any, error: BaseException, trace: Any) -> None:
-            self.tell(tr("Something went wrong: {why}").format(why=error or kind.__name__), True)
+            text = tr("Something went wrong with {file}: {why}")
+            text = text.format(file=self._title(), why=error or kind.__name__)
+            advice = tr("Save your work under another name, then start the program again.")
+            self.tell(text, advice=advice, warning=True)
             report(kind, error, trace)
 
         self.root.report_callback_exception = told
@@ -206,8 +196,7 @@ class App:
     def new(self) -> None:
         if self.may_leave():
             self.session.new()
-            self._show(measure(self.session.document.sketch))
-            self.tell("")
+            self._begin(measure(self.session.document.sketch))
 
     def choose_file(self) -> None:
         self._choose((tr("Sketches and drawings"), (".json", ".dxf")), (tr("All files"), "*"))
@@ -227,27 +216,36 @@ class App:
             if self.may_leave():
                 self.open(path)
 
-        self._one_at_a_time(act)
+        self._act(act)
 
     def open(self, path: str) -> None:
         """Go on with the part in a file; where it can't be read, say so and keep what is shown."""
+        name = os.path.basename(path)
         try:
             notes = self._import(path) if _is_drawing(path) else self._open_sketch(path)
         except (SketchFileError, ExchangeError) as error:
-            if not os.path.exists(path) and path in self.settings.recent:
-                self.settings.recent.remove(path)
-                self.settings.save()
-            self.refresh()
-            text = tr("{file} can't be opened: {why}")
-            self.tell(text.format(file=os.path.basename(path), why=error), warning=True)
+            self._tell_unopened(path, error)
             return
         except Stopped:
             self.tell(tr("Stopped. Everything is as it was."))
             return
+        if notes is None:
+            self.tell(tr("{file} isn't opened. Everything is as it was.").format(file=name))
+            return
         self.settings.remember(path)
         self.settings.save()
         self.refresh()
-        self.tell(" ".join([os.path.abspath(path), *notes]), warning=bool(notes))
+        # What the editor would not let pass is left out of the profile, or cut twice.
+        unfit = [] if _is_drawing(path) else notes
+        self.tell(os.path.abspath(path), notes, tr(_MEND) if unfit else "", warning=bool(notes))
+
+    def _tell_unopened(self, path: str, error: Exception) -> None:
+        if not os.path.exists(path) and path in self.settings.recent:
+            self.settings.recent.remove(path)
+            self.settings.save()
+        self.refresh()
+        text, advice = unopened(path, error)
+        self.tell(text, advice=advice, warning=True)
 
     def _open_sketch(self, path: str) -> list[str]:
         def task(tick: Tick) -> tuple[storage.Document, Measured]:
@@ -255,13 +253,15 @@ class App:
             return document, measure(document.sketch, progress.span(tick, 0.5, 1))
 
         text = tr("Opening {file}…").format(file=os.path.basename(path))
+        stamp = files.stamp(path)
         document, measured = self._run(text, task)
-        self.session.opened(document, path)
-        self._show(measured)
-        # What the editor would not let pass is left out of the profile, or cut twice.
-        return S.check(document.sketch)[:1] if document.sketch["entities"] else []
+        self.session.opened(document, path, stamp)
+        self._begin(measured)
+        return S.check(document.sketch) if document.sketch["entities"] else []
 
-    def _import(self, path: str, unit: Optional[str] = None) -> list[str]:
+    def _import(self, path: str, unit: Optional[str] = None) -> Optional[list[str]]:
+        """What the user should know of the drawing; None where they don't tell its unit."""
+
         def task(tick: Tick) -> tuple[exchange.Imported, Measured]:
             imported = exchange.import_(path, unit, progress.span(tick, 0, 0.5))
             return imported, measure(imported.document.sketch, progress.span(tick, 0.5, 1))
@@ -270,22 +270,25 @@ class App:
         try:
             imported, measured = self._run(tr("Importing {file}…").format(file=name), task)
         except UnitsMissing:
-            question = tr("{file} doesn't say what unit its numbers have. Which one is it?")
-            labels = {unit: tr(menus.UNITS[unit]) for unit in SYSTEMS}
-            chosen = ask(self.root, question.format(file=name), labels)
-            if chosen is None:
-                raise Stopped from None
-            return self._import(path, chosen)
+            chosen = questions.unit(self.root, name)
+            return None if chosen is None else self._import(path, chosen)
         self.session.adopt(imported.document)
-        self._show(measured)
+        self._begin(measured)
         return list(imported.notes)
 
     def save(self) -> None:
         """Write the document to its file; a failure keeps it here, marked as unsaved."""
-        if self.session.path is None:
+        path = self.session.path
+        if path is None:
             self.save_as()
-        else:
-            self._save(self.session.path)
+            return
+        if self.session.changed_elsewhere:
+            answer = questions.changed_elsewhere(self.root, os.path.basename(path))
+            if answer == "other":
+                self.save_as()
+            if answer != "replace":
+                return
+        self._save(path)
 
     def save_as(self) -> None:
         path = filedialog.asksaveasfilename(
@@ -297,7 +300,8 @@ class App:
         if not path:
             return
         if os.path.splitext(path)[1].lower() in exchange.SUFFIXES:
-            self.tell(tr("Not saved: “Export…” makes files of this kind."), warning=True)
+            text = tr("{file} isn't saved: “Export…” makes files of this kind.")
+            self.tell(text.format(file=os.path.basename(path)), warning=True)
             return
         self._save(path)
 
@@ -305,7 +309,9 @@ class App:
         try:
             self.session.save_as(path)
         except SketchFileError as error:
-            self.tell(tr("Not saved: {why}").format(why=error), warning=True)
+            text = tr("{file} isn't saved: {why}").format(file=os.path.basename(path), why=error)
+            advice = tr("Your work is still here: try again, or choose another place.")
+            self.tell(text, advice=advice, warning=True)
             return
         self.settings.remember(path)
         self.settings.save()
@@ -314,24 +320,41 @@ class App:
 
     def export(self) -> None:
         """Write the profile in another program's format, in the units of the moment."""
+        self._export(exchange.SUFFIXES)
+
+    def export_contours(self) -> None:
+        """Write a drawing with the shapes' own contours, whatever they overlap."""
+        self._export([exchange.DRAWING], own_contours=True)
+
+    def _export(self, suffixes: Iterable[str], own_contours: bool = False) -> None:
         if not self.session.document.sketch["entities"]:
             return
-        kinds = [(tr(label), suffix) for suffix, label in exchange.SUFFIXES.items()]
+        kinds = [(tr(exchange.SUFFIXES[suffix]), suffix) for suffix in suffixes]
         stem = os.path.splitext(os.path.basename(self.session.path or self._title()))[0]
         path = filedialog.asksaveasfilename(
             parent=self.root, filetypes=kinds, initialdir=self._folder(), initialfile=stem
         )
         if not path:
             return
-        text = tr("Exporting {file}…").format(file=os.path.basename(path))
+        name = os.path.basename(path)
         document, unit = self.session.document, units().name
+
+        def task(tick: Tick) -> list[str]:
+            return exchange.export(document, path, unit, tick, own_contours)
+
         try:
-            notes = self._run(text, lambda tick: exchange.export(document, path, unit, tick))
+            notes = self._run(tr("Exporting {file}…").format(file=name), task)
         except ExchangeError as error:
-            self.tell(tr("Not exported: {why}").format(why=error), warning=True)
+            advice = _MEND if isinstance(error, NotReady) else N_("Choose another name or place.")
+            if len(error.args) > 1:
+                text = tr("{file} isn't exported:").format(file=name)
+                self.tell(text, error.args, tr(advice), warning=True)
+            else:
+                text = tr("{file} isn't exported: {why}").format(file=name, why=error)
+                self.tell(text, advice=tr(advice), warning=True)
         else:
             done = tr("Exported: {file}").format(file=os.path.abspath(path))
-            self.tell(" ".join([done, *notes]), warning=bool(notes))
+            self.tell(done, notes, warning=bool(notes))
 
     def _folder(self) -> Optional[str]:
         """Where the user's files are: where the part lies, or the last one did."""
@@ -360,9 +383,10 @@ class App:
         except Stopped:
             # Work is worth more than its picture.
             self._show(Measured())
-        failed = self.session.autosave_failed
-        text = tr("Not kept for a crash: {why}").format(why=failed) if failed else ""
-        self.tell(text, warning=bool(failed))
+        if self.session.autosave_failed:
+            text = tr("{file} isn't kept for a crash: {why}")
+            text = text.format(file=self._title(), why=self.session.autosave_failed)
+            self.tell(text, advice=tr("Save it now."), warning=True)
 
     def undo(self) -> None:
         self._step(self.session.undo, self.session.redo)
@@ -377,7 +401,6 @@ class App:
             except Stopped:
                 back()
                 raise
-            self.tell("")
 
     def _show(self, measured: Optional[Measured] = None) -> None:
         """Show the document as it is now; measure it, unless that is done."""
@@ -388,15 +411,21 @@ class App:
         self.measured = cast(Measured, measured)
         self.refresh()
 
+    def _begin(self, measured: Measured) -> None:
+        """Show another document, all of it."""
+        self._show(measured)
+        self.view.fit()
+
+    def fit(self) -> None:
+        self.view.fit()
+
     # Leaving and coming back.
 
     def may_leave(self) -> bool:
         """Ask what becomes of unsaved work; False when the user wants to stay."""
         if not self.session.dirty:
             return True
-        question = tr("Save the changes to {name}?").format(name=self._title())
-        answers = {"save": tr("Save"), "leave": tr("Don't save"), "stay": tr("Cancel")}
-        answer = ask(self.root, question, answers)
+        answer = questions.unsaved(self.root, self._title())
         if answer == "save":
             self.save()
             return not self.session.dirty
@@ -413,27 +442,20 @@ class App:
         """Offer what a program that ended unexpectedly has left, until one is taken up."""
         for work in found:
             name = _short(work.document.name, _LONGEST_NAME) or tr("Untitled")
-            question = tr("{name} has unsaved changes of {when}. Go on with them?")
-            when = f"{work.saved_at:%Y-%m-%d %H:%M}"
-            answers = {"take": tr("Recover"), "later": tr("Ask later"), "drop": tr("Discard")}
-            answer = ask(self.root, question.format(name=name, when=when), answers)
+            answer = questions.recovered(self.root, name, work)
             if answer == "take" and self.may_leave():
                 self._recover(work)
                 return
-            if answer == "drop" and self._is_sure(name):
+            if answer == "drop" and questions.discarded(self.root, name):
                 work.discard()
-
-    def _is_sure(self, name: str) -> bool:
-        question = tr("Discard the unsaved changes to {name} for good?").format(name=name)
-        return ask(self.root, question, {"keep": tr("Keep"), "drop": tr("Discard")}) == "drop"
 
     def _recover(self, work: Found) -> None:
         sketch = work.document.sketch
         measured = self._run(tr("Drawing the profile…"), lambda tick: measure(sketch, tick))
-        self.session.adopt(work.document, work.path)
+        self.session.adopt(work.document, work.path, work.saved_at)
         if not self.session.autosave_failed:
             work.discard()
-        self._show(measured)
+        self._begin(measured)
         self.tell(tr("Recovered. Save it to keep it."))
 
     # What the user chooses once and finds again.

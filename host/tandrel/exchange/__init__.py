@@ -33,6 +33,10 @@ class ExchangeError(Exception):
         return "; ".join(map(str, self.args))
 
 
+class NotReady(ExchangeError):
+    """A sketch that S.check doesn't pass; its arguments are what must be put right."""
+
+
 class UnitsMissing(ExchangeError):
     """A drawing doesn't say what its lengths are measured in; whoever knows may ask again."""
 
@@ -69,7 +73,7 @@ def export(
     _known(unit)
     problems = S.check(document.sketch)
     if problems:
-        raise ExchangeError(*problems)
+        raise NotReady(*problems)
     how = {"own_contours": True} if own_contours else {}
     data = import_module(f"{__name__}{suffix}").written(document, unit, tick, **how)
     notes = _notes(document, lambda done: tick(1.0)) if own_contours else []

@@ -95,7 +95,7 @@ class _Plan:
             first = len(self._ends)
             self._ends += [(first + j, first + (j + 1) % len(loop)) for j in range(len(loop))]
             u1, v1, u2, v2 = box(loop)
-            size, far = max(u2 - u1, v2 - v1), max(map(abs, (u1, v1, u2, v2)))
+            size, far = max(u2 - u1, v2 - v1), max(abs(c) for c in (u1, v1, u2, v2))
             self._reach += [_NEAR * size + _LOST * far] * len(loop)
         self._cuts: Dict[int, List[Tuple[float, int]]] = defaultdict(list)
         self._farthest = [*self._reach]  # by which it met any

@@ -7,45 +7,67 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 import numpy as np
 import numpy.typing as npt
-from shapely.geometry import Polygon
-from shapely.geometry.base import BaseGeometry
 
-from tandrel import profile
+from tandrel.geometry import loops
+from tandrel.geometry.edges import Edge
+from tandrel.geometry.loops import Box
 from tandrel.gui.widgets import PAL, px, units
+from tandrel.profile import Contour
 
 _MARGIN = 56
+_SMOOTH = 0.1  # pixels between an arc and what is drawn of it, at most
+_STEP = 1.2  # by which a notch of the wheel zooms
+# The deepest view is that much larger than the whole, and the widest that much smaller.
+_DEEPEST, _WIDEST = 1e5, 1e-2
+
+_Pixels = npt.NDArray[np.float64]
 
 
 class ProfileView(tk.Canvas):
-    """Shows one profile, always whole, at the size that the window leaves."""
+    """Shows one profile: whole, at the size that the window leaves, until the user zooms or pans.
+
+    The wheel zooms about the pointer, the middle or the right button pans.
+    """
 
     def __init__(self, parent: tk.Misc) -> None:
         super().__init__(parent, width=px(360), height=px(240), background=PAL["panel"])
         self.configure(highlightthickness=1, highlightbackground=PAL["line"])
-        self._region: Optional[BaseGeometry] = None
+        self._outlines: List[_Outline] = []
+        self._box: Optional[Box] = None
         self._size = 0.0, 0.0
-        self._outlines: List[Tuple[npt.NDArray[np.float64], str]] = []
         self._instead = ""
         self._waiting: Optional[str] = None
+        self._is_fitted = True
+        self._scale = 1.0  # pixels to the metre
+        self._centre = np.zeros(2)  # what is shown in the middle
+        self._pan = 0, 0, self._centre
         self.bind("<Configure>", lambda _event: self._repaint_soon())
         self.bind("<Destroy>", lambda _event: self._wait_no_more())
+        self.bind("<MouseWheel>", lambda e: self._zoom(_STEP if e.delta > 0 else 1 / _STEP, e))
+        self.bind("<Button-4>", lambda e: self._zoom(_STEP, e))
+        self.bind("<Button-5>", lambda e: self._zoom(1 / _STEP, e))
+        for button in (2, 3):
+            self.bind(f"<ButtonPress-{button}>", self._start_pan)
+            self.bind(f"<B{button}-Motion>", self._move_pan)
 
     def show(
-        self, region: Optional[BaseGeometry], size: Tuple[float, float], instead: str = ""
+        self, contours: Sequence[Contour], size: Tuple[float, float], instead: str = ""
     ) -> None:
         """Show this profile of this overall size, or a text where there is nothing to show."""
         self._size = size
-        self._region = None if region is None or region.is_empty else region
         self._instead = instead
-        # Taking a geometry apart costs as much as drawing it, which every new size asks for.
-        self._outlines = [
-            (np.array(ring.coords)[:, :2], colour)
-            for piece in profile.polygons(self._region or Polygon())
-            for ring, colour in [
-                (piece.exterior, "accent_soft"),
-                *((hole, "panel") for hole in piece.interiors),
-            ]
-        ]
+        # Holes lie over what they are cut out of, and islands over them.
+        by_size = sorted(contours, key=lambda contour: -abs(contour.area))
+        self._outlines = [_Outline(contour) for contour in by_size]
+        box = _around([outline.box for outline in self._outlines]) if contours else None
+        if box is None or self._box is None:
+            self._is_fitted = True
+        self._box = box
+        self.repaint()
+
+    def fit(self) -> None:
+        """Show the whole again."""
+        self._is_fitted = True
         self.repaint()
 
     def size_texts(self) -> List[str]:
@@ -56,25 +78,59 @@ class ProfileView(tk.Canvas):
         self._wait_no_more()
         self.delete("all")
         width, height = self.winfo_width(), self.winfo_height()
-        if self._region is None:
+        if self._box is None:
             text = self.create_text(width / 2, height / 2, text=self._instead, fill=PAL["muted"])
             self.itemconfigure(text, width=px(300), justify="center")
             return
-        left, bottom, right, top = self._region.bounds
-        room_x, room_y = (max(n - 2 * px(_MARGIN), 1) for n in (width, height))
-        scale = min(room_x / (right - left), room_y / (top - bottom))
-        middle = np.array([(left + right) / 2, (bottom + top) / 2])
-
-        def on_canvas(points: npt.ArrayLike) -> list[float]:
-            offset = (np.asarray(points) - middle) * (scale, -scale)
-            flat: list[float] = (offset + (width / 2, height / 2)).ravel().tolist()
-            return flat
-
+        if self._is_fitted:
+            self._scale = self._fitted_scale(self._box)
+            self._centre = np.array(self._box).reshape(2, 2).mean(axis=0)
+        (u, v), half_u, half_v = self._centre, width / 2 / self._scale, height / 2 / self._scale
+        sight = u - half_u, v - half_v, u + half_u, v + half_v
         # Straight to Tk: tkinter would walk through the coordinates point by point.
         draw, look = self.tk.call, ("-outline", PAL["accent"], "-width", px(1.7))
-        for outline, fill in self._outlines:
-            draw(str(self), "create", "polygon", on_canvas(outline), "-fill", PAL[fill], *look)
-        self._dimensions(on_canvas([(left, bottom), (right, top)]))
+        for outline in self._outlines:
+            if _meet(outline.box, sight):
+                points = outline.points(_SMOOTH / self._scale, sight)
+                fill = PAL["panel" if outline.is_hole else "accent_soft"]
+                draw(str(self), "create", "polygon", self._on_canvas(points), "-fill", fill, *look)
+        left, bottom, right, top = self._box
+        self._dimensions(self._on_canvas(np.array([(left, bottom), (right, top)])))
+
+    def _fitted_scale(self, box: Box) -> float:
+        left, bottom, right, top = box
+        room_x, room_y = (
+            max(n - 2 * px(_MARGIN), 1) for n in (self.winfo_width(), self.winfo_height())
+        )
+        return min(room_x / (right - left), room_y / (top - bottom))
+
+    def _on_canvas(self, points: _Pixels) -> List[float]:
+        middle = self.winfo_width() / 2, self.winfo_height() / 2
+        flat: List[float] = (
+            ((points - self._centre) * (self._scale, -self._scale) + middle).ravel().tolist()
+        )
+        return flat
+
+    def _zoom(self, factor: float, e: tk.Event[tk.Misc]) -> None:
+        """What is under the pointer stays there."""
+        if self._box is None:
+            return
+        whole = self._fitted_scale(self._box)
+        scale = min(max(self._scale * factor, _WIDEST * whole), _DEEPEST * whole)
+        away = np.array([e.x - self.winfo_width() / 2, self.winfo_height() / 2 - e.y])
+        self._centre = self._centre + away * (1 / self._scale - 1 / scale)
+        self._scale = scale
+        self._is_fitted = False
+        self._repaint_soon()
+
+    def _start_pan(self, e: tk.Event[tk.Misc]) -> None:
+        self._pan = e.x, e.y, self._centre
+
+    def _move_pan(self, e: tk.Event[tk.Misc]) -> None:
+        x, y, centre = self._pan
+        self._centre = centre - np.array([e.x - x, y - e.y]) / self._scale
+        self._is_fitted = False
+        self._repaint_soon()
 
     def _repaint_soon(self) -> None:
         """Repaint once, however many sizes a window goes through while it is dragged."""
@@ -109,3 +165,33 @@ class ProfileView(tk.Canvas):
         x1, y1, x2, y2 = self.bbox(label)
         self.create_rectangle(x1 - 4, y1 - 4, x2 + 4, y2 + 4, fill=PAL["panel"], width=0)
         self.tag_raise(label)
+
+
+class _Outline:
+    """A contour to be painted, and where it and its edges lie."""
+
+    def __init__(self, contour: Contour) -> None:
+        self.is_hole = contour.is_hole
+        self._edges = [(edge, _edge_box(edge)) for edge in contour.edges]
+        self.box = _around([box for _, box in self._edges])
+
+    def points(self, error: float, sight: Box) -> _Pixels:
+        """Points that keep this close to the arcs in sight; others are as good as their chords."""
+        seen = [
+            edge if not edge.bulge or _meet(box, sight) else Edge(edge.start, edge.end)
+            for edge, box in self._edges
+        ]
+        return np.array(loops.divided(seen, error))
+
+
+def _edge_box(edge: Edge) -> Box:
+    return loops.box([edge, Edge(edge.end, edge.start)])
+
+
+def _around(boxes: Sequence[Box]) -> Box:
+    lefts, lows, rights, highs = zip(*boxes)
+    return min(lefts), min(lows), max(rights), max(highs)
+
+
+def _meet(one: Box, other: Box) -> bool:
+    return one[0] <= other[2] and other[0] <= one[2] and one[1] <= other[3] and other[1] <= one[3]
