@@ -1,6 +1,7 @@
 """The command line: the window on a file, and exports that need neither a display nor Tk."""
 
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -12,6 +13,7 @@ from harness import patience
 from harness.patience import wait_for
 from harness.places import HOST, SEARCH_PATH
 from tandrel import storage
+from tandrel._packages import how_to_get
 from tandrel.application import commands
 from tandrel.application.recovery import Recovery
 from tandrel.application.settings import Settings
@@ -69,10 +71,43 @@ def test_the_export_is_in_millimetres_unless_told(part, tmp_path):
 
 def test_what_the_user_should_know_of_an_export_is_said(tmp_path):
     target = tmp_path / "spanner.dxf"
-    ended = run("export", PARTS / "spanner.json", target)
+    ended = run("export", PARTS / "spanner.json", target, "--contours")
     assert (ended.returncode, ended.stdout, len(ended.stderr.splitlines())) == (0, "", 1)
     assert ended.stderr.startswith("tandrel: Shapes that overlap")
     assert target.exists()
+
+
+@pytest.mark.parametrize("options, parts", [([], 3), (["--contours"], 4)])
+def test_overlapping_shapes_are_joined_unless_their_contours_are_asked_for(
+    tmp_path, options, parts
+):
+    target = tmp_path / "spanner.dxf"
+    assert commands.main(["export", str(PARTS / "spanner.json"), str(target), *options]) == 0
+    assert len(ezdxf.readfile(target).modelspace()) == parts
+
+
+def test_a_drawing_is_exported_like_a_sketch(part, tmp_path, capsys):
+    drawing, picture = tmp_path / "flange.DXF", tmp_path / "flange.svg"
+    assert commands.main(["export", str(part), str(drawing), "--unit", "in"]) == 0
+    content = ezdxf.readfile(drawing)
+    content.modelspace().add_text("a note")
+    content.saveas(drawing)
+    assert commands.main(["export", str(drawing), str(picture)]) == 0
+    assert capsys.readouterr().err == "tandrel: Left out (1): TEXT\n"
+    assert 'width="140mm"' in picture.read_text()
+
+
+def test_a_drawing_without_units_is_exported_in_the_one_that_is_told(part, tmp_path, capsys):
+    drawing, picture = tmp_path / "flange.dxf", tmp_path / "flange.svg"
+    assert commands.main(["export", str(part), str(drawing)]) == 0
+    content = ezdxf.readfile(drawing)
+    content.header["$INSUNITS"] = 0
+    content.saveas(drawing)
+    assert commands.main(["export", str(drawing), str(picture)]) == 1
+    told = capsys.readouterr().err
+    assert told.count("\n") == 1 and told.endswith("; tell it by --drawing-unit\n")
+    assert commands.main(["export", str(drawing), str(picture), "--drawing-unit", "cm"]) == 0
+    assert 'width="1400mm"' in picture.read_text()
 
 
 def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
@@ -114,11 +149,102 @@ def test_the_command_line_explains_itself(arguments, word, capsys):
     assert word in capsys.readouterr().out
 
 
+def test_it_tells_its_version(capsys):
+    with pytest.raises(SystemExit) as ended:
+        commands.main(["--version"])
+    assert ended.value.code == 0
+    project = (HOST.parent / "pyproject.toml").read_text()
+    version = re.search(r'^version = "(.*)"', project, re.M)[1]
+    assert capsys.readouterr().out == f"tandrel {version}\n"
+
+
+@pytest.fixture
+def in_pseudo(catalogues, monkeypatch):
+    """The user has chosen the pseudo-language, whatever the environment says."""
+    monkeypatch.setenv("TANDREL_PSEUDO", "1")
+    monkeypatch.setenv("LANGUAGE", "de")
+    Settings(Settings.load().folder, language="qps").save()
+
+
+@pytest.mark.parametrize(
+    "arguments",
+    [
+        ["--help"],
+        ["export", "--help"],
+        ["a", "b"],
+        ["export"],
+        ["export", "a"],
+        ["export", "a", "b", "--unit", "ell"],
+        ["export", "a", "b", "--unit"],
+        ["export", "a", "b", "--contours=1"],
+        ["export", "a.json", "b.dxf"],
+    ],
+)
+def test_the_command_line_speaks_the_chosen_language(in_pseudo, arguments, capsys):
+    try:
+        commands.main(arguments)
+    except SystemExit:
+        pass
+    said = "".join(capsys.readouterr())
+    assert "[" in said
+    names = (
+        "tandrel|export|cm|mm|in|m|h|a|b|ell|unit|drawing-unit|contours|help|version|dxf|svg|png"
+    )
+    plain = re.findall(rf"(?<![\w~])(?!(?:{names})\b)[A-Za-z]+(?!\w)", said)
+    assert [word for word in plain if word not in ("json",)] == []
+
+
+WITHOUT = """
+import sys
+for name in {names!r}:
+    sys.modules[name] = None
+sys.argv = ["tandrel", *sys.argv[1:]]
+from tandrel.application.commands import main
+sys.exit(main())
+"""
+
+
+@pytest.mark.parametrize(
+    "missing, arguments, told",
+    [
+        ("shapely", ["export", "a.json", "b.dxf"], "apt install python3-shapely or python3 -m pip"),
+        ("ezdxf", ["export", "{part}", "{tmp}/b.dxf"], "apt install python3-ezdxf"),
+        ("tkinter", ["{part}"], "apt install python3-tk"),
+    ],
+)
+def test_a_package_that_is_missing_is_said_on_one_line(part, tmp_path, missing, arguments, told):
+    arguments = [argument.format(part=part, tmp=tmp_path) for argument in arguments]
+    ended = run(*arguments, program=("-c", WITHOUT.format(names=[missing])))
+    assert (ended.returncode, ended.stdout) == (1, "")
+    assert told in ended.stderr and ended.stderr.count("\n") == 1
+    assert f"{missing} is missing" in ended.stderr
+
+
+@pytest.mark.parametrize(
+    "name, told",
+    [
+        ("numpy.linalg", "numpy is missing, get it by: sudo apt install python3-numpy or "),
+        ("PIL", "PIL is missing, get it by: sudo apt install python3-pil or python3 -m pip "),
+        ("_tkinter", "tkinter is missing, get it by: sudo apt install python3-tk"),
+        ("tandrel.gui.sketcher", "the sketch editor tandrel.gui.sketcher isn't built"),
+        ("tandrel.gone", "None"),
+        (None, "None"),
+    ],
+)
+def test_what_is_missing_is_told_by_name(name, told):
+    assert str(how_to_get(ModuleNotFoundError(name=name))).startswith(told)
+
+
+def test_help_needs_no_package():
+    code = WITHOUT.format(names=["numpy", "shapely", "ezdxf", "PIL", "tkinter"])
+    assert run("--help", program=("-c", code)).returncode == 0
+
+
 def test_without_a_display_it_says_so(part):
     ended = run(part, display_name="")
     assert ended.returncode == 1
-    assert ended.stderr.startswith("tandrel: ")
-    assert "Traceback" not in ended.stderr
+    assert ended.stderr.startswith("tandrel: no window can be opened: ")
+    assert ended.stderr.count("\n") == 1
 
 
 @pytest.fixture

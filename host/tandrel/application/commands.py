@@ -6,44 +6,107 @@ import argparse
 import signal
 import sys
 from contextlib import contextmanager
-from typing import Iterator, List, Optional
+from typing import Iterable, Iterator, List, Optional
 
-from tandrel import exchange, storage
+from tandrel._packages import how_to_get
+from tandrel.application import VERSION
+from tandrel.application.settings import Settings
 from tandrel.gui import i18n
-from tandrel.gui.i18n import tr
+from tandrel.gui.i18n import N_, tr
 from tandrel.units import SYSTEMS, set_units
+
+# What argparse says of itself; it asks for a translation by these very texts.
+_WORDS_OF_ARGPARSE = (
+    N_("usage: "),
+    N_("positional arguments"),
+    N_("options"),
+    N_("optional arguments"),
+    N_("show this help message and exit"),
+    N_("%(prog)s: error: %(message)s\n"),
+    N_("argument %(argument_name)s: %(message)s"),
+    N_("the following arguments are required: %s"),
+    N_("unrecognized arguments: %s"),
+    N_("expected one argument"),
+    N_("ignored explicit argument %r"),
+    N_("invalid choice: %(value)r (choose from %(choices)s)"),
+    N_("ambiguous option: %(option)s could match %(matches)s"),
+)
 
 
 def main(arguments: Optional[List[str]] = None) -> int:
     """Do it; 0 if it was done. Without an argument that says so, open the window."""
-    i18n.set_language(i18n.preferred_language())
+    settings = Settings.load()
+    chosen = settings.language
+    i18n.set_language(chosen if chosen in i18n.languages() else i18n.preferred_language())
+    # From gettext itself it would have the environment's language.
+    argparse._ = tr  # type: ignore[attr-defined]
     arguments = sys.argv[1:] if arguments is None else arguments
-    if arguments[:1] == ["export"]:
-        return _export(arguments[1:])
+    try:
+        if arguments[:1] == ["export"]:
+            return _export(arguments[1:])
+        return _open_window(_parser().parse_args(arguments).file, settings)
+    except ModuleNotFoundError as error:
+        told = how_to_get(error)
+        if told is None:
+            raise
+        return _failed(told)
+
+
+def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="tandrel",
         description=tr("Draw the profile of a part, and edit it."),
         epilog=tr("“tandrel export --help” tells how to export without a window."),
     )
-    parser.add_argument("file", nargs="?", metavar="FILE", help=tr("a sketch or a DXF drawing"))
-    return _open_window(parser.parse_args(arguments).file)
+    file = tr("FILE")
+    parser.add_argument("file", nargs="?", metavar=file, help=tr("a sketch or a DXF drawing"))
+    version, told = f"%(prog)s {VERSION}", tr("show program's version number and exit")
+    parser.add_argument("--version", action="version", version=version, help=told)
+    return parser
 
 
-def _export(arguments: List[str]) -> int:
+def _export_parser(suffixes: Iterable[str]) -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="tandrel export", description=tr("Write the profile of a part for other programs.")
     )
-    parser.add_argument("part", metavar="PART", help=tr("a sketch file"))
-    target = tr("the file to write: {kinds}").format(kinds=", ".join(exchange.SUFFIXES))
-    parser.add_argument("target", metavar="TARGET", help=target)
+    parser.add_argument("part", metavar=tr("PART"), help=tr("a sketch or a DXF drawing"))
+    target = tr("the file to write: {kinds}").format(kinds=", ".join(suffixes))
+    parser.add_argument("target", metavar=tr("TARGET"), help=target)
     parser.add_argument("--unit", choices=list(SYSTEMS), default="mm", help=tr("the file's unit"))
-    options = parser.parse_args(arguments)
+    parser.add_argument(
+        "--contours",
+        action="store_true",
+        help=tr("the contours of the shapes as they are, not joined (DXF only)"),
+    )
+    parser.add_argument(
+        "--drawing-unit",
+        choices=list(SYSTEMS),
+        help=tr("the unit of a drawing that doesn't name its own"),
+    )
+    return parser
+
+
+def _export(arguments: List[str]) -> int:
+    from tandrel import exchange, storage
+
+    options = _export_parser(exchange.SUFFIXES).parse_args(arguments)
+    notes: List[str] = []
     try:
-        document = storage.read(options.part)
-        notes = exchange.export(document, options.target, options.unit)
-    except storage.SketchFileError as error:
+        if exchange.is_drawing(options.part):
+            imported = exchange.import_(options.part, options.drawing_unit)
+            document, notes = imported.document, list(imported.notes)
+        else:
+            document = storage.read(options.part)
+    except exchange.UnitsMissing as error:
+        text = tr("{file} can't be opened: {why}; tell it by {option}")
+        return _failed(text.format(file=options.part, why=error, option="--drawing-unit"))
+    except (storage.SketchFileError, exchange.ExchangeError) as error:
         text = tr("{file} can't be opened: {why}")
         return _failed(text.format(file=options.part, why=error))
+    try:
+        notes += exchange.export(
+            document, options.target, options.unit, own_contours=options.contours
+        )
     except exchange.ExchangeError as error:
         text = tr("{file} can't be written: {why}")
         return _failed(text.format(file=options.target, why=error))
@@ -52,25 +115,22 @@ def _export(arguments: List[str]) -> int:
     return 0
 
 
-def _open_window(path: Optional[str]) -> int:
+def _open_window(path: Optional[str], settings: Settings) -> int:
     # Exporting works where there is no Tk.
     import tkinter as tk
 
     from tandrel.application.recovery import Recovery
     from tandrel.application.session import Session
-    from tandrel.application.settings import Settings
     from tandrel.application.window import App
     from tandrel.gui import theme
 
-    settings = Settings.load()
     set_units(settings.units)
     theme.use_palette(settings.palette)
-    if settings.language in i18n.languages():
-        i18n.set_language(settings.language)
     try:
         root = theme.main_window("Tandrel")
     except tk.TclError as error:
-        return _failed(error)
+        text = tr("no window can be opened: {why}; “tandrel export” needs none")
+        return _failed(text.format(why=error))
     recovery = Recovery()
     with _ended_by_interrupt():
         App(root, Session(recovery), settings, path, recovery.found())

@@ -67,4 +67,6 @@ def unopened(path: str, error: Exception) -> tuple[str, str]:
     before = name + "~"
     if not os.path.exists(path + "~"):
         return text, tr("Choose another file with “Open…”.")
-    return text, tr("{file} beside it is the version before.").format(file=before)
+    return text, tr(
+        "{file} beside it is the version before: give it another name to open it."
+    ).format(file=before)

@@ -222,7 +222,7 @@ class App:
         """Go on with the part in a file; where it can't be read, say so and keep what is shown."""
         name = os.path.basename(path)
         try:
-            notes = self._import(path) if _is_drawing(path) else self._open_sketch(path)
+            notes = self._import(path) if exchange.is_drawing(path) else self._open_sketch(path)
         except (SketchFileError, ExchangeError) as error:
             self._tell_unopened(path, error)
             return
@@ -236,7 +236,7 @@ class App:
         self.settings.save()
         self.refresh()
         # What the editor would not let pass is left out of the profile, or cut twice.
-        unfit = [] if _is_drawing(path) else notes
+        unfit = [] if exchange.is_drawing(path) else notes
         self.tell(os.path.abspath(path), notes, tr(_MEND) if unfit else "", warning=bool(notes))
 
     def _tell_unopened(self, path: str, error: Exception) -> None:
@@ -485,10 +485,6 @@ def _translate_tk(root: tk.Tk, language: str) -> None:
     """Let Tk's own dialogs follow the language; a file dialog shown before is made anew."""
     root.tk.call("::msgcat::mclocale", {"zh": "zh_cn"}.get(language, language))
     root.tk.eval("destroy .__tk_filedialog")
-
-
-def _is_drawing(path: str) -> bool:
-    return os.path.splitext(path)[1].lower() == ".dxf"
 
 
 def _short(text: str, most: int) -> str:

@@ -6,9 +6,11 @@ import os
 from dataclasses import dataclass
 from importlib import import_module
 from pathlib import Path
+from typing import Any
 
 from tandrel import files, profile
 from tandrel import sketch as S
+from tandrel._packages import how_to_get
 from tandrel.gui.i18n import N_, tr
 from tandrel.progress import Tick, no_tick
 from tandrel.storage import Document
@@ -75,7 +77,7 @@ def export(
     if problems:
         raise NotReady(*problems)
     how = {"own_contours": True} if own_contours else {}
-    data = import_module(f"{__name__}{suffix}").written(document, unit, tick, **how)
+    data = _module(suffix).written(document, unit, tick, **how)
     notes = _notes(document, lambda done: tick(1.0)) if own_contours else []
     try:
         files.replace(path, data)
@@ -90,6 +92,11 @@ def _notes(document: Document, tick: Tick) -> list[str]:
     return [tr("Shapes that overlap are separate contours in it: they can't be cut as they are.")]
 
 
+def is_drawing(path: str | os.PathLike[str]) -> bool:
+    """Whether a file is a drawing by its name, else it is a sketch."""
+    return Path(path).suffix.lower() == DRAWING
+
+
 def import_(
     path: str | os.PathLike[str], unit: str | None = None, tick: Tick = no_tick
 ) -> Imported:
@@ -100,8 +107,19 @@ def import_(
         data = files.contents(path)
     except (OSError, ValueError) as error:
         raise ExchangeError(files.reason(error)) from error
-    sketch, notes = import_module(f"{__name__}.dxf").read(data, unit, tick)
+    sketch, notes = _module(DRAWING).read(data, unit, tick)
     return Imported(Document(Path(path).stem, sketch), notes)
+
+
+def _module(suffix: str) -> Any:
+    """The module of a kind of file; ExchangeError where the library behind it is missing."""
+    try:
+        return import_module(f"{__name__}{suffix}")
+    except ModuleNotFoundError as error:
+        told = how_to_get(error)
+        if told is None:
+            raise
+        raise ExchangeError(told) from error
 
 
 def _known(unit: str) -> None:

@@ -37,8 +37,11 @@ class _PseudoTranslations(gettext.NullTranslations):
         "ÅåßƀÇçĐđÉéƑƒĜğĤĥÎîĴĵĶķĻļṀɱÑñÖöÞþǪǫŘřŠšŢţÛûṼṽŴŵẊẋÝýŽž",
     )
 
+    # Of other modules' texts, which take their figures in the older way, too.
+    _PLACEHOLDER = re.compile(r"(\{[^{}]*\}|%(?:\(\w+\))?[sr])")
+
     def gettext(self, message: str) -> str:
-        pieces = re.split(r"(\{[^{}]*\})", message)
+        pieces = self._PLACEHOLDER.split(message)
         pieces[::2] = [piece.translate(self._ACCENTED) for piece in pieces[::2]]
         longer = "~" * max(round(0.4 * len(message)) - len("[ ]"), 1)
         return f"[{''.join(pieces)} {longer}]"
