@@ -51,6 +51,20 @@ def test_leaving_asks_and_the_keys_answer(acted, part):
     assert Settings.load().geometry
 
 
+def test_what_another_program_wrote_is_kept_by_a_key(acted, part):
+    def script(app, person):
+        yield from person.change_the_bore()
+        part.write_text("theirs")
+        person.key("ctrl+s")
+        yield from person.asked()
+        person.key("Escape")
+        yield until(lambda: not dialogs(app.root), "the question to go")
+        assert app.session.dirty
+
+    acted(script, part)
+    assert part.read_text() == "theirs"
+
+
 def test_units_colours_and_language_are_chosen_by_keyboard(acted, part):
     def script(app, person):
         yield from person.menu("v", "Right", "Up", "Return")
@@ -90,6 +104,7 @@ def test_a_drawing_s_units_are_asked_and_the_part_gets_a_file(acted, part, tmp_p
         person.key("ctrl+shift+s")
         yield from person.type_path(saved)
         yield until(lambda: app.session.path == str(saved), "the file")
+        assert app.name.cget("text") == "imported"
 
     acted(script)
     assert len(storage.read(saved).sketch["entities"]) == 9

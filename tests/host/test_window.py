@@ -104,6 +104,7 @@ def test_colours_are_chosen_in_the_menu(start, part):
     choose(app.menus["palette"], "Dark")
     assert app.root.cget("background") == PAL["window"] == "#1C252E"
     assert str(app.menus["file"].cget("background")) == PAL["window"]
+    assert str(app.message.master.cget("background")) == PAL["window"]
     assert fills(app) == before
     assert Settings.load().palette == "dark"
     choose(app.menus["palette"], "Light")
@@ -167,6 +168,7 @@ def test_only_shapes_that_can_t_be_built_leave_the_view_empty(start, tmp_path):
     app = start(path)
     assert app.size.cget("text") == ""
     assert fills(app) == []
+    assert texts(app) == ["None of the shapes can be drawn."], "nobody stopped anything"
     in_editor(app, lambda editor: None)
 
 

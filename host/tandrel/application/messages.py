@@ -33,6 +33,7 @@ class MessageArea(ttk.Frame):
             widget.bind("<MouseWheel>", lambda e: self._scroll(-1 if e.delta > 0 else 1))
             widget.bind("<Button-4>", lambda _event: self._scroll(-1))
             widget.bind("<Button-5>", lambda _event: self._scroll(1))
+        self.show("")
 
     def show(
         self, text: str, notes: Sequence[str] = (), advice: str = "", warning: bool = False

@@ -478,6 +478,7 @@ class App:
         self.settings.save()
         theme.use_palette(self.settings.palette)
         theme.install(self.root)
+        self.tell("")
         self.refresh()
 
 

@@ -15,7 +15,7 @@ from tandrel.gui.widgets import PAL, px, units
 from tandrel.profile import Contour
 
 _MARGIN = 56
-_SMOOTH = 0.1  # pixels between an arc and what is drawn of it, at most
+_SMOOTH = 0.02  # pixels between an arc and its chords, at most: their ends fall on whole pixels
 _STEP = 1.2  # by which a notch of the wheel zooms
 # The deepest view is that much larger than the whole, and the widest that much smaller.
 _DEEPEST, _WIDEST = 1e5, 1e-2
@@ -174,14 +174,19 @@ class _Outline:
         self.is_hole = contour.is_hole
         self._edges = [(edge, _edge_box(edge)) for edge in contour.edges]
         self.box = _around([box for _, box in self._edges])
+        self._latest: Tuple[Tuple[float, Tuple[bool, ...]], _Pixels] = (0.0, ()), np.empty((0, 2))
 
     def points(self, error: float, sight: Box) -> _Pixels:
         """Points that keep this close to the arcs in sight; others are as good as their chords."""
-        seen = [
-            edge if not edge.bulge or _meet(box, sight) else Edge(edge.start, edge.end)
-            for edge, box in self._edges
-        ]
-        return np.array(loops.divided(seen, error))
+        seen = tuple(_meet(box, sight) for _, box in self._edges)
+        # While the view is panned, most are in sight as they were.
+        if self._latest[0] != (error, seen):
+            edges = [
+                edge if is_seen or not edge.bulge else Edge(edge.start, edge.end)
+                for is_seen, (edge, _) in zip(seen, self._edges)
+            ]
+            self._latest = (error, seen), np.array(loops.divided(edges, error))
+        return self._latest[1]
 
 
 def _edge_box(edge: Edge) -> Box:

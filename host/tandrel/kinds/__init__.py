@@ -20,6 +20,4 @@ def _found() -> List[Kind]:
 
 # The plainest first, as a contour is compared with them: a short slot is hardly longer than wide, a
 # rectangle may be rounded to a circle, a square is a regular polygon, and all of them are outlines.
-KINDS: Dict[str, Kind] = {
-    kind.type: kind for kind in sorted(_found(), key=lambda kind: kind.rank)
-}
+KINDS: Dict[str, Kind] = {kind.type: kind for kind in sorted(_found(), key=lambda kind: kind.rank)}
