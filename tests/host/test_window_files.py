@@ -462,7 +462,7 @@ def test_a_file_that_can_t_be_opened_leaves_a_way_out(start, part, rest):
     part.write_bytes(b"{")
     advice = start(part).message.cget("text").splitlines()[1]
     assert advice == (
-        "flange.json~ beside it is the version before."
+        "flange.json~ beside it is the version before: give it another name to open it."
         if rest
         else "Choose another file with “Open…”."
     )
