@@ -15,7 +15,7 @@ from hypothesis import example, given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Polygon
 from support.drawings import binary, new_drawing, opened, raw, read, text_of
-from support.shapes import EVERY_KIND, PLATE, document, entities, sketch
+from support.shapes import EVERY_KIND, PAIR, PLATE, document, entities, sketch
 from support.types import CARD
 from tandrel import exchange, profile
 from tandrel import sketch as S
@@ -106,6 +106,12 @@ class TestWriting:
         outside, hole = opened(*holes, plate).modelspace()
         assert (outside.dxf.layer, hole.dxf.layer) == ("CONTOUR", "HOLES")
         assert polyline_area(hole) > 0
+
+    @pytest.mark.parametrize("own_contours", [False, True])
+    def test_a_hole_in_two_plates_is_a_hole(self, own_contours):
+        parts = opened(*PAIR, own_contours=own_contours).modelspace()
+        layers = {(part.dxftype(), part.dxf.layer) for part in parts}
+        assert layers == {("LWPOLYLINE", "CONTOUR"), ("CIRCLE", "HOLES")}
 
     def test_typed_lengths_are_written_as_they_were_typed(self):
         hole = {"type": "circle", "xc": 0.0123, "yc": -0.0001, "r": 0.0007}

@@ -6,7 +6,7 @@ import pytest
 from hypothesis import given, settings
 from PIL import Image
 from shapely.geometry import Polygon
-from support.shapes import PLATE, document, entities, sketch
+from support.shapes import PAIR, PLATE, document, entities, sketch
 from tandrel import profile
 from tandrel.exchange import png
 from tandrel.progress import Stopped, no_tick
@@ -68,6 +68,11 @@ def test_what_overlaps_is_joined_and_what_lies_inside_is_cut():
     image = picture(*bars)
     assert image.getpixel((800, 800)) == FILL
     assert filled(image) == pytest.approx(profile.area(sketch(*bars)) / 4 * 0.95**2, rel=3e-3)
+
+
+def test_a_hole_in_two_plates_is_a_hole():
+    image = picture(*PAIR)
+    assert image.getpixel((image.width // 2, image.height // 2)) == WHITE
 
 
 def test_the_picture_knows_how_large_the_part_is():

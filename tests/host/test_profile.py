@@ -7,7 +7,7 @@ from hypothesis import given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Point
 from support.neighbours import circle, rectangle, regular, slot
-from support.shapes import EVERY_KIND, PLATE, sketch
+from support.shapes import EVERY_KIND, PAIR, PLATE, sketch
 from tandrel import profile
 from tandrel import sketch as S
 from tandrel.geometry import joining
@@ -61,9 +61,9 @@ def test_overlapping_holes_in_a_plate():
 
 
 def test_a_hole_in_what_two_plates_have_in_common_goes_through_both():
-    plates = rectangle(0.0, 0.0, 6.0, 4.0), rectangle(4.0, 0.0, 6.0, 4.0)
-    hole = circle(5.0, 2.0, 0.5)
-    assert profile.area(sketch(*plates, hole)) == pytest.approx(40 - math.pi / 4, rel=1e-14)
+    assert profile.area(sketch(*PAIR)) == pytest.approx(0.004 - math.pi * 25e-6, rel=1e-14)
+    hole, plate = profile.contours(sketch(*PAIR))
+    assert (plate.is_hole, hole.is_hole) == (False, True)
 
 
 def test_edges_that_lie_on_each_other_become_one():

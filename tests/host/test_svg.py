@@ -7,7 +7,7 @@ import xml.etree.ElementTree as ET
 import pytest
 from hypothesis import given, settings
 from shapely.geometry import Polygon
-from support.shapes import PLATE, document, entities, sketch
+from support.shapes import PAIR, PLATE, document, entities, sketch
 from support.types import CARDS
 from tandrel import profile
 from tandrel import sketch as S
@@ -137,6 +137,12 @@ def test_shapes_that_overlap_are_drawn_as_they_are_cut():
     assert area(root) * 1e-6 == pytest.approx(profile.area(sketch(*pair, hole)), rel=1e-4)
     (outside,) = paths(root, "outsides")
     assert "L" not in outside.get("d"), "arcs are arcs"
+
+
+def test_a_hole_in_two_plates_is_a_hole():
+    root = drawn(*PAIR)
+    assert [len(rings(root, group)) for group in ("holes", "outsides")] == [1, 1]
+    assert area(root) * 1e-6 == pytest.approx(profile.area(sketch(*PAIR)), rel=1e-4)
 
 
 @pytest.mark.parametrize("name", ["<&>\"'", "Größe 法兰", "a\x00\x07b\ud800c\ufffe", ""])

@@ -6,6 +6,7 @@ import numpy as np
 import pytest
 from support.application import accept_bore, choose, fills, in_editor, texts
 from support.events import settle
+from support.shapes import PAIR
 from tandrel import profile, storage
 from tandrel.application.settings import Settings
 from tandrel.gui import i18n, widgets
@@ -32,6 +33,20 @@ def outlines(app):
     view = app.view
     items = [i for i in view.find_all() if view.type(i) == "polygon"]
     return [np.array(view.coords(i)).reshape(-1, 2) for i in items]
+
+
+def test_a_hole_in_two_plates_is_a_hole(start, tmp_path):
+    path = tmp_path / "pair.json"
+    storage.write(path, storage.Document("Pair", {**_new(), "entities": PAIR}))
+    app = start(path)
+    assert fills(app) == [PAL["accent_soft"], PAL["panel"]]
+    assert app.contours.cget("text") == "Contours: 2"
+
+    def look(editor):
+        painted = [i for i in editor.canvas.find_all() if editor.canvas.type(i) == "polygon"]
+        assert editor.canvas.itemcget(painted[-1], "fill") == PAL["panel"]
+
+    in_editor(app, look)
 
 
 def test_the_profile_stays_whole_and_in_the_middle(start, part):

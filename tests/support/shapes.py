@@ -15,6 +15,12 @@ PLATE = [
     {"type": "slot", "x1": -0.06, "y1": -0.03, "x2": -0.05, "y2": 0.03, "r": 0.005},
     {"type": "polygon", "points": [[0.04, -0.04], [0.06, -0.04], [0.06, 0.03]], "radius": 0.001},
 ]
+# Two plates that overlap, and a hole in what they have in common.
+PAIR = [
+    {"type": "rectangle", "x": 0.0, "y": 0.0, "w": 0.06, "h": 0.04, "radius": 0.0},
+    {"type": "rectangle", "x": 0.04, "y": 0.0, "w": 0.06, "h": 0.04, "radius": 0.0},
+    {"type": "circle", "xc": 0.05, "yc": 0.02, "r": 0.005},
+]
 
 
 def sketch(*entities, plane="XY", offset=0.0):

@@ -59,10 +59,10 @@ class MessageArea(ttk.Frame):
             self._sight.yview_scroll(steps, "units")
 
 
-def unopened(path: str, error: Exception) -> tuple[str, str]:
+def unopened(path: str, why: str) -> tuple[str, str]:
     """What to say of a file that can't be opened, and what the user may do."""
     name = os.path.basename(path)
-    text = tr("{file} can't be opened: {why}").format(file=name, why=error)
+    text = tr("{file} can't be opened: {why}").format(file=name, why=why)
     if not os.path.exists(path):
         return text, tr("If it was moved or renamed, look for it with “Open…”.")
     before = name + "~"

@@ -244,8 +244,9 @@ class App:
             self.settings.recent.remove(path)
             self.settings.save()
         self.refresh()
-        text, advice = unopened(path, error)
-        self.tell(text, advice=advice, warning=True)
+        why, *notes = error.args
+        text, advice = unopened(path, why)
+        self.tell(text, notes, advice, warning=True)
 
     def _open_sketch(self, path: str) -> list[str]:
         def task(tick: Tick) -> tuple[storage.Document, Measured]:
