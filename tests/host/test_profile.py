@@ -6,7 +6,7 @@ import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Point
-from support.neighbours import circle, rectangle, regular, slot
+from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.shapes import EVERY_KIND, PAIR, PLATE, sketch
 from tandrel import profile
 from tandrel import sketch as S
@@ -87,6 +87,16 @@ def test_shapes_that_touch_in_a_point_stay_two():
         assert len(holes) == 2 and all(hole.is_hole and hole.drawn for hole in holes)
 
 
+def test_shapes_that_touch_in_two_points_stay_two_whatever_lies_between():
+    angle = polygon((0, 0), (2, 0), (2, 1), (1, 1), (1, 2), (0, 2))
+    other = polygon((1, 2), (2, 2), (2, 1), (3, 1), (3, 3), (1, 3))
+    for pair in ((angle, other), (other, angle)):
+        assert profile.has_own_contours(sketch(*pair))
+    bars = rectangle(0, 0, 2, 1), rectangle(0, 0, 1, 2)
+    joined = profile.contours(sketch(bars[0], other, bars[1]))
+    assert [contour.area for contour in joined] == [3.0, 3.0]
+
+
 def test_contours_that_can_t_be_joined_exactly_are_joined_as_polygons(monkeypatch):
     def fail(*_):
         raise joining.Unjoined
@@ -111,7 +121,8 @@ def test_crossing_bars_have_as_many_contours_as_they_are_and_yet_others():
 def test_neighbours_that_share_an_edge_become_one_piece():
     pair = sketch(rectangle(0, 0, 1, 1), rectangle(1, 0, 1, 1))
     assert profile.area(pair) == 2.0
-    assert len(profile.contours(pair)) == 1
+    (piece,) = profile.contours(pair)
+    assert len(piece.edges) == 4, "without corners where there are none"
     assert not profile.has_own_contours(pair)
 
 
