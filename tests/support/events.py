@@ -72,12 +72,13 @@ class Send:
         self.canvas.event_generate("<MouseWheel>", x=x, y=y, delta=delta)
 
     def key(self, name, widget=None):
-        """A key, with the keyboard focus in the widget (the canvas unless given)."""
+        """A key such as "Control-z", with the keyboard focus in the widget, or in the canvas."""
         widget = self.canvas if widget is None else widget
         focus(widget)
-        widget.event_generate(f"<KeyPress-{name}>")
-        if widget.winfo_exists():
-            widget.event_generate(f"<KeyRelease-{name}>")
+        *held, key = name.split("-")
+        for event in ("KeyPress", "KeyRelease"):
+            if widget.winfo_exists():
+                widget.event_generate(f"<{'-'.join([*held, event, key])}>")
 
 
 def focus(widget):

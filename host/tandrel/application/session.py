@@ -124,6 +124,24 @@ class Session:
         """Take the last undo back."""
         return self.can_redo and self._go_to(self._position + 1)
 
+    def keep_draft(self, edited: Sketch) -> str:
+        """Keep a sketch that is still being edited where a crash can't reach it.
+
+        It takes the place of the document there until that is kept again. Says why it can't be
+        kept, "" if it is.
+        """
+        if self._recovery is None:
+            return ""
+        try:
+            self._recovery.keep(replace(self.document, sketch=edited), self.path)
+        except SketchFileError as error:
+            return str(error)
+        return ""
+
+    def forget_draft(self) -> None:
+        """Keep the document itself again: what was being edited isn't wanted."""
+        self._autosave()
+
     def close(self) -> None:
         """Leave on purpose: what isn't saved now isn't wanted."""
         if self._recovery is not None:

@@ -1,0 +1,114 @@
+"""Undo and redo inside the dialog."""
+
+from __future__ import annotations
+
+from functools import partial
+from typing import Any, List, NamedTuple, Optional, Tuple
+
+from tandrel.gui.sketcher import SketchEditor
+
+MOST = 1000  # states that are kept
+
+_KEYS = {
+    "undo": ("Control-z", "Control-Z"),
+    "redo": ("Control-y", "Control-Y", "Control-Shift-z", "Control-Shift-Z"),
+}
+
+
+class State(NamedTuple):
+    """What an editor shows. The editor replaces entities whole, so that states may share them."""
+
+    entities: Tuple[Any, ...]
+    plane: Any
+    selected: Optional[int]
+
+    def draws(self, other: State) -> bool:
+        """Whether the other one is the same sketch, whatever is selected in it."""
+        return self.plane == other.plane and self.entities == other.entities
+
+
+class History:
+    """The states of a sketch one after the other, and which of them is the present one."""
+
+    def __init__(self, first: State) -> None:
+        self._states: List[State] = [first]
+        self._at = 0
+        self.first = first
+
+    @property
+    def present(self) -> State:
+        return self._states[self._at]
+
+    def note(self, state: State) -> bool:
+        """Go on with a state. False where only the selection is another one: that is no step."""
+        if state.draws(self.present):
+            self._states[self._at] = state
+            return False
+        del self._states[self._at + 1 :]
+        self._states.append(state)
+        del self._states[:-MOST]
+        self._at = len(self._states) - 1
+        return True
+
+    def step(self, by: int) -> Optional[State]:
+        """Go one state back (-1) or forth (1); None, and no step, at the end."""
+        if not 0 <= self._at + by < len(self._states):
+            return None
+        self._at += by
+        return self.present
+
+
+class Undoing(SketchEditor):
+    """An editor whose changes can be taken back, with the selection; a drag is one of them.
+
+    Every change ends in a repaint: that is where it is noticed.
+    """
+
+    history: Optional[History] = None
+
+    def _build(self, allow_plane: bool) -> None:
+        super()._build(allow_plane)
+        for operation, keys in _KEYS.items():
+            for key in keys:
+                self.bind(f"<{key}>", partial(self._call, operation))
+
+    def _call(self, operation: str, _event: Any) -> None:
+        getattr(self, operation)()
+
+    def redraw(self) -> None:
+        if self.drag is None:
+            self._note()
+        super().redraw()
+
+    def _note(self) -> None:
+        state = State(tuple(self.sk["entities"]), self.sk.get("plane", "XY"), self.sel)
+        if self.history is None:
+            self.history = History(state)
+        elif self.history.note(state):
+            self.changed()
+
+    def changed(self) -> None:
+        """The sketch is another one than before; called once for each change, undone ones too."""
+
+    def undo(self) -> None:
+        """Take the last change back."""
+        self._step(-1)
+
+    def redo(self) -> None:
+        """Make the change again that was taken back last."""
+        self._step(1)
+
+    def _step(self, by: int) -> None:
+        # A shape that the pointer holds isn't where it is going to be.
+        state = None if self.history is None or self.drag is not None else self.history.step(by)
+        if state is None:
+            self.bell()
+            return
+        self.sk["entities"][:] = state.entities
+        if state.plane != self.sk.get("plane", "XY"):
+            self.sk["plane"] = state.plane
+            self.plane.set(state.plane)
+        self.sel = state.selected
+        self.refresh_list()
+        self.redraw()
+        self.changed()

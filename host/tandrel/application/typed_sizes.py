@@ -1,0 +1,200 @@
+"""Sizes are read as people type them, in the form, the corners, the offset and the grid."""
+
+from __future__ import annotations
+
+import re
+import tkinter as tk
+from contextlib import suppress
+from fractions import Fraction
+from functools import partial
+from typing import Any, Iterator, List, Optional
+
+from tandrel.application import typed_numbers
+from tandrel.application.status_messages import LastingMessages
+from tandrel.application.typed_numbers import Unreadable
+from tandrel.gui import sketcher
+from tandrel.gui.i18n import tr
+from tandrel.gui.widgets import SYSTEMS, num_text, units
+
+_DEGREES = {"°": Fraction(1)}
+
+
+def read_length(text: str) -> float:
+    """The length that was typed, in display units."""
+    own = Fraction(SYSTEMS[units().name].metres)
+    known = {name: Fraction(system.metres) / own for name, system in SYSTEMS.items()}
+    return typed_numbers.read(text, {**known, '"': known["in"]})
+
+
+class TypedSizes(LastingMessages):
+    """What was typed is put as plain numbers before the editor reads it.
+
+    What can't be read is named, and stays as it was typed. OK applies what is typed in the form.
+    """
+
+    _shown: Optional[List[str]] = None
+
+    def _build(self, allow_plane: bool) -> None:
+        super()._build(allow_plane)
+        for entry in self._entries(self.grid):
+            for event in ("<Return>", "<FocusOut>"):
+                entry.bind(event, lambda _event: self._take_grid(), add="+")
+
+    def _entries(self, variable: tk.Variable) -> Iterator[tk.Misc]:
+        """The fields over the drawing that show a variable."""
+        for widget in self.status.master.winfo_children()[0].winfo_children():
+            if "textvariable" in widget.keys() and str(widget.cget("textvariable")) == str(
+                variable
+            ):
+                yield widget
+
+    # The form.
+
+    def typed(self) -> Optional[List[str]]:
+        """The texts of the form, that of the corners last; None where there is no form."""
+        if self.sel is None or self.sel >= len(self.sk["entities"]):
+            return None
+        texts = [str(variable.get()) for variable in self.vars.values()]
+        return [*texts, self.points_text.get("1.0", "end-1c")] if self._has_corners() else texts
+
+    def is_unapplied(self) -> bool:
+        """Whether something stands in the form that wasn't applied."""
+        return self.typed() != self._shown
+
+    def forget_typed(self) -> bool:
+        """Take back what was typed and not applied; False where there is no such thing."""
+        if self._shown is None or not self.is_unapplied():
+            return False
+        self._type(self._shown)
+        return True
+
+    def _has_corners(self) -> bool:
+        return self.sk["entities"][self.sel or 0]["type"] == "polygon"
+
+    def show_props(self) -> None:
+        super().show_props()
+        self._shown = self.typed()
+        if self._shown is not None and self._has_corners():
+            self.points_text.configure(undo=True)
+            for event, step in (("<<Undo>>", "undo"), ("<<Redo>>", "redo")):
+                self.points_text.bind(event, partial(_step_in_text, self.points_text, step))
+
+    def apply_props(self) -> None:
+        typed = self.typed()
+        if typed is None:
+            return super().apply_props()
+        try:
+            plain = self._plain()
+        except Unreadable as error:
+            return self.tell(tr("Not applied: {why}").format(why=error))
+        self._type(plain)
+        super().apply_props()
+        if self._still_told():
+            self._type(typed)
+        else:
+            self._shown = self.typed()
+
+    def _plain(self) -> List[str]:
+        """The texts of the form as plain numbers."""
+        kind = self.sk["entities"][self.sel or 0]["type"]
+        texts = []
+        for key, label, is_length in sketcher.FIELDS[kind]:
+            text = str(self.vars[key].get())
+            with _named(tr(label)):
+                value = read_length(text) if is_length else typed_numbers.read(text, _DEGREES)
+            texts.append(num_text(value))
+        if self._has_corners():
+            texts.append(plain_corners(self.points_text.get("1.0", "end-1c")))
+        return texts
+
+    def _type(self, texts: List[str]) -> None:
+        """Have the form show these texts; a text that it shows already keeps its cursor."""
+        for variable, text in zip(self.vars.values(), texts):
+            if variable.get() != text:
+                variable.set(text)
+        if self._has_corners() and self.points_text.get("1.0", "end-1c") != texts[-1]:
+            self.points_text.replace("1.0", "end-1c", texts[-1])
+
+    # Offset and grid.
+
+    def ok(self) -> None:
+        if self.is_unapplied():
+            self.apply_props()
+            if self.is_unapplied():
+                return
+        if self.dim == 3:
+            try:
+                with _named(tr("Offset along the normal")):
+                    self.offset.set(num_text(read_length(self.offset.get())))
+            except Unreadable as error:
+                return self.tell(tr("Not applied: {why}").format(why=error))
+        super().ok()
+
+    def grid_step(self) -> float:
+        with suppress(Unreadable):
+            typed = read_length(self.grid.get())
+            if typed > 0:
+                return units().to_si(typed, "length")
+        return self._default_grid()
+
+    def _take_grid(self) -> None:
+        """Show the step that was typed as a plain number, or say why there is another one."""
+        text = self.grid.get()
+        try:
+            with _named(tr("Grid")):
+                self.grid.set(num_text(read_length(text)))
+        except Unreadable as error:
+            if text.strip():
+                self.tell(tr("Not applied: {why}").format(why=error))
+
+
+def _step_in_text(box: tk.Text, step: str, _event: Any) -> Optional[str]:
+    """The text's own undo. Where there is nothing left to undo, the key is that of the dialog."""
+    try:
+        box.edit(step)
+    except tk.TclError:
+        return None
+    return "break"
+
+
+class _named:
+    """Put the name of a field before what is wrong with it."""
+
+    def __init__(self, field: str) -> None:
+        self._field = field
+
+    def __enter__(self) -> None:
+        pass
+
+    def __exit__(self, _kind: Any, error: Any, _trace: Any) -> None:
+        if isinstance(error, Unreadable):
+            why = tr("{place}: {why}").format(place=self._field, why=error)
+            raise Unreadable(why) from None
+
+
+def plain_corners(text: str) -> str:
+    """Lines of two lengths as lines of two plain numbers.
+
+    Between the two stands a semicolon, a blank, or a comma where that isn't the decimal mark. Where
+    it is a blank, a sum has none; a unit may.
+    """
+    return "\n".join(_plain_corner(number, line) for number, line in enumerate(text.split("\n"), 1))
+
+
+def _plain_corner(number: int, line: str) -> str:
+    if not line.strip():
+        return ""
+    with _named(tr("Corners, line {n}").format(n=number)):
+        texts = _two(line)
+        if len(texts) != 2:
+            raise Unreadable(tr("each corner needs two numbers"))
+        return " ".join(num_text(read_length(text)) for text in texts)
+
+
+def _two(line: str) -> List[str]:
+    if ";" in line:
+        return line.split(";")
+    comma = r",(?=\s)" if typed_numbers.decimal_comma() else ","
+    # A unit goes with the number before it.
+    line = re.sub(rf"""(?<=[0-9.,])\s+(?=(?:{"|".join(SYSTEMS)})\b|")""", "", line)
+    return re.sub(comma, " ", line).split()

@@ -1,0 +1,130 @@
+"""Undo and redo in the editor: every change, with the selection; a drag is one."""
+
+import copy
+
+import pytest
+from support.events import Send
+from support.neighbours import rectangle
+from tandrel.application.history import MOST, History, State, Undoing
+
+PLATE, HOLE = rectangle(0.0, 0.0, 0.1, 0.05, 0.0), {"type": "circle", "xc": 0.05, "yc": 0.02}
+SKETCH = {"plane": "XY", "entities": [PLATE, {**HOLE, "r": 0.01}]}
+
+
+def states(*numbers):
+    return [State((number,), "XY", None) for number in numbers]
+
+
+def test_states_come_back_one_by_one():
+    one, two, three, other = states(1, 2, 3, 4)
+    history = History(one)
+    assert history.note(two) and history.note(three)
+    assert [history.step(by) for by in (-1, -1, -1, 1, 1, 1)] == [two, one, None, two, three, None]
+    history.step(-1)
+    assert history.note(other)
+    assert history.step(1) is None
+    assert [history.step(-1), history.step(-1)] == [two, one]
+
+
+def test_another_selection_is_no_step_but_is_remembered():
+    (one, two), history = states(1, 2), History(State((1,), "XY", 0))
+    assert not history.note(one._replace(selected=5))
+    history.note(two)
+    assert history.step(-1).selected == 5
+
+
+def test_the_oldest_states_go_where_there_are_too_many():
+    history = History(State((0,), "XY", None))
+    for state in states(*range(1, MOST + 10)):
+        history.note(state)
+    steps = 0
+    while history.step(-1):
+        steps += 1
+    assert (steps, history.present.entities, history.first.entities) == (MOST - 1, (10,), (0,))
+
+
+@pytest.fixture
+def hands(open_editor):
+    """A user at an editor with undo, and with nothing else of the application's."""
+    editor = open_editor(copy.deepcopy(SKETCH), Undoing)
+    editor.changes = []
+    editor.changed = lambda: editor.changes.append(copy.deepcopy(editor.sk))
+    return Send(editor)
+
+
+def draw(hands):
+    hands.editor.tool.set("circle")
+    hands.stroke((30, 30), (40, 40), (50, 50))
+
+
+def drag(hands):
+    x, y = hands.at((0.02, 0.02))
+    hands.stroke((x, y), (x + 10, y), (x + 30, y + 20), (x + 60, y))
+
+
+def type_in(hands):
+    hands.editor.vars["r"].set("7")
+    hands.editor.apply_props()
+
+
+def change_plane(hands):
+    hands.editor.plane.set("YZ")
+    hands.editor._plane_changed()
+    hands.editor.redraw()
+
+
+CHANGES = [draw, drag, type_in, lambda hands: hands.key("Delete"), change_plane]
+
+
+@pytest.mark.parametrize("change", CHANGES)
+def test_a_change_is_one_step_there_and_back(hands, change):
+    editor = hands.editor
+    editor.select(1)
+    before = copy.deepcopy((editor.sk, editor.sel))
+    change(hands)
+    after = copy.deepcopy((editor.sk, editor.sel))
+    assert after[0] != before[0]
+    hands.key("Control-z")
+    undone = copy.deepcopy((editor.sk, editor.sel))
+    hands.key("Control-y")
+    redone = copy.deepcopy((editor.sk, editor.sel))
+    hands.key("Control-z")
+    hands.key("Control-Shift-Z")
+    hands.key("Control-z")
+    if change is drag:
+        # It began with a press that selected the plate.
+        before = (before[0], 0)
+    assert (undone, redone) == (before, after)
+    assert (editor.sk, editor.sel) == before
+    assert editor.changes == [after[0], before[0]] * 3
+    assert editor.plane.get() == editor.sk["plane"] == "XY"
+    assert [editor.list.selection()] == [(str(editor.sel),)]
+    assert set(editor.vars) == set(before[0]["entities"][editor.sel]) - {"type"}
+
+
+def test_nothing_is_undone_while_the_pointer_has_a_shape(hands):
+    editor = hands.editor
+    hands.key("Delete")
+    editor.select(1)
+    hands.key("Delete")
+    hands.press(*hands.at((0.02, 0.02)))
+    hands.key("Control-z")
+    assert len(editor.sk["entities"]) == 1
+    hands.release(*hands.at((0.02, 0.02)))
+    hands.key("Control-z")
+    assert editor.sk == SKETCH
+
+
+def test_there_is_an_end_to_undo_and_redo(hands):
+    for key in ("Control-z", "Control-y"):
+        hands.key(key)
+        assert hands.editor.sk == SKETCH
+
+
+def test_the_sketch_handed_back_is_the_one_shown(hands):
+    editor = hands.editor
+    editor.select(1)
+    hands.key("Delete")
+    hands.key("Control-z")
+    editor.ok()
+    assert editor.result == {**SKETCH, "offset": 0.0}

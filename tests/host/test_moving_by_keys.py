@@ -1,0 +1,81 @@
+"""Ctrl+D and the arrow keys in the editor."""
+
+import copy
+
+import pytest
+from support.events import Send
+from tandrel.application.moving_by_keys import MovingByKeys
+from tandrel.gui import widgets
+
+CIRCLE = {"type": "circle", "xc": 0.02, "yc": 0.0, "r": 0.01}
+SLOT = {"type": "slot", "x1": 0.0, "y1": 0.05, "x2": 0.02, "y2": 0.05, "r": 0.004}
+
+
+@pytest.fixture
+def hands(open_editor, root):
+    widgets.install(root)
+    editor = open_editor({"entities": [dict(CIRCLE), dict(SLOT)]}, MovingByKeys)
+    editor.grid.set("5")
+    editor.select(0)
+    return Send(editor)
+
+
+def test_a_duplicate_lies_one_step_aside_and_is_selected(hands):
+    editor = hands.editor
+    hands.key("Control-d", editor.list)
+    assert editor.sk["entities"] == [CIRCLE, SLOT, {**CIRCLE, "xc": 0.025}]
+    assert editor.sel == 2
+    hands.key("Control-d")
+    assert editor.sk["entities"][3] == {**CIRCLE, "xc": 0.025 + 0.005}
+
+
+STEPS = {
+    "Right": (0.005, 0.0),
+    "Left": (-0.005, 0.0),
+    "Up": (0.0, 0.005),
+    "Down": (0.0, -0.005),
+    "Shift-Right": (0.0005, 0.0),
+    "Shift-Up": (0.0, 0.0005),
+}
+
+
+def test_an_arrow_key_moves_the_selected_shape(hands):
+    editor = hands.editor
+    for key, (u, v) in STEPS.items():
+        editor.sk["entities"][0] = CIRCLE
+        hands.key(key)
+        moved = {**CIRCLE, "xc": CIRCLE["xc"] + u, "yc": CIRCLE["yc"] + v}
+        assert editor.sk["entities"] == [moved, SLOT]
+        assert float(editor.vars["xc"].get()) == pytest.approx(moved["xc"] * 1000)
+
+
+def test_keys_of_fields_and_of_the_list_are_theirs(hands):
+    editor = hands.editor
+    entry = next(
+        w for w in editor.props.winfo_children()[0].winfo_children() if hasattr(w, "icursor")
+    )
+    for key in ("Control-d", "Left", "Shift-Up"):
+        hands.key(key, entry)
+        assert editor.sk["entities"] == [CIRCLE, SLOT]
+    editor.list.focus("0")
+    hands.key("Down", editor.list)
+    editor.update()
+    assert (editor.sk["entities"], editor.sel) == ([CIRCLE, SLOT], 1)
+
+
+@pytest.mark.parametrize("key", ["Control-d", "Left"])
+def test_nothing_happens_without_a_shape_or_while_the_pointer_has_it(hands, key):
+    editor = hands.editor
+    editor.tool.set("select")
+    hands.press(*hands.at((0.02, 0.0)))
+    assert editor.drag
+    hands.key(key)
+    hands.release(*hands.at((0.02, 0.0)))
+    for index in (None, 7):
+        editor.select(index)
+        hands.key(key)
+    editor.sk["entities"].append({**CIRCLE, "r": -1.0})
+    editor.select(2)
+    before = copy.deepcopy(editor.sk["entities"])
+    hands.key(key)
+    assert editor.sk["entities"] == before == [CIRCLE, SLOT, {**CIRCLE, "r": -1.0}]

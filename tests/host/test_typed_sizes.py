@@ -1,0 +1,183 @@
+"""The form, the corners, the offset and the grid take numbers as people type them."""
+
+import copy
+
+import pytest
+from support.events import Send, focus, type_text
+from support.widgets import walk
+from tandrel.application.typed_sizes import TypedSizes
+from tandrel.gui import i18n, widgets
+
+CIRCLE = {"type": "circle", "xc": 0.01, "yc": 0.0, "r": 0.004}
+NUT = {"type": "regular", "xc": 0.1, "yc": 0.0, "r": 0.004, "n": 6, "angle": 0.0}
+OUTLINE = {"type": "polygon", "points": [[0.0, 0.1], [0.02, 0.1], [0.0, 0.12]], "radius": 0.0}
+SKETCH = {"plane": "XY", "offset": 0.0, "entities": [CIRCLE, NUT, OUTLINE]}
+
+
+@pytest.fixture
+def editor(open_editor, root, catalogues):
+    """One that reads what people type, and with nothing else of the application's."""
+    widgets.install(root)
+    return open_editor(copy.deepcopy(SKETCH), TypedSizes)
+
+
+def status(editor):
+    return str(editor.status.cget("text"))
+
+
+def entry_of(editor, variable):
+    return next(
+        w
+        for w in walk(editor)
+        if "textvariable" in (w.keys() or ()) and str(w.cget("textvariable")) == str(variable)
+    )
+
+
+SUMS = [
+    (0, "r", "10/2", 0.005, "5"),
+    (0, "r", "0.5 in", 0.0127, "12.7"),
+    (0, "xc", "10 - 2*20", -0.03, "-30"),
+    (1, "n", "4+4", 8, "8"),
+    (1, "angle", "360/8", 45.0, "45"),
+    (1, "angle", "30°", 30.0, "30"),
+    (2, "radius", "1 mm", 0.001, "1"),
+]
+
+
+def test_a_sum_in_the_form_is_applied_and_shown_as_its_value(editor):
+    for index, key, text, value, shown in SUMS:
+        editor.sk["entities"] = copy.deepcopy(SKETCH["entities"])
+        editor.select(index)
+        editor.vars[key].set(text)
+        editor.apply_props()
+        assert editor.sk["entities"][index] == {**SKETCH["entities"][index], key: value}
+        assert (status(editor), editor.vars[key].get()) == ("", shown)
+        assert not editor.is_unapplied()
+
+
+REFUSED = [
+    ("en", 0, "r", "four", "Not applied: Radius: “four” can't be read as a number"),
+    ("en", 1, "n", "6 mm", "Not applied: Sides: “mm” is no unit here; there are °"),
+    ("en", 0, "r", "-1", "Not applied: the radius must be greater than zero"),
+    ("de", 0, "xc", "vier", "Nicht übernommen: Mitte u: „vier“ lässt sich nicht als Zahl lesen"),
+]
+
+
+def test_what_cannot_be_applied_stays_and_is_named(editor):
+    for language, index, key, text, why in REFUSED:
+        i18n.set_language(language)
+        editor.select(index)
+        editor.vars[key].set(text)
+        editor.apply_props()
+        assert editor.sk == SKETCH
+        assert (status(editor), editor.vars[key].get()) == (why, text)
+        assert editor.is_unapplied()
+
+
+def test_a_reason_stays_until_the_next_press_or_key(editor):
+    hands = Send(editor)
+    for act in (lambda: hands.click(5, 5), lambda: hands.key("a"), lambda: hands.key("Escape")):
+        editor.select(0)
+        editor.vars["r"].set("four")
+        editor.apply_props()
+        hands.motion(100, 100)
+        hands.motion(120, 100)
+        assert "four" in status(editor)
+        act()
+        hands.motion(100, 100)
+        assert status(editor).startswith("x = ")
+
+
+CORNERS = [
+    ("en", "0,100\n20 100\n 0 , 60*2", [[0, 100], [20, 100], [0, 120]]),
+    ("en", "0 10 cm\n2cm 100mm\n0; 100 + 20", [[0, 100], [20, 100], [0, 120]]),
+    ("en", "0 -5\n20 -5\n\n0 7.5\n", [[0, -5], [20, -5], [0, 7.5]]),
+    ("de", "0,5 100\n20; 100,5\n0, 120", [[0.5, 100], [20, 100.5], [0, 120]]),
+]
+
+
+def test_corners_are_read_line_by_line(editor):
+    for language, text, points in CORNERS:
+        i18n.set_language(language)
+        editor.select(2)
+        editor.points_text.replace("1.0", "end", text)
+        editor.apply_props()
+        assert status(editor) == ""
+        found = editor.sk["entities"][2]["points"]
+        assert [[round(c * 1000, 9) for c in point] for point in found] == points
+        assert not editor.is_unapplied()
+
+
+BAD_CORNERS = {
+    "0 100\n20\n0 120": "line 2: each corner needs two numbers",
+    "0 100\n20 100\n0 1 2": "line 3: each corner needs two numbers",
+    "0 100\n20 x\n0 120": "line 2: “x” can't be read as a number",
+    "0 10 + 5\n20 1\n0 120": "line 1: each corner needs two numbers",
+    "0; a b\n20 1\n0 120": "line 1: “a b” can't be read as a number",
+}
+
+
+def test_a_corner_that_cannot_be_read_is_named_by_its_line(editor):
+    for text, why in BAD_CORNERS.items():
+        editor.select(2)
+        editor.points_text.replace("1.0", "end", text)
+        editor.apply_props()
+        assert status(editor) == f"Not applied: Corners, {why}"
+        assert editor.sk == SKETCH
+        assert editor.points_text.get("1.0", "end-1c") == text
+
+
+def test_the_corners_box_undoes_its_own_text_first(editor):
+    editor.undone = []
+    editor.bind("<Control-z>", editor.undone.append)
+    editor.select(2)
+    box, before = editor.points_text, editor.points_text.get("1.0", "end")
+    box.edit_reset()
+    focus(box)
+    box.insert("1.0", "9")
+    hands = Send(editor)
+    hands.key("Control-z", box)
+    assert (box.get("1.0", "end"), editor.undone) == (before, [])
+    hands.key("Control-z", box)
+    assert len(editor.undone) == 1
+
+
+def test_what_was_typed_is_taken_back_or_applied_by_ok(editor):
+    editor.select(0)
+    assert not editor.forget_typed()
+    editor.vars["r"].set("7")
+    assert editor.forget_typed()
+    assert (editor.vars["r"].get(), editor.is_unapplied()) == ("4", False)
+    editor.vars["r"].set("seven")
+    editor.ok()
+    assert editor.winfo_exists() and "seven" in status(editor)
+    editor.vars["r"].set("7")
+    editor.offset.set("1/2 in")
+    editor.ok()
+    assert editor.result == {
+        **SKETCH,
+        "offset": 0.0127,
+        "entities": [{**CIRCLE, "r": 0.007}, NUT, OUTLINE],
+    }
+
+
+def test_an_offset_that_cannot_be_read_is_named(editor):
+    editor.offset.set("far")
+    editor.ok()
+    assert status(editor).startswith("Not applied: Offset along the normal: “far”")
+    assert editor.result is None and editor.sk["offset"] == 0.0
+
+
+def test_a_grid_is_a_sum_too(editor):
+    entry = entry_of(editor, editor.grid)
+    default = editor._default_grid()
+    for text, step in (("10/4", 0.0025), ("1/16 in", 0.0015875), ("", default), ("-1", default)):
+        editor.grid.set(text)
+        assert editor.grid_step() == pytest.approx(step, abs=1e-18)
+    type_text(entry, "10/4")
+    entry.event_generate("<Return>")
+    assert (editor.grid.get(), editor.grid_step()) == ("2.5", 0.0025)
+    type_text(entry, "wide")
+    focus(editor.canvas)
+    assert status(editor).startswith("Not applied: Grid: “wide”")
+    assert editor.grid_step() == default
