@@ -1,4 +1,4 @@
-"""A click in the application's editor is no drag; a drag is that of the module."""
+"""The application's editor as a whole: clicks and drags, what its habits do together, its list."""
 
 import copy
 
@@ -93,3 +93,92 @@ def test_a_click_on_nothing_and_one_after_it_move_nothing(at_work):
     assert hands.editor.sel is None
     hands.stroke((x, y), (x + 1, y))
     assert hands.editor.sk["entities"] == SKETCH["entities"]
+
+
+# What its habits do together.
+
+
+def test_undo_takes_back_first_what_is_no_change_yet(at_work):
+    hands, _ = at_work(Editor, "line")
+    editor = hands.editor
+    editor.add({"type": "circle", "xc": 0.02, "yc": 0.01, "r": 0.004})
+    editor.vars["r"].set("5")
+    editor.apply_props()
+    editor.vars["r"].set("6")
+    hands.click(20, 20)
+    hands.key("Control-z")
+    assert (editor.clicks, editor.vars["r"].get()) == ([], "6")
+    hands.key("Control-z")
+    assert (editor.vars["r"].get(), editor.sk["entities"][1]["r"]) == ("5", 0.005)
+    hands.key("Control-z")
+    assert editor.sk["entities"][1]["r"] == 0.004
+    hands.key("Control-z")
+    assert editor.sk["entities"] == SKETCH["entities"]
+
+
+def test_a_sum_in_the_grid_is_what_snaps_and_what_is_drawn(at_work):
+    hands, (x, y) = at_work(Editor)
+    editor = hands.editor
+    editor.grid.set("10/4")
+    assert editor.snapped(x, y).tolist() == pytest.approx([0.02, 0.01], abs=1e-15)
+    hands.motion(x, y)
+    assert "Grid 2.5 mm" in str(editor.status.cget("text"))
+
+
+def test_a_reason_lasts_and_then_the_grid_is_told_again(at_work):
+    hands, (x, y) = at_work(Editor)
+    hands.editor.offset.set("far")
+    hands.editor.ok()
+    hands.motion(x, y)
+    assert "far" in str(hands.editor.status.cget("text"))
+    hands.key("a")
+    hands.motion(x, y)
+    assert "Grid 0.1 mm" in str(hands.editor.status.cget("text"))
+
+
+# The list.
+
+MANY = [{"type": "circle", "xc": 0.01 * k, "yc": 0.0, "r": 0.004} for k in range(40)]
+
+
+@pytest.fixture
+def long_list(open_editor, root):
+    widgets.install(root)
+    editor = open_editor({"entities": copy.deepcopy(MANY)}, Editor, root)
+    editor.geometry("900x600")
+    editor.update()
+    return Send(editor)
+
+
+def test_a_scroll_bar_moves_the_list(long_list):
+    editor = long_list.editor
+    rows = editor.list
+    (bar,) = [w for w in rows.master.winfo_children() if w.winfo_class() == "TScrollbar"]
+    assert bar.winfo_viewable() and bar.get() == rows.yview() != (0.0, 1.0)
+    # Beside the rows, whose last column it would hide.
+    assert bar.winfo_x() == rows.winfo_x() + rows.winfo_width()
+    assert bar.winfo_x() + bar.winfo_width() <= rows.master.winfo_width()
+    x, y = bar.winfo_width() // 2, bar.winfo_height() - 3
+    bar.event_generate("<ButtonPress-1>", x=x, y=y)
+    bar.event_generate("<ButtonRelease-1>", x=x, y=y)
+    editor.update()
+    assert rows.yview()[0] > 0 and bar.get() == rows.yview()
+
+
+def test_the_selected_row_is_in_sight_and_rows_keep_their_places(long_list):
+    editor = long_list.editor
+    rows = editor.list
+    editor.select(30)
+    editor.update()
+    assert rows.bbox("30")
+    places = [rows.bbox(row) for row in rows.get_children()]
+    assert not rows.bbox("0")
+    editor.select(29)
+    editor.update()
+    assert [rows.bbox(row) for row in rows.get_children()] == places
+    long_list.key("Up", rows)
+    editor.update()
+    assert editor.sel == 28
+    long_list.stroke(*(long_list.at((0.28, v)) for v in (0.0, 0.01, 0.02)))
+    editor.update()
+    assert [rows.bbox(row) for row in rows.get_children()] == places

@@ -1,6 +1,8 @@
 """The sketch editor as this application opens it: overridden operations, and nothing else.
 
-Whatever isn't overridden here is the module's own; each override calls what it overrides.
+Each of its habits is a class of its own that overrides the few operations it needs and calls what
+it overrides; whatever no class here overrides is the module's own. Each works by itself, and over
+any other: they are listed so that one that is asked first stands first.
 """
 
 from __future__ import annotations
@@ -9,14 +11,21 @@ import math
 from typing import Any, Optional, Tuple
 
 from tandrel.application import editor_layout
-from tandrel.gui.sketcher import SketchEditor
+from tandrel.application.corner_by_corner import CornerByCorner
+from tandrel.application.leaving import Leaving
+from tandrel.application.moving_by_keys import MovingByKeys
+from tandrel.application.sizes_while_drawing import SizesWhileDrawing
+from tandrel.application.unit_grid import UnitGrid
+from tandrel.application.without_dust import WithoutDust
 from tandrel.gui.widgets import px
 
 CLICK_PX = 4  # nominal; as far as that from its press the pointer hasn't left it
 
 
-class Editor(SketchEditor):
+class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing, WithoutDust):
     """A sketch editor whose layout keeps still, and which takes a click for no drag.
+
+    With undo and redo, sizes while drawing, sums for sizes, and what else people reach for.
 
     It opens with `window_size`, a text such as "1200x800" in pixels, as far as the screen has room
     for that. Once it is closed, `window_size` is what the user left it with.
@@ -40,6 +49,24 @@ class Editor(SketchEditor):
         if self.winfo_exists():
             self.window_size = f"{self.winfo_width()}x{self.winfo_height()}"
         super().destroy()
+
+    # The list: rows stay where they are when they are made anew, the selected one in sight, and
+    # the arrow keys go on from there.
+
+    def refresh_list(self, keep: bool = False) -> None:
+        top = self.list.yview()[0]
+        super().refresh_list(keep)
+        self.list.yview_moveto(top)
+        if self.sel is not None and self.list.exists(str(self.sel)):
+            self.list.see(str(self.sel))
+            self.list.focus(str(self.sel))
+
+    # Taking back: first what isn't a change of the sketch yet.
+
+    def undo(self) -> None:
+        """Take back the last corner, what was typed and not applied, or the last change."""
+        if not (self.take_back() or self.forget_typed()):
+            super().undo()
 
     # The pointer: a shape follows it from when it has left the press.
 

@@ -118,9 +118,15 @@ def _reserve_side(editor: SketchEditor, form: Size) -> None:
     editor.list.configure(height=_LEAST_ROWS)
     for column, nominal in _COLUMNS.items():
         editor.list.column(column, width=px(nominal))
-    width = max(form[0], editor.list.winfo_reqwidth())
-    height = form[1] + px(8) + editor.list.winfo_reqheight()
-    side: Any = editor.list.master
+    rows = editor.list
+    bar = ttk.Scrollbar(rows.master, orient="vertical", command=rows.yview)
+    rows.configure(yscrollcommand=bar.set)
+    # Its room is there at any time; where all rows are in sight it shows no slider.
+    rows.pack_configure(padx=(0, bar.winfo_reqwidth()))
+    bar.place(in_=rows, relx=1, rely=0, relheight=1, anchor="nw")
+    width = max(form[0], rows.winfo_reqwidth() + bar.winfo_reqwidth())
+    height = form[1] + px(8) + rows.winfo_reqheight()
+    side: Any = rows.master
     for frame, size in ((editor.props, form), (side, (width, height))):
         frame.pack_propagate(False)
         frame.configure(width=size[0], height=size[1])

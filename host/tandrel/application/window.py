@@ -373,11 +373,13 @@ class App:
         # Files are read strictly: what they hold is what the editor's types ask for.
         sketch = cast(Any, document.sketch)
         size = self.settings.editor_size
-        editor = Editor(self.root, sketch, size, title=title, references=references)
+        keep = self.session.keep_draft
+        editor = Editor(self.root, sketch, size, keep=keep, title=title, references=references)
         edited = cast(Any, editor.run())
         self.settings.editor_size = editor.window_size
         self.settings.save()
         if edited is None or not self.session.accept(edited):
+            self.session.forget_draft()
             return
         try:
             self._show()
