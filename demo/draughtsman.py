@@ -274,6 +274,28 @@ class Draughtsman:
     def apply(self) -> Script:
         yield from self.user.click_on(find(self.editor.props, "TButton"))
 
+    def enter(self) -> Script:
+        """Apply what is typed by the key, and see the keyboard go back to the drawing."""
+        self.user.key("Return")
+        yield until(self._draws, "the form to be applied")
+
+    # Keys.
+
+    def duplicate(self) -> Script:
+        """Have a copy of the selected shape, which is selected then."""
+        count = len(self.editor.sk["entities"])
+        yield until(self._draws, "the keyboard to be the drawing's")
+        self.user.key("ctrl+d")
+        yield self.shapes(count + 1)
+
+    def undo(self, count: int) -> Script:
+        """Take a change back, and see so many shapes."""
+        self.user.key("ctrl+z")
+        yield self.shapes(count)
+
+    def _draws(self) -> bool:
+        return str(self.editor.tk.call("focus")) == str(self.editor.canvas)
+
     # What is seen.
 
     def shapes(self, count: int) -> Wait:

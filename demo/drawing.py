@@ -6,7 +6,7 @@ They are the parts of these names that come with the application, line by line i
 from __future__ import annotations
 
 from pathlib import Path
-from typing import List, Mapping
+from typing import Any, Dict, List, Mapping
 
 from demo.draughtsman import Draughtsman, Point
 from harness.user import Script, until
@@ -14,6 +14,11 @@ from harness.user import Script, until
 PARTS = ("gasket", "bracket")
 LEGS: List[Point] = [(0, 0), (80, 0), (80, 24), (24, 24), (24, 60), (0, 60)]
 LONGER: List[Point] = [(0, 0), (80, 0), (80, 24), (24, 24), (24, 64), (0, 64)]
+
+FLAT_BRACKET: List[Dict[str, Any]] = [
+    {"type": "rectangle", "x": -0.05, "y": -0.02, "w": 0.1, "h": 0.04, "radius": 0.0},
+    *({"type": "circle", "xc": u, "yc": 0.0, "r": 0.0033} for u in (-0.036, -0.012, 0.012, 0.036)),
+]
 
 # Places in the menu bar, and in the menu of the view.
 VIEW, UNITS, LANGUAGE = 2, 0, 1
@@ -28,6 +33,7 @@ def draw_and_save(hands: Draughtsman, files: Mapping[str, Path]) -> Script:
     yield from hands.save_as(files["gasket"])
     yield from hands.see_profile("gasket-window")
     yield from hands.new()
+    yield from _flat_bracket(hands)
     yield from hands.open_editor()
     yield from _bracket(hands)
     yield from hands.pick_row(0)
@@ -66,7 +72,8 @@ def _look(hands: Draughtsman, row: int, picture: str) -> Script:
 
 
 def _gasket(hands: Draughtsman) -> Script:
-    """An oval, its bore, and holes of which those of a kind are drawn by eye and typed alike.
+    """An oval, its bore, and holes of which one of a kind is drawn by eye, and typed; the other is
+    its duplicate, at a place that is a sum.
 
     No shape follows another in its place at once: two quick presses there are a double click.
     """
@@ -78,23 +85,52 @@ def _gasket(hands: Draughtsman) -> Script:
     yield from hands.choose("circle")
     yield from hands.drag((0, 0), (16, 0))
     yield from hands.drag((-40, 0), (-36, 0))
-    yield from hands.drag((40, 0), (44, 0))
-    yield from hands.drag((0, -20), (0, -18))
-    yield from hands.drag((0, 20), (0, 21))
-    yield from _one_too_many(hands)
-    yield from hands.pick_row(2)
     yield from _mistake(hands)
-    for row, radius in ((2, "4.5"), (3, "4.5"), (4, "1.5"), (5, "1.5")):
-        yield from hands.pick_row(row)
-        yield from hands.fill_in("r", radius)
-        hands.user.key("Return")
-        yield hands.holds(row, "r", float(radius) / 1000)
+    yield from hands.fill_in("r", "9/2")
+    yield from hands.enter()
+    yield hands.holds(2, "r", 0.0045)
+    yield from hands.duplicate()
+    yield from hands.fill_in("xc", "-40+80")
+    yield from hands.enter()
+    yield hands.holds(3, "xc", 0.04)
+    yield from hands.duplicate()
+    yield from hands.undo(4)
+    yield from hands.drag((0, -20), (0, -18))
+    yield from hands.fill_in("r", "3/2")
+    yield from hands.enter()
+    yield hands.holds(4, "r", 0.0015)
+    yield from hands.duplicate()
+    yield from hands.fill_in("xc", "0")
+    yield from hands.fill_in("yc", "-20+40")
+    yield from hands.enter()
+    yield hands.holds(5, "yc", 0.02)
 
 
-def _one_too_many(hands: Draughtsman) -> Script:
-    yield from hands.drag((20, 0), (24, 0))
-    hands.user.key("Delete")
-    yield hands.shapes(6)
+def flat_bracket(hands: Draughtsman) -> List[Script]:
+    """A plate with four equal holes, from an empty editor to OK: what its user does, act by act."""
+    acts = [
+        hands.drag((-50, -20), (50, 20)),
+        hands.choose("circle"),
+        hands.drag((-36, 0), (-33, 0)),
+        hands.fill_in("r", "6.6/2"),
+        hands.enter(),
+    ]
+    for before in (-36, -12, 12):
+        acts += [hands.duplicate(), hands.fill_in("xc", f"{before}+24"), hands.enter()]
+    return [*acts, hands.accept()]
+
+
+def _flat_bracket(hands: Draughtsman) -> Script:
+    yield from hands.open_editor()
+    for act in flat_bracket(hands):
+        yield from act
+    session = hands.app.session
+    drawn = session.document.sketch["entities"]
+    if drawn != FLAT_BRACKET:
+        raise RuntimeError(f"the flat bracket is {drawn}")
+    yield from hands.see_profile("flat-bracket-window")
+    yield from hands.press("ctrl+z")
+    yield until(lambda: not session.document.sketch["entities"], "the empty sketch again")
 
 
 def _mistake(hands: Draughtsman) -> Script:
@@ -117,7 +153,14 @@ def _bracket(hands: Draughtsman) -> Script:
     yield from _corners(hands)
     yield from hands.choose("circle")
     yield from hands.drag((12, 12), (15, 12))
-    yield from hands.drag((12, 52), (15, 52))
+    yield from hands.fill_in("r", "6.6/2")
+    yield from hands.enter()
+    yield hands.holds(1, "r", 0.0033)
+    yield from hands.duplicate()
+    yield from hands.fill_in("xc", "12")
+    yield from hands.fill_in("yc", "12+40")
+    yield from hands.enter()
+    yield hands.holds(2, "yc", 0.052)
     yield from _seat_and_slot(hands)
     yield from hands.fit()
     yield from _sizes(hands)
@@ -151,7 +194,7 @@ def _seat_and_slot(hands: Draughtsman) -> Script:
 
 def _sizes(hands: Draughtsman) -> Script:
     """Exact sizes, by the button here."""
-    for row, radius in ((1, "3.3"), (2, "3.3"), (3, "5.8"), (4, "3.3")):
+    for row, radius in ((3, "5.8"), (4, "3.3")):
         yield from hands.pick_row(row)
         yield from hands.fill_in("r", radius)
         yield from hands.apply()

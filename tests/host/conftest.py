@@ -11,8 +11,9 @@ from tkinter import filedialog
 
 import pytest
 import tandrel.gui
+from demo.draughtsman import Draughtsman
 from harness.display import x_server
-from harness.user import play
+from harness.user import User, play
 from support.application import Person, shown
 from support.roots import close_root, open_root
 from tandrel.application import progress
@@ -136,3 +137,16 @@ def acted(managed_display, start, tmp_path):
         return app
 
     return act
+
+
+@pytest.fixture
+def hands(managed_display, start, part, tmp_path):
+    """hands(script): plays script(draughtsman) at the application on the flange."""
+
+    def play_out(script):
+        root = open_root(managed_display)
+        app = start(part, root=root)
+        person = Draughtsman(app, User(root, managed_display), tmp_path)
+        play(root, script(person), tmp_path / "failure.png")
+
+    return play_out

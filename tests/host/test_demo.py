@@ -6,18 +6,16 @@ import os
 import subprocess
 import sys
 from pathlib import Path
+from unittest.mock import Mock
 
 import pytest
 from demo import run
-from demo.draughtsman import Draughtsman
-from demo.drawing import PARTS
+from demo.drawing import PARTS, flat_bracket
 from harness import patience
 from harness.display import x_server
 from harness.patience import wait_for
-from harness.user import User, play
 from PIL import Image
 from support.events import settle
-from support.roots import open_root
 from tandrel.gui import theme
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -166,6 +164,10 @@ def test_the_replayed_session_uses_every_kind_of_shape():
     assert kinds == {"circle", "regular", "slot", "polygon"}
 
 
+def test_a_bracket_with_four_equal_holes_takes_fifteen_acts():
+    assert len(flat_bracket(Mock())) == 15
+
+
 def test_the_replayed_session_leaves_other_parts_alone(replayed):
     folder, _ = replayed
     assert (folder / "replayed-flange.json").read_bytes() == run.PART.read_bytes()
@@ -181,7 +183,7 @@ def test_the_replayed_session_keeps_nothing_at_home(replayed):
 def test_the_replayed_session_leaves_pictures(replayed):
     folder, said = replayed
     pictures = list(folder.glob("*.png"))
-    assert len(pictures) == 14
+    assert len(pictures) == 15
     for path in pictures:
         assert str(path) in said
         with Image.open(path) as picture:
@@ -219,19 +221,6 @@ def test_the_replay_notices_the_smallest_difference(replayed, tmp_path, part):
 
 
 # -- what the replayed user notices on the way -------------------------------------------------
-
-
-@pytest.fixture
-def hands(managed_display, start, part, tmp_path):
-    """hands(script): plays script(draughtsman) at the application on the flange."""
-
-    def play_out(script):
-        root = open_root(managed_display)
-        app = start(part, root=root)
-        person = Draughtsman(app, User(root, managed_display), tmp_path)
-        play(root, script(person), tmp_path / "failure.png")
-
-    return play_out
 
 
 def look_at_both_windows(person):

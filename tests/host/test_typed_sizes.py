@@ -55,6 +55,16 @@ def test_a_sum_in_the_form_is_applied_and_shown_as_its_value(editor):
         assert not editor.is_unapplied()
 
 
+def test_enter_gives_the_keyboard_back_where_the_size_is_applied(editor):
+    editor.select(0)
+    entry = entry_of(editor, editor.vars["r"])
+    for text, holder in (("four", entry), ("4", editor.canvas)):
+        type_text(entry, text)
+        Send(editor).key("Return", entry)
+        editor.update()
+        assert editor.focus_get() is holder
+
+
 REFUSED = [
     ("en", 0, "r", "four", "Not applied: Radius: “four” can't be read as a number"),
     ("en", 1, "n", "6 mm", "Not applied: Sides: “mm” is no unit here; there are °"),
@@ -175,7 +185,9 @@ def test_a_grid_is_a_sum_too(editor):
         editor.grid.set(text)
         assert editor.grid_step() == pytest.approx(step, abs=1e-18)
     type_text(entry, "10/4")
-    entry.event_generate("<Return>")
+    Send(editor).key("Return", entry)
+    editor.update()
+    assert editor.focus_get() is editor.canvas
     assert (editor.grid.get(), editor.grid_step()) == ("2.5", 0.0025)
     type_text(entry, "wide")
     focus(editor.canvas)

@@ -29,7 +29,8 @@ def read_length(text: str) -> float:
 class TypedSizes(LastingMessages):
     """What was typed is put as plain numbers before the editor reads it.
 
-    What can't be read is named, and stays as it was typed. OK applies what is typed in the form.
+    What can't be read is named, and stays as it was typed. What was applied gives the keyboard back
+    to the drawing. OK applies what is typed in the form.
     """
 
     _shown: Optional[List[str]] = None
@@ -37,8 +38,8 @@ class TypedSizes(LastingMessages):
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
         for entry in self._entries(self.grid):
-            for event in ("<Return>", "<FocusOut>"):
-                entry.bind(event, lambda _event: self._take_grid(), add="+")
+            entry.bind("<Return>", lambda _event: self.canvas.focus_set(), add="+")
+            entry.bind("<FocusOut>", lambda _event: self._take_grid(), add="+")
 
     def _entries(self, variable: tk.Variable) -> Iterator[tk.Misc]:
         """The fields over the drawing that show a variable."""
@@ -91,8 +92,11 @@ class TypedSizes(LastingMessages):
         super().apply_props()
         if self._still_told():
             self._type(typed)
-        else:
-            self._shown = self.typed()
+            return
+        self._shown = self.typed()
+        if str(self.tk.call("focus")).startswith(f"{self.props}."):
+            # Keys are the drawing's again.
+            self.canvas.focus_set()
 
     def _plain(self) -> List[str]:
         """The texts of the form as plain numbers."""
