@@ -90,3 +90,26 @@ def test_the_size_is_in_sight_and_never_under_the_pointer(hands):
             left, top, right, bottom = canvas.bbox(label)
             assert 0 <= left < right <= width and 0 <= top < bottom <= height
             assert not (left - 2 <= x <= right + 2 and top - 2 <= y <= bottom + 2)
+
+
+def test_the_size_hides_nothing_of_what_is_drawn(hands):
+    editor = hands.editor
+    editor.tool.set("line")
+    hands.click(*hands.at((0.0, 0.0)))
+    for u, v in ((0.02, 0.02), (-0.02, 0.02), (-0.02, -0.02), (0.02, -0.02)):
+        x, y = hands.at((u, v))
+        hands.motion(x, y)
+        left, top, right, bottom = editor.canvas.bbox(*labels(editor))
+        assert (right < x) == (u < 0) and (bottom < y) == (v > 0)
+        assert (left > x) == (u > 0) and (top > y) == (v < 0)
+
+
+def test_the_width_of_a_slot_stands_outside_it(hands):
+    editor = hands.editor
+    editor.tool.set("slot")
+    for end in ((-0.02, -0.01), (0.02, 0.01)):
+        hands.click(*hands.at(end))
+    x, y = hands.at((0.01, 0.02))
+    hands.motion(x, y)
+    left, top, right, bottom = editor.canvas.bbox(*labels(editor))
+    assert right < x and bottom < y

@@ -1,8 +1,9 @@
 """The sketch editor as this application opens it: overridden operations, and nothing else.
 
-Each of its habits is a class of its own that overrides the few operations it needs and calls what
-it overrides; whatever no class here overrides is the module's own. Each works by itself, and over
-any other: they are listed so that one that is asked first stands first.
+Each of its habits is a class of its own that overrides the few operations it needs, and leaves to
+what it overrides all that it doesn't answer itself; whatever no class here overrides is the
+module's own. Each works alone. Of two that override the same operation the first listed is asked
+first.
 """
 
 from __future__ import annotations

@@ -44,8 +44,18 @@ class SizesWhileDrawing(SketchEditor):
             return _described(self._slot(self.clicks[0], self.clicks[1], self.cursor))
         return _edge(*(self.cursor - self.clicks[-1]))
 
+    def _begun(self) -> Any:
+        """The point that what is being drawn goes on from to the pointer."""
+        if self.drag is not None:
+            return self.drag["start"]
+        end = self.clicks[-1]
+        if len(self.clicks) == 1 or self.tool.get() != "slot":
+            return end
+        axis = end - self.clicks[0]
+        return end + axis * (axis @ (self.cursor - end)) / (axis @ axis)
+
     def _write(self, text: str) -> None:
-        """Write it on the side of the pointer that has room for it."""
+        """Write it beyond the pointer, away from what is being drawn, or where there is room."""
         canvas, (x, y) = self.canvas, self._pointer
         width, height = canvas.winfo_width(), canvas.winfo_height()
         margin = px(_MARGIN)
@@ -53,7 +63,9 @@ class SizesWhileDrawing(SketchEditor):
         canvas.itemconfigure(item, width=max(width - 4 * margin, 1))
         left, top, right, bottom = canvas.bbox(item)
         w, h = right - left + 2 * margin, bottom - top + 2 * margin
-        place = _beside(x, w, width), _beside(y, h, height)
+        du, dv = self.cursor - self._begun()
+        # As it is above or below the pointer, it may lie to any side of it.
+        place = _within(_beyond(x, w, du < 0), w, width), _beside(y, h, height, dv > 0)
         canvas.move(item, place[0] + margin - left, place[1] + margin - top)
         box = canvas.create_rectangle(
             *place, place[0] + w, place[1] + h, fill=PAL["panel"], outline=""
@@ -73,9 +85,18 @@ def _edge(du: float, dv: float) -> str:
     return f"{units().fmt(math.hypot(du, dv), 'length')}   {num_text(angle)}°"
 
 
-def _beside(pointer: float, size: int, room: int) -> float:
-    """Where something begins after the pointer, or before it where the room ends."""
-    away = px(_AWAY)
-    after = pointer + away
-    before = pointer - away - size
-    return min(max(after if after + size <= room else before, 0), max(room - size, 0))
+def _beyond(pointer: float, size: int, is_before: bool) -> float:
+    """Where something begins that lies before or after the pointer."""
+    return pointer - px(_AWAY) - size if is_before else pointer + px(_AWAY)
+
+
+def _within(start: float, size: int, room: int) -> float:
+    return min(max(start, 0), max(room - size, 0))
+
+
+def _beside(pointer: float, size: int, room: int, is_before: bool) -> float:
+    """The same; on the other side where the room ends."""
+    start = _beyond(pointer, size, is_before)
+    if start != _within(start, size, room):
+        start = _beyond(pointer, size, not is_before)
+    return _within(start, size, room)
