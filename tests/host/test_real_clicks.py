@@ -4,6 +4,7 @@ A hand that clicks moves: here by the one pixel at which snapping takes the next
 """
 
 import copy
+import math
 from itertools import product
 from pathlib import Path
 
@@ -16,6 +17,7 @@ from tandrel.gui import i18n
 
 PARTS = sorted((Path(i18n.__file__).parents[2] / "parts").glob("*.json"))
 DRAG = 20  # pixels
+APART = 9  # pixels: a press as close as that to the one before is a double click
 
 
 class Hand(User):
@@ -26,6 +28,7 @@ class Hand(User):
         self.app = app
         self.editor = None
         self.released = []
+        self.last = -APART, -APART  # the pixel of the last press
 
     def open(self, part):
         """Open the editor on a part."""
@@ -51,6 +54,7 @@ class Hand(User):
         moves = [["mousemove", str(left + way), str(top)] for way in ways]
         press = ["mousemove", str(left), str(top), "mousedown", "1"]
         self.released.clear()
+        self.last = x, y
         self._xdotool(*press, *sum(moves, []), "mouseup", "1")
         yield until(lambda: self.released, f"the button to be released at {x}, {y}")
 
@@ -63,11 +67,13 @@ class Hand(User):
         )
 
     def spot(self, index, is_good):
-        """A pixel of the canvas at which a press takes a shape, and which is good(x, y)."""
+        """A pixel of the canvas at which a click takes a shape, and which is good(x, y)."""
         editor = self.editor
         outline = S.outline(editor.sk["entities"][index])
         for point, off in product(outline, range(-8, 9, 2)):
             x, y = (round(c) for c in editor.to_screen(point))
+            if math.dist((x + off, y), self.last) < APART:
+                continue
             if is_good(x + off, y) and editor.pick(x + off, y) == index:
                 return x + off, y
         return None

@@ -127,10 +127,13 @@ def test_what_the_editor_refuses_is_told_in_translation(language, start, every_t
             refused(editor, 1, "r", "0"),
             refused(editor, 2, "n", "2"),
             refused(editor, 4, "radius", "-1"),
+            *(refused(editor, 0, "w", text) for text in ("", "x", "1x", "1/0", "3,5", "1+1in")),
         ]
+        editor.select(4)
         editor.points_text.insert("1.0", "1 2 3\n")
         editor.apply_props()
         told.append(str(editor.status.cget("text")))
+        editor.forget_typed()
         editor.offset.set("x")
         editor.ok()
         told.append(str(editor.status.cget("text")))
@@ -156,20 +159,31 @@ def test_what_the_window_asks_and_tells_is_translated(language, start, every_typ
         told.append(str(app.message.cget("text")).replace(tmp_path.name, ""))
     assert len(set(told)) > 2 and all(text.startswith("[") for text in told)
     assert untranslated(told, "format", "sketch", "other", "file") == []
-    in_editor(app, lambda editor: (editor.select(1), editor.delete(), editor.ok()))
     asked = []
 
-    def look():
-        for question in dialogs(app.root, Question):
-            asked.extend(texts_in(question))
-            question.destroy()
-        if not asked:
-            app.root.after(5, look)
+    def ask(window, close):
+        def look():
+            questions = dialogs(window, Question)
+            for question in questions:
+                asked.extend(texts_in(question))
+                question.destroy()
+            if not questions:
+                window.after(5, look)
 
-    app.root.after(5, look)
-    assert not app.may_leave()
+        window.after(5, look)
+        close()
+
+    def leave(editor):
+        editor.select(1)
+        editor.delete()
+        ask(editor, editor.close)
+        editor.ok()
+
+    in_editor(app, leave)
+    assert len(asked) == 4  # the title, the question and two answers
+    ask(app.root, app.may_leave)
     assert untranslated(asked) == []
-    assert len(asked) == 5  # the title, the question and three answers
+    assert len(asked) == 4 + 5  # three answers
 
 
 # Nothing is cut off.
