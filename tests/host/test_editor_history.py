@@ -5,6 +5,7 @@ import copy
 import pytest
 from support.events import Send
 from support.neighbours import rectangle
+from support.widgets import walk
 from tandrel.application.history import MOST, History, State, Undoing
 
 PLATE, HOLE = rectangle(0.0, 0.0, 0.1, 0.05, 0.0), {"type": "circle", "xc": 0.05, "yc": 0.02}
@@ -128,3 +129,18 @@ def test_the_sketch_handed_back_is_the_one_shown(hands):
     hands.key("Control-z")
     editor.ok()
     assert editor.result == {**SKETCH, "offset": 0.0}
+
+
+def test_a_field_has_its_own_paste_and_no_undo(hands):
+    editor = hands.editor
+    hands.key("Delete")
+    editor.select(1)
+    type_in(hands)
+    field = next(w for w in walk(editor.props) if hasattr(w, "icursor"))
+    hands.key("Control-z", field)
+    assert editor.sk == SKETCH
+    field = next(w for w in walk(editor.props) if hasattr(w, "icursor"))
+    hands.key("Control-y", field)
+    assert editor.sk == SKETCH
+    hands.key("Control-y")
+    assert editor.sk != SKETCH

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import tkinter as tk
 from functools import partial
 from typing import Any, List, NamedTuple, Optional, Tuple
 
@@ -72,8 +73,10 @@ class Undoing(SketchEditor):
             for key in keys:
                 self.bind(f"<{key}>", partial(self._call, operation))
 
-    def _call(self, operation: str, _event: Any) -> None:
-        getattr(self, operation)()
+    def _call(self, operation: str, e: Any) -> None:
+        # Tk's fields paste by Ctrl+Y.
+        if e.keysym.lower() != "y" or not isinstance(e.widget, (tk.Entry, tk.Text)):
+            getattr(self, operation)()
 
     def redraw(self) -> None:
         if self.drag is None:
