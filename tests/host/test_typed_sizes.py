@@ -68,7 +68,7 @@ def test_enter_gives_the_keyboard_back_where_the_size_is_applied(editor):
 REFUSED = [
     ("en", 0, "r", "four", "Not applied: Radius: “four” can't be read as a number"),
     ("en", 1, "n", "6 mm", "Not applied: Sides: “mm” is no unit here; there are °"),
-    ("en", 0, "r", "-1", "Not applied: the radius must be greater than zero"),
+    ("en", 0, "r", "1-2", "Not applied: the radius must be greater than zero"),
     ("de", 0, "xc", "vier", "Nicht übernommen: Mitte u: „vier“ lässt sich nicht als Zahl lesen"),
 ]
 

@@ -51,13 +51,10 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
             self.window_size = f"{self.winfo_width()}x{self.winfo_height()}"
         super().destroy()
 
-    # The list: rows stay where they are when they are made anew, the selected one in sight, and
-    # the arrow keys go on from there.
+    # The list: the selected row is in sight, and the arrow keys go on from there.
 
     def refresh_list(self, keep: bool = False) -> None:
-        top = self.list.yview()[0]
         super().refresh_list(keep)
-        self.list.yview_moveto(top)
         if self.sel is not None and self.list.exists(str(self.sel)):
             self.list.see(str(self.sel))
             self.list.focus(str(self.sel))
