@@ -259,7 +259,10 @@ class Draughtsman:
 
     def fill_in(self, key: str, text: str) -> Script:
         field = find(self.editor.props, "TEntry", textvariable=self.editor.vars[key])
-        yield from self.user.fill_in(field, text)
+        # A window manager may hand a click on after the keys that follow it: where the cursor is in
+        # the field already, nothing would tell that the click came.
+        has_keys = str(field.tk.call("focus")) == str(field)
+        yield from (self.user.type_over if has_keys else self.user.fill_in)(field, text)
 
     def fill_in_corners(self, corners: Sequence[Point]) -> Script:
         box = self.editor.points_text

@@ -102,6 +102,9 @@ class User:
         self._xdotool("click", "--repeat", str(times), "--delay", "30", str(button))
 
     def key(self, *keys: str) -> None:
+        # The server sends keys to the window under the pointer. Once it has answered it knows which
+        # ones the application has destroyed: keys for those would be lost.
+        self.root.winfo_pointerxy()
         self._xdotool("key", "--delay", "20", *keys)
 
     def type(self, text: str) -> None:
@@ -146,8 +149,12 @@ class User:
     def fill_in(self, entry: tk.Misc, text: str) -> Script:
         """Replace what an entry holds: click into it, select it all and type."""
         yield from self.click_on(entry)
+        yield until(lambda: str(entry.tk.call("focus")) == str(entry), "the cursor in the entry")
+        yield from self.type_over(entry, text)
+
+    def type_over(self, entry: tk.Misc, text: str) -> Script:
+        """Replace what an entry holds that has the keyboard."""
         tcl = entry.tk.call
-        yield until(lambda: str(tcl("focus")) == str(entry), "the cursor in the entry")
         self.key("ctrl+slash")
         yield until(
             lambda: not tcl(entry, "get") or tcl(entry, "selection", "present"),
