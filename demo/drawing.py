@@ -1,6 +1,7 @@
 """The replayed session: two parts drawn from nothing, changed, measured and saved.
 
 They are the parts of these names that come with the application, line by line in the same order.
+Between them lies a bracket with four equal holes, in as few acts as a person needs.
 """
 
 from __future__ import annotations
