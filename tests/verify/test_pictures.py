@@ -92,6 +92,5 @@ def test_messages_of_the_manual_are_the_program_s():
     rows = [line.split("|")[1] for line in tables.splitlines() if line.startswith('| "')]
     told = [text for row in rows for text in re.findall(r'"([^"]+)"', row)]
     catalogue = re.sub(r'"\n"', "", CATALOGUE.read_text())
-    by_the_interpreter = "could not convert string to float: …"
     assert len(told) > 25
-    assert [t for t in told if f'"{t}"' not in catalogue] == [by_the_interpreter]
+    assert [t for t in told if f'"{t}"' not in catalogue] == []
