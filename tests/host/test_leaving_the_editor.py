@@ -155,9 +155,15 @@ def test_an_editor_that_is_left_keeps_what_was_there_before(start, part):
     def change(editor):
         editor.select(1)
         editor.delete()
+        editor.undo()
+        kept.append(len(records()))
+        editor.redo()
         seen.extend(records())
 
+    kept = []
     in_editor(app, change)
+    # What is undone is no unsaved work.
+    assert kept == [0]
     assert [len(r.sketch["entities"]) for r in seen] == [
         len(app.session.document.sketch["entities"]) - 1
     ]

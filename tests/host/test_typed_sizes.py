@@ -67,7 +67,14 @@ def test_enter_gives_the_keyboard_back_where_the_size_is_applied(editor):
 
 REFUSED = [
     ("en", 0, "r", "four", "Not applied: Radius: “four” can't be read as a number"),
-    ("en", 1, "n", "6 mm", "Not applied: Sides: “mm” is no unit here; there are °"),
+    ("en", 1, "n", "6°", "Not applied: Sides: “6°” can't be read as a number"),
+    (
+        "en",
+        1,
+        "angle",
+        "6 mm",
+        "Not applied: Angle of first corner (degrees): “mm” is no unit here; there are °",
+    ),
     ("en", 0, "r", "1-2", "Not applied: the radius must be greater than zero"),
     ("de", 0, "xc", "vier", "Nicht übernommen: Mitte u: „vier“ lässt sich nicht als Zahl lesen"),
 ]

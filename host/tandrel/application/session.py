@@ -132,6 +132,9 @@ class Session:
         """
         if self._recovery is None:
             return ""
+        if _same(edited, self.document.sketch):
+            self.forget_draft()
+            return self.autosave_failed
         try:
             self._recovery.keep(replace(self.document, sketch=edited), self.path)
         except SketchFileError as error:

@@ -26,6 +26,11 @@ def read_length(text: str) -> float:
     return typed_numbers.read(text, {**known, '"': known["in"]})
 
 
+def _read_plain(key: str, text: str) -> float:
+    """The count of sides, or the angle, that was typed."""
+    return typed_numbers.read(text, {} if key == "n" else _DEGREES)
+
+
 class TypedSizes(LastingMessages):
     """What was typed is put as plain numbers before the editor reads it.
 
@@ -105,7 +110,7 @@ class TypedSizes(LastingMessages):
         for key, label, is_length in sketcher.FIELDS[kind]:
             text = str(self.vars[key].get())
             with _named(tr(label)):
-                value = read_length(text) if is_length else typed_numbers.read(text, _DEGREES)
+                value = read_length(text) if is_length else _read_plain(key, text)
             texts.append(num_text(value))
         if self._has_corners():
             texts.append(plain_corners(self.points_text.get("1.0", "end-1c")))
