@@ -47,7 +47,9 @@ def _reasons(sk: Any, planes: Sequence[str]) -> Iterator[Reason]:
             yield Reason(N_("{shape}: {why}"), {"shape": _name(entities, k), "why": why})
         except (ValueError, TypeError) as error:
             yield Reason(N_("{shape}: {why}"), {"shape": _name(entities, k), "why": error})
-    yield from _doubles(entities, valid)
+    for k, original in doubles(valid):
+        shown = {"shape": _name(entities, k), "other": _name(entities, original)}
+        yield Reason(N_("{shape} lies exactly on {other}: delete one of them"), shown)
     yield from _touches(entities, valid)
 
 
@@ -63,8 +65,8 @@ def _placing(sk: dict[str, Any], planes: Sequence[str]) -> Iterator[Reason]:
         yield error.args[0]
 
 
-def _doubles(entities: Sequence[Any], valid: dict[int, Shape]) -> Iterator[Reason]:
-    """Shapes that were drawn before. Of all shapes alike the first one is the original."""
+def doubles(valid: dict[int, Shape]) -> Iterator[tuple[int, int]]:
+    """Shapes that were drawn before, each with the first one that is alike, by their numbers."""
     alike: dict[tuple[int, ...], list[int]] = {}
     for k, one in valid.items():
         # Shapes that are the same but for rounding have boxes that are; no others are compared.
@@ -76,8 +78,7 @@ def _doubles(entities: Sequence[Any], valid: dict[int, Shape]) -> Iterator[Reaso
         if original is None:
             originals.append(k)
         else:
-            shown = {"shape": _name(entities, k), "other": _name(entities, original)}
-            yield Reason(N_("{shape} lies exactly on {other}: delete one of them"), shown)
+            yield k, original
 
 
 def _same(one: Shape, other: Shape) -> bool:

@@ -12,7 +12,7 @@ import pytest
 from harness import patience
 from harness.patience import wait_for
 from harness.places import HOST, SEARCH_PATH
-from tandrel import storage
+from tandrel import exchange, storage
 from tandrel._packages import how_to_get
 from tandrel.application import commands
 from tandrel.application.recovery import Recovery
@@ -93,7 +93,7 @@ def test_a_drawing_is_exported_like_a_sketch(part, tmp_path, capsys):
     content.modelspace().add_text("a note")
     content.saveas(drawing)
     assert commands.main(["export", str(drawing), str(picture)]) == 0
-    assert capsys.readouterr().err == "tandrel: Left out (1): TEXT\n"
+    assert capsys.readouterr().err == "tandrel: Left out (1): texts, near u = 0 mm, v = 0 mm\n"
     assert 'width="140mm"' in picture.read_text()
 
 
@@ -265,6 +265,22 @@ def opened(monkeypatch, display):
 
 def test_the_program_opens_the_file_it_is_given(opened, part):
     assert opened(part).title() == "Mounting flange – tandrel"
+
+
+def test_a_drawing_has_the_unit_asked_for(opened, tmp_path):
+    drawing = tmp_path / "part.dxf"
+    disc = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
+    sketch = {"plane": "XY", "offset": 0.0, "entities": [disc]}
+    exchange.export(storage.Document("part", sketch), drawing)
+    window = opened("--unit", "in", drawing)
+    labels = [w.cget("text") for f in window.winfo_children() for w in _all(f, "TLabel")]
+    assert "508 mm × 508 mm" in labels
+
+
+def _all(widget, kind):
+    """The widgets of a class in another one."""
+    for child in widget.winfo_children():
+        yield from [child] if child.winfo_class() == kind else _all(child, kind)
 
 
 def test_without_a_file_it_begins_a_new_part(opened):

@@ -126,7 +126,7 @@ class TestExcess:
     def test_far_more_corners_than_an_outline_can_have(self):
         points = (f"10\n{math.cos(k / 1e5)}\n20\n{math.sin(k / 1e5)}" for k in range(10**5))
         with pytest.raises(ExchangeError, match="10000 corners at most"):
-            read(raw(*LWPOLYLINE, 90, 10**5, 70, 1, *points))
+            read(raw(*LWPOLYLINE, 90, 10**5, 70, 1, *points), unit="mm")
 
     def test_far_more_lines(self):
         corners = [(math.cos(k / 1e4), math.sin(k / 1e4)) for k in range(62832)]
@@ -135,7 +135,7 @@ class TestExcess:
             for one, two in zip(corners, [*corners[1:], corners[0]])
         ]
         with pytest.raises(ExchangeError, match="10000 corners at most"):
-            read(raw(*lines))
+            read(raw(*lines), unit="mm")
 
     def test_a_file_too_large_to_be_a_drawing(self, tmp_path):
         path = tmp_path / "huge.dxf"

@@ -14,13 +14,13 @@ import tandrel
 from hypothesis import example, given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Polygon
-from support.drawings import binary, new_drawing, opened, raw, read, text_of
+from support.drawings import binary, new_drawing, opened, raw, read, sketch_in, text_of
 from support.shapes import EVERY_KIND, PAIR, PLATE, document, entities, sketch
 from support.types import CARD
 from tandrel import exchange, profile
 from tandrel import sketch as S
 from tandrel.exchange import ExchangeError, UnitsMissing, dxf
-from tandrel.progress import Stopped, no_tick
+from tandrel.progress import Stopped
 from tandrel.storage import Document
 
 HOST = Path(tandrel.__file__).resolve().parent.parent
@@ -131,7 +131,7 @@ class TestWriting:
     def test_plane_and_offset_are_noted_and_come_back(self):
         shapes = dict(plane="YZ", offset=0.0123)
         data = text_of(*PLATE, **shapes).encode()
-        found, _ = dxf.read(data, None, no_tick)
+        found, _ = sketch_in(data)
         assert (found["plane"], found["offset"]) == ("YZ", 0.0123)
 
     @pytest.mark.parametrize(
@@ -144,7 +144,7 @@ class TestWriting:
         drawing.header.custom_vars.append("Offset along the normal (m)", offset)
         text = io.StringIO()
         drawing.write(text)
-        found, _ = dxf.read(text.getvalue().encode(), None, no_tick)
+        found, _ = sketch_in(text.getvalue().encode(), "mm")
         assert found["plane"] in ("XY", plane) and found["plane"] in S.PLANES
         assert found["offset"] in (0.0, 1.0) and S.check(found) == []
 
@@ -201,7 +201,7 @@ class TestRoundTrip:
 
     @every_unit
     def test_sizes_and_corners_come_back(self, unit):
-        back, _ = read(text_of(*EVERY_KIND.values(), unit=unit, own_contours=True))
+        back = [read(text_of(entity, unit=unit))[0][0] for entity in EVERY_KIND.values()]
         assert [e["type"] for e in back] == [e["type"] for e in EVERY_KIND.values()]
         for one, other in zip(EVERY_KIND.values(), back):
             if "points" in one:
@@ -249,11 +249,10 @@ class TestUnits:
     )
     def test_lengths_are_in_the_drawing_s_unit(self, code, metres):
         drawing, space = new_drawing(code)
-        space.add_circle((12.3, 0), 0.5)
+        space.add_circle((12.3, 0), 0.05 / metres)
         ((hole,), _) = read(drawing)
-        assert hole == {"type": "circle", "xc": 12.3 * metres, "yc": 0.0, "r": 0.5 * metres} or (
-            hole["xc"] == pytest.approx(12.3 * metres, rel=1e-15)
-        )
+        assert hole["xc"] == pytest.approx(12.3 * metres, rel=1e-15)
+        assert hole["r"] == pytest.approx(0.05, rel=1e-15)
 
     @pytest.mark.parametrize(
         "drawing", [raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=n) for n in (0, None)]
@@ -264,10 +263,52 @@ class TestUnits:
         ((hole,), _) = read(drawing, unit="in")
         assert hole["r"] == 0.0254
 
-    def test_a_unit_is_only_for_drawings_without(self):
+    def test_a_unit_that_is_given_holds_and_that_is_said(self):
         drawing, space = new_drawing(5)
         space.add_circle((0, 0), 1)
-        assert read(drawing, unit="in")[0][0]["r"] == 0.01
+        ((hole,), notes) = read(drawing, unit="in")
+        assert hole["r"] == 0.0254
+        assert notes == ["The drawing says that its unit is cm; it was read in in."]
+        assert read(drawing, unit="cm")[1] == []
+
+    @pytest.mark.parametrize(
+        "code, size, is_believed",
+        [
+            (4, 1.9, False),
+            (4, 2.1, True),
+            (4, 1990, True),
+            (4, 2010, False),
+            (6, 1.9, True),
+            (6, 2.1, False),
+            (1, 9, True),
+            (1, 11, False),
+        ],
+    )
+    def test_sizes_that_no_part_has_are_asked_about(self, code, size, is_believed):
+        drawing, space = new_drawing(code)
+        space.add_circle((0, 0), size / 2)
+        if is_believed:
+            read(drawing)
+            return
+        with pytest.raises(UnitsMissing) as caught:
+            read(drawing)
+        assert f"{size} in × {size} in = " in caught.value.choices["in"]
+        assert caught.value.choices["mm"] == f"{size} mm × {size} mm"
+        assert len(read(drawing, unit="stated")[0]) == 1
+
+    def test_millimetres_of_a_drawing_that_calls_itself_imperial(self):
+        drawing, space = new_drawing()
+        drawing.header["$MEASUREMENT"] = 0
+        space.add_circle((0, 0), 4)
+        with pytest.raises(UnitsMissing):
+            read(drawing)
+
+    def test_what_is_written_here_is_believed_whatever_its_size(self):
+        huge = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 12.0}
+        assert read(text_of(huge))[0] == [huge]
+
+    def test_a_unit_of_no_use_can_be_overridden(self):
+        assert len(read(raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=20), unit="mm")[0]) == 1
 
     @pytest.mark.parametrize(
         "code, name", [(20, "Parsecs"), (18, "Astronomical"), (99, "99"), (-1, "-1")]
@@ -313,7 +354,8 @@ class TestReading:
         assert found["type"] == "slot"
         assert sorted((found["x1"], found["x2"])) == pytest.approx([0.0, 0.02], abs=1e-15)
         assert found["r"] == pytest.approx(0.005)
-        assert notes == ["Left out (1): lines and arcs that do not close"]
+        assert notes == ["Left out (1): lines and arcs that do not close, near u = 0 mm, v = 50 mm"]
+        assert notes[0].place == (0.0, 0.05)
 
     def test_a_polyline_whose_end_is_its_start(self):
         drawing, space = new_drawing()
@@ -340,10 +382,10 @@ class TestReading:
     def test_full_turns_are_circles(self):
         drawing, space = new_drawing()
         space.add_arc((1, 2), 3, 30, 390)
-        space.add_ellipse((1, 2), (0, 3), 1.0)
+        space.add_ellipse((11, 2), (0, 3), 1.0)
         found, notes = read(drawing)
-        for hole in found:
-            assert hole == pytest.approx({"type": "circle", "xc": 0.001, "yc": 0.002, "r": 0.003})
+        for hole, xc in zip(found, (0.001, 0.011)):
+            assert hole == pytest.approx({"type": "circle", "xc": xc, "yc": 0.002, "r": 0.003})
         assert (len(found), notes) == (2, [])
 
     def test_blocks_are_read_where_they_are_placed(self):
@@ -370,40 +412,29 @@ class TestReading:
 
     def test_what_cannot_be_cut_is_counted_by_kind(self):
         drawing, space = new_drawing()
-        space.add_circle((0, 0), 1)
-        for _ in range(3):
-            space.add_text("a note")
-        space.add_spline([(0, 0), (1, 0), (1, 1)])
+        space.add_circle((0, 0), 10)
+        for k in range(3):
+            space.add_text("a note", dxfattribs={"insert": (k + 1, 2)})
         space.add_point((0, 0))
-        space.add_ellipse((0, 0), (2, 0), 0.5)
         space.add_polyline3d([(0, 0, 0), (1, 0, 0), (1, 1, 1)], close=True)
         space.add_circle((0, 0), 2, dxfattribs={"extrusion": (0, 1, 1)})
         space.add_circle((0, 0), 2, dxfattribs={"layer": "plan"})
-        space.add_lwpolyline([(0, 0), (1, 1), (1, 0), (0, 1)], close=True)
+        for k in range(2):
+            space.add_lwpolyline([(k, 0), (k + 1, 1), (k + 1, 0), (k, 1)], close=True)
         space.add_blockref("NOWHERE", (0, 0))
         drawing.layers.add("PLAN").off()
         found, notes = read(drawing)
         assert len(found) == 1
-        assert notes[0] == "Left out (3): TEXT"
+        assert notes[0] == "Left out (3): texts, near u = 1 mm, v = 2 mm"
+        assert notes[0].place == pytest.approx((0.001, 0.002))
         assert sorted(notes[1:]) == [
-            "Left out (1): CIRCLE that stands askew in space",
-            "Left out (1): ELLIPSE",
-            "Left out (1): POINT",
-            "Left out (1): POLYLINE in space",
-            "Left out (1): SPLINE",
             "Left out (1): blocks that are missing, damaged or endless",
-            "Left out (1): parts that are not shown",
-            "Left out (1): the outline crosses itself near u = 0.5 mm, v = 0.5 mm",
+            "Left out (1): curves and nets in space, near u = 0 mm, v = 0 mm",
+            "Left out (1): parts that are hidden or on hidden layers, near u = 0 mm, v = 0 mm",
+            "Left out (1): parts that stand askew in space, near u = 0 mm, v = 0 mm",
+            "Left out (1): points, near u = 0 mm, v = 0 mm",
+            "Left out (2): contours that cross or touch themselves, near u = 0.5 mm, v = 0.5 mm",
         ]
-
-    def test_of_many_notes_the_first_are_given(self):
-        drawing, space = new_drawing()
-        space.add_circle((0, 0), 1)
-        for k in range(40):
-            space.add_lwpolyline([(k, 0), (k + 1, 1), (k + 1, 0), (k, 1)], close=True)
-        _, notes = read(drawing)
-        assert len(notes) == 13
-        assert notes[-1] == "Further notes: 28"
 
     def test_a_drawing_without_contours_says_what_is_in_it_instead(self):
         drawing, space = new_drawing()
@@ -411,7 +442,7 @@ class TestReading:
         with pytest.raises(
             ExchangeError, match="no closed contour.*lines and arcs that do not close"
         ):
-            read(drawing)
+            read(drawing, unit="mm")
 
     def test_binary_drawings(self):
         drawing, space = new_drawing()

@@ -10,7 +10,7 @@ from support.shapes import EVERY_KIND, entities
 from support.types import CARDS
 from tandrel import sketch as S
 from tandrel._shapes import contour, drawn
-from tandrel.exchange.recognition import recognised
+from tandrel.exchange.recognise import recognised
 from tandrel.geometry.edges import Edge, arc, smallest_detail
 from tandrel.geometry.loops import box, divided, enclosed, sampled
 

@@ -32,7 +32,7 @@ def test_the_menus_hold_what_people_look_for(start, part):
             "New",
             "Open…",
             "Open recent",
-            "Import DXF…",
+            "Import drawing…",
             "",
             "Save",
             "Save as…",

@@ -4,6 +4,7 @@ import io
 
 import ezdxf
 from tandrel.exchange import dxf
+from tandrel.exchange.importing import sketched
 from tandrel.progress import no_tick
 
 from .shapes import document
@@ -18,15 +19,23 @@ def opened(*shapes, **options):
     return ezdxf.read(io.StringIO(text_of(*shapes, **options)))
 
 
-def read(drawing, unit=None, tick=no_tick):
+def read(drawing, unit=None, tick=no_tick, **answers):
     """What is read of a drawing, given as such, as text or as bytes: the entities and the notes."""
     if not isinstance(drawing, (str, bytes)):
         text = io.StringIO()
         drawing.write(text)
         drawing = text.getvalue()
     data = drawing if isinstance(drawing, bytes) else drawing.encode()
-    found, notes = dxf.read(data, unit, tick)
+    found, notes = sketch_in(data, unit, tick, **answers)
     return found["entities"], notes
+
+
+def sketch_in(data, unit=None, tick=no_tick, reader=dxf, **answers):
+    """The sketch that is read of a drawing's bytes, and the notes."""
+    if unit is not None:
+        answers["unit"] = unit
+    found = reader.read(data, unit, lambda done: tick(done / 2))
+    return sketched(found, answers, lambda done: tick(0.5 + done / 2))
 
 
 def new_drawing(units=4):

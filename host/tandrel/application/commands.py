@@ -44,7 +44,8 @@ def main(arguments: Optional[List[str]] = None) -> int:
     try:
         if arguments[:1] == ["export"]:
             return _export(arguments[1:])
-        return _open_window(_parser().parse_args(arguments).file, settings)
+        options = _parser().parse_args(arguments)
+        return _open_window(options.file, options.unit, settings)
     except ModuleNotFoundError as error:
         told = how_to_get(error)
         if told is None:
@@ -59,7 +60,9 @@ def _parser() -> argparse.ArgumentParser:
         epilog=tr("“tandrel export --help” tells how to export without a window."),
     )
     file = tr("FILE")
-    parser.add_argument("file", nargs="?", metavar=file, help=tr("a sketch or a DXF drawing"))
+    parser.add_argument("file", nargs="?", metavar=file, help=tr("a sketch or a drawing"))
+    unit = tr("the unit of the drawing's numbers, whatever it says itself")
+    parser.add_argument("--unit", choices=list(SYSTEMS), help=unit)
     version, told = f"%(prog)s {VERSION}", tr("show program's version number and exit")
     parser.add_argument("--version", action="version", version=version, help=told)
     return parser
@@ -69,7 +72,7 @@ def _export_parser(suffixes: Iterable[str]) -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="tandrel export", description=tr("Write the profile of a part for other programs.")
     )
-    parser.add_argument("part", metavar=tr("PART"), help=tr("a sketch or a DXF drawing"))
+    parser.add_argument("part", metavar=tr("PART"), help=tr("a sketch or a drawing"))
     target = tr("the file to write: {kinds}").format(kinds=", ".join(suffixes))
     parser.add_argument("target", metavar=tr("TARGET"), help=target)
     parser.add_argument("--unit", choices=list(SYSTEMS), default="mm", help=tr("the file's unit"))
@@ -81,7 +84,7 @@ def _export_parser(suffixes: Iterable[str]) -> argparse.ArgumentParser:
     parser.add_argument(
         "--drawing-unit",
         choices=list(SYSTEMS),
-        help=tr("the unit of a drawing that doesn't name its own"),
+        help=tr("the unit of the drawing's numbers, whatever it says itself"),
     )
     return parser
 
@@ -115,7 +118,7 @@ def _export(arguments: List[str]) -> int:
     return 0
 
 
-def _open_window(path: Optional[str], settings: Settings) -> int:
+def _open_window(path: Optional[str], unit: Optional[str], settings: Settings) -> int:
     # Exporting works where there is no Tk.
     import tkinter as tk
 
@@ -133,7 +136,7 @@ def _open_window(path: Optional[str], settings: Settings) -> int:
         return _failed(text.format(why=error))
     recovery = Recovery()
     with _ended_by_interrupt():
-        App(root, Session(recovery), settings, path, recovery.found())
+        App(root, Session(recovery), settings, path, recovery.found(), unit)
         root.mainloop()
     return 0
 

@@ -28,11 +28,7 @@ class Dialog(tk.Toplevel):
 
     def show(self, focus: tk.Misc) -> None:
         """Appear, and take what the user does until destroyed."""
-        self.update_idletasks()
-        parent = self.master.winfo_toplevel()
-        x = parent.winfo_rootx() + (parent.winfo_width() - self.winfo_reqwidth()) // 2
-        y = parent.winfo_rooty() + (parent.winfo_height() - self.winfo_reqheight()) // 3
-        self.geometry(f"+{max(x, 0)}+{max(y, 0)}")
+        self.place_over_parent()
 
         def hand_on(event: tk.Event[tk.Misc]) -> None:
             # After Tk's file dialog the focus comes to the window itself.
@@ -45,17 +41,30 @@ class Dialog(tk.Toplevel):
         self.grab_set()
         focus.focus_set()
 
+    def place_over_parent(self) -> None:
+        self.update_idletasks()
+        parent = self.master.winfo_toplevel()
+        x = parent.winfo_rootx() + (parent.winfo_width() - self.winfo_reqwidth()) // 2
+        y = parent.winfo_rooty() + (parent.winfo_height() - self.winfo_reqheight()) // 3
+        self.geometry(f"+{max(x, 0)}+{max(y, 0)}")
+
 
 class Question(Dialog):
-    """A question with a button for each answer; the first is the primary one and has the focus."""
+    """A question with a button for each answer; the first is the primary one and has the focus.
 
-    def __init__(self, parent: tk.Misc, text: str, answers: Mapping[str, str]) -> None:
+    The buttons are beside each other, or where they have long labels stacked, one below the other.
+    """
+
+    def __init__(
+        self, parent: tk.Misc, text: str, answers: Mapping[str, str], stacked: bool = False
+    ) -> None:
         super().__init__(parent)
+        self._stacked = stacked
         self.answer: str | None = None
         label = ttk.Label(self.body, text=text, justify="left")
         label.pack(anchor="w", pady=(0, px(16)))
         row = ttk.Frame(self.body, style="Panel.TFrame")
-        row.pack(anchor="e")
+        row.pack(anchor="e", fill="x" if stacked else "none")
         self.buttons = {key: self._button(row, key, text) for key, text in answers.items()}
         self.update_idletasks()
         label.configure(wraplength=max(row.winfo_reqwidth(), px(400)))
@@ -71,14 +80,21 @@ class Question(Dialog):
         button = ttk.Button(row, text=text, command=choose)
         button.bind("<Return>", choose)
         button.bind("<KP_Enter>", choose)
-        button.bind("<Left>", lambda _event: button.event_generate("<<PrevWindow>>"))
-        button.bind("<Right>", lambda _event: button.event_generate("<<NextWindow>>"))
-        button.pack(side="left", padx=(px(8) if row.winfo_children()[1:] else 0, 0))
+        before, after = ("<Up>", "<Down>") if self._stacked else ("<Left>", "<Right>")
+        button.bind(before, lambda _event: button.event_generate("<<PrevWindow>>"))
+        button.bind(after, lambda _event: button.event_generate("<<NextWindow>>"))
+        gap = px(8) if row.winfo_children()[1:] else 0
+        if self._stacked:
+            button.pack(fill="x", pady=(gap, 0))
+        else:
+            button.pack(side="left", padx=(gap, 0))
         return button
 
 
-def ask(parent: tk.Misc, text: str, answers: Mapping[str, str]) -> str | None:
+def ask(
+    parent: tk.Misc, text: str, answers: Mapping[str, str], stacked: bool = False
+) -> str | None:
     """The key of the answer that the user gives to a question; None when they give none."""
-    question = Question(parent, text, answers)
+    question = Question(parent, text, answers, stacked)
     question.wait_window()
     return question.answer

@@ -28,7 +28,7 @@ BAR: Dict[str, Tuple[str, Tuple[Entry | str | None, ...]]] = {
             Entry("new", N_("New"), "N"),
             Entry("choose_file", N_("Open…"), "O"),
             "recent",
-            Entry("choose_drawing", N_("Import DXF…")),
+            Entry("choose_drawing", N_("Import drawing…")),
             SEPARATOR,
             Entry("save", N_("Save"), "S"),
             Entry("save_as", N_("Save as…"), "Shift+S"),

@@ -8,7 +8,6 @@ from __future__ import annotations
 import tkinter as tk
 from typing import Optional
 
-from tandrel.application import menus
 from tandrel.application.dialogs import ask
 from tandrel.application.recovery import Found
 from tandrel.gui.i18n import tr
@@ -26,13 +25,6 @@ def changed_elsewhere(parent: tk.Misc, file: str) -> Optional[str]:
     question = tr("{file} was changed by another program. What becomes of that?")
     answers = {"other": tr("Save as…"), "replace": tr("Overwrite"), "stay": tr("Cancel")}
     return ask(parent, question.format(file=file), answers)
-
-
-def unit(parent: tk.Misc, file: str) -> Optional[str]:
-    """The unit of a drawing that doesn't name it."""
-    question = tr("{file} doesn't say what unit its numbers have. Which one is it?")
-    labels = {name: tr(label) for name, label in menus.UNITS.items()}
-    return ask(parent, question.format(file=file), labels)
 
 
 def recovered(parent: tk.Misc, name: str, work: Found) -> Optional[str]:

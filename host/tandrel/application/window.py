@@ -14,14 +14,14 @@ import numpy as np
 from tandrel import exchange, files
 from tandrel import sketch as S
 from tandrel import storage
-from tandrel.application import menus, progress, questions
+from tandrel.application import importing, menus, progress, questions
 from tandrel.application.editor import Editor
 from tandrel.application.measuring import Measured, facts, measure
 from tandrel.application.messages import MessageArea, unopened
 from tandrel.application.recovery import Found
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
-from tandrel.exchange import ExchangeError, NotReady, UnitsMissing
+from tandrel.exchange import ExchangeError, NotReady, Question
 from tandrel.gui import i18n, theme
 from tandrel.gui.i18n import N_, tr
 from tandrel.gui.profile_view import ProfileView
@@ -51,6 +51,7 @@ class App:
         settings: Settings,
         path: Optional[str] = None,
         found: Iterable[Found] = (),
+        unit: Optional[str] = None,
     ) -> None:
         self.root = root
         self.session = session
@@ -67,7 +68,7 @@ class App:
         self._hook_errors()
         self.build()
         if path is not None:
-            self.open(path)
+            self.open(path, unit)
         found = list(found)
         if found:
             # Not when idle: a window appears after what waits for that.
@@ -199,10 +200,13 @@ class App:
             self._begin(measure(self.session.document.sketch))
 
     def choose_file(self) -> None:
-        self._choose((tr("Sketches and drawings"), (".json", ".dxf")), (tr("All files"), "*"))
+        self._choose(
+            (tr("Sketches and drawings"), (".json", *exchange.READERS)), (tr("All files"), "*")
+        )
 
     def choose_drawing(self) -> None:
-        self._choose((tr("Drawings (DXF)"), (".dxf", ".DXF")), (tr("All files"), "*"))
+        endings = [case for suffix in exchange.READERS for case in (suffix, suffix.upper())]
+        self._choose((tr("Drawings (DXF, SVG)"), tuple(endings)), (tr("All files"), "*"))
 
     def _choose(self, *kinds: tuple[str, Any]) -> None:
         path = filedialog.askopenfilename(
@@ -218,11 +222,14 @@ class App:
 
         self._act(act)
 
-    def open(self, path: str) -> None:
-        """Go on with the part in a file; where it can't be read, say so and keep what is shown."""
-        name = os.path.basename(path)
+    def open(self, path: str, unit: Optional[str] = None) -> None:
+        """Go on with the part in a file; where it can't be read, say so and keep what is shown.
+
+        The unit is that of a drawing's numbers, whatever it says itself.
+        """
+        name, is_drawing = os.path.basename(path), exchange.is_drawing(path)
         try:
-            notes = self._import(path) if exchange.is_drawing(path) else self._open_sketch(path)
+            notes = self._import(path, unit) if is_drawing else self._open_sketch(path)
         except (SketchFileError, ExchangeError) as error:
             self._tell_unopened(path, error)
             return
@@ -236,7 +243,7 @@ class App:
         self.settings.save()
         self.refresh()
         # What the editor would not let pass is left out of the profile, or cut twice.
-        unfit = [] if exchange.is_drawing(path) else notes
+        unfit = [] if is_drawing else notes
         self.tell(os.path.abspath(path), notes, tr(_MEND) if unfit else "", warning=bool(notes))
 
     def _tell_unopened(self, path: str, error: Exception) -> None:
@@ -261,21 +268,29 @@ class App:
         return S.check(document.sketch) if document.sketch["entities"] else []
 
     def _import(self, path: str, unit: Optional[str] = None) -> Optional[list[str]]:
-        """What the user should know of the drawing; None where they don't tell its unit."""
+        """What the user should know of the drawing; None where they don't answer."""
+        name = os.path.basename(path)
+        answers: dict[str, Any] = {}
 
         def task(tick: Tick) -> tuple[exchange.Imported, Measured]:
-            imported = exchange.import_(path, unit, progress.span(tick, 0, 0.5))
+            imported = exchange.import_(path, unit, progress.span(tick, 0, 0.5), answers)
             return imported, measure(imported.document.sketch, progress.span(tick, 0.5, 1))
 
-        name = os.path.basename(path)
-        try:
-            imported, measured = self._run(tr("Importing {file}…").format(file=name), task)
-        except UnitsMissing:
-            chosen = questions.unit(self.root, name)
-            return None if chosen is None else self._import(path, chosen)
+        while True:
+            try:
+                imported, measured = self._run(tr("Importing {file}…").format(file=name), task)
+                break
+            except Question as question:
+                answer = importing.answer(self.root, name, question)
+                if answer is None:
+                    return None
+                answers[question.subject] = answer
         self.session.adopt(imported.document)
         self._begin(measured)
-        return list(imported.notes)
+        if not imported.notes:
+            return []
+        importing.Report(self.root, name, imported.notes, self.view.mark)
+        return [tr("Not all of it came in as it was drawn: the list tells what.")]
 
     def save(self) -> None:
         """Write the document to its file; a failure keeps it here, marked as unsaved."""
@@ -412,6 +427,9 @@ class App:
             text = tr("Drawing the profile…")
             measured = self._run(text, lambda tick: measure(sketch, tick))
         self.measured = cast(Measured, measured)
+        for report in self.root.winfo_children():
+            if isinstance(report, importing.Report):
+                report.destroy()
         self.refresh()
 
     def _begin(self, measured: Measured) -> None:

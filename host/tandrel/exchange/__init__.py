@@ -2,7 +2,10 @@
 
 from __future__ import annotations
 
+import gc
 import os
+from collections.abc import Iterator, Mapping, Sequence
+from contextlib import contextmanager
 from dataclasses import dataclass
 from importlib import import_module
 from pathlib import Path
@@ -11,6 +14,7 @@ from typing import Any
 from tandrel import files, profile
 from tandrel import sketch as S
 from tandrel._packages import how_to_get
+from tandrel.exchange.tell import Note
 from tandrel.gui.i18n import N_, tr
 from tandrel.progress import Tick, no_tick
 from tandrel.storage import Document
@@ -23,6 +27,8 @@ SUFFIXES = {
     ".svg": N_("Scalable drawing (SVG)"),
     ".png": N_("Picture (PNG)"),
 }
+# The modules that read drawings, by the ending of the file's name.
+READERS = {DRAWING: ".dxf", ".svg": ".svg_reading"}
 
 
 class ExchangeError(Exception):
@@ -39,8 +45,55 @@ class NotReady(ExchangeError):
     """A sketch that S.check doesn't pass; its arguments are what must be put right."""
 
 
-class UnitsMissing(ExchangeError):
-    """A drawing doesn't say what its lengths are measured in; whoever knows may ask again."""
+class Question(ExchangeError):
+    """What only the user knows of a drawing; whoever does may import it again with the answer.
+
+    ``subject`` is the key of the answer among those that :func:`import_` takes.
+    """
+
+    subject = ""
+
+
+class UnitsMissing(Question):
+    """A drawing doesn't say what its lengths are measured in, or nothing that can be believed.
+
+    ``choices`` are the possible answers, the most likely first, with the size that each gives.
+    """
+
+    subject = "unit"
+
+    def __init__(self, text: str, choices: Mapping[str, str]) -> None:
+        super().__init__(text)
+        self.choices = choices
+
+
+class LayersUnclear(Question):
+    """One layer lies around all others and may be the frame of the sheet.
+
+    The answer is a list of those to import, of ``layers``, which has the number of contours of
+    each; ``proposed`` is what most would answer.
+    """
+
+    subject = "layers"
+
+    def __init__(self, text: str, layers: Mapping[str, int], proposed: Sequence[str]) -> None:
+        super().__init__(text)
+        self.layers = layers
+        self.proposed = proposed
+
+
+class OutlineOpen(Question):
+    """What seems to be the outline of the part would be left out; the answer ``GO_ON`` does that.
+
+    ``place`` is where to look, in metres.
+    """
+
+    subject = "outline"
+    GO_ON = "go on"
+
+    def __init__(self, text: str, place: tuple[float, float]) -> None:
+        super().__init__(text)
+        self.place = place
 
 
 @dataclass(frozen=True)
@@ -48,7 +101,7 @@ class Imported:
     """What was read from a drawing, and for the user, what was left out or approximated."""
 
     document: Document
-    notes: list[str]
+    notes: list[Note]
 
 
 def export(
@@ -94,32 +147,59 @@ def _notes(document: Document, tick: Tick) -> list[str]:
 
 def is_drawing(path: str | os.PathLike[str]) -> bool:
     """Whether a file is a drawing by its name, else it is a sketch."""
-    return Path(path).suffix.lower() == DRAWING
+    return Path(path).suffix.lower() in READERS
 
 
 def import_(
-    path: str | os.PathLike[str], unit: str | None = None, tick: Tick = no_tick
+    path: str | os.PathLike[str],
+    unit: str | None = None,
+    tick: Tick = no_tick,
+    answers: Mapping[str, Any] = {},
 ) -> Imported:
-    """The sketch in a DXF drawing. The unit is for drawings that don't name theirs."""
+    """The sketch in a drawing. A unit that is given holds, whatever the drawing says.
+
+    ``answers`` are those to each :class:`Question` that was raised before, by its subject.
+    """
     if unit is not None:
         _known(unit)
+        answers = {**answers, "unit": unit}
     try:
         data = files.contents(path)
     except (OSError, ValueError) as error:
         raise ExchangeError(files.reason(error)) from error
-    sketch, notes = _module(DRAWING).read(data, unit, tick)
+    reader = _module(READERS.get(Path(path).suffix.lower(), DRAWING))
+    sketched = _module(".importing").sketched
+    with _nothing_collected():
+        drawing = reader.read(data, answers.get("unit"), lambda done: tick(done / 2))
+        sketch, notes = sketched(drawing, answers, lambda done: tick(0.5 + done / 2))
     return Imported(Document(Path(path).stem, sketch), notes)
 
 
-def _module(suffix: str) -> Any:
-    """The module of a kind of file; ExchangeError where the library behind it is missing."""
+def _module(name: str) -> Any:
+    """A module beside this one; ExchangeError where the library behind it is missing."""
     try:
-        return import_module(f"{__name__}{suffix}")
+        return import_module(f"{__name__}{name}")
     except ModuleNotFoundError as error:
         told = how_to_get(error)
         if told is None:
             raise
         raise ExchangeError(told) from error
+
+
+@contextmanager
+def _nothing_collected() -> Iterator[None]:
+    """Meanwhile nobody looks for garbage.
+
+    Of a large drawing hundreds of thousands of objects stay; to look through them again and again
+    would take a third of the time.
+    """
+    was_enabled = gc.isenabled()
+    gc.disable()
+    try:
+        yield
+    finally:
+        if was_enabled:
+            gc.enable()
 
 
 def _known(unit: str) -> None:

@@ -149,7 +149,8 @@ def tidied(loop: Loop) -> List[Edge]:
 
     They run counter-clockwise.
     """
-    detail = smallest_detail(*(c for edge in loop for c in edge.start))
+    # Arcs may reach farther than their ends, and what stands for them has to be told apart there.
+    detail = smallest_detail(*box(loop)) if loop else 0.0
     kept = [edge for edge in loop if edge.chord > detail or abs(edge.bulge) > 1]
     if kept and enclosed(kept) < 0:
         kept = [edge.reversed() for edge in reversed(kept)]

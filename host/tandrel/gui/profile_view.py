@@ -21,6 +21,7 @@ _STEP = 1.2  # by which a notch of the wheel zooms
 _DEEPEST, _WIDEST = 1e5, 1e-2
 
 _Pixels = npt.NDArray[np.float64]
+_MARK, _MARK_COLOUR = 9, "#E8833A"  # the radius of a mark's ring; what the editor marks things with
 
 
 class ProfileView(tk.Canvas):
@@ -36,6 +37,7 @@ class ProfileView(tk.Canvas):
         self._box: Optional[Box] = None
         self._size = 0.0, 0.0
         self._instead = ""
+        self._marked: Optional[Tuple[float, float]] = None
         self._waiting: Optional[str] = None
         self._is_fitted = True
         self._scale = 1.0  # pixels to the metre
@@ -56,6 +58,7 @@ class ProfileView(tk.Canvas):
         """Show this profile of this overall size, or a text where there is nothing to show."""
         self._size = size
         self._instead = instead
+        self._marked = None
         # Holes lie over what they are cut out of, and islands over them.
         by_size = sorted(contours, key=lambda contour: -abs(contour.area))
         self._outlines = [_Outline(contour) for contour in by_size]
@@ -67,6 +70,12 @@ class ProfileView(tk.Canvas):
 
     def fit(self) -> None:
         """Show the whole again."""
+        self._is_fitted = True
+        self.repaint()
+
+    def mark(self, place: Optional[Tuple[float, float]]) -> None:
+        """Show where a place of the plane is, inside the profile or around it; None, no more."""
+        self._marked = place
         self._is_fitted = True
         self.repaint()
 
@@ -83,8 +92,9 @@ class ProfileView(tk.Canvas):
             self.itemconfigure(text, width=px(300), justify="center")
             return
         if self._is_fitted:
-            self._scale = self._fitted_scale(self._box)
-            self._centre = np.array(self._box).reshape(2, 2).mean(axis=0)
+            whole = self._box if self._marked is None else _around([self._box, 2 * self._marked])
+            self._scale = self._fitted_scale(whole)
+            self._centre = np.array(whole).reshape(2, 2).mean(axis=0)
         (u, v), half_u, half_v = self._centre, width / 2 / self._scale, height / 2 / self._scale
         sight = u - half_u, v - half_v, u + half_u, v + half_v
         # Straight to Tk: tkinter would walk through the coordinates point by point.
@@ -96,6 +106,17 @@ class ProfileView(tk.Canvas):
                 draw(str(self), "create", "polygon", self._on_canvas(points), "-fill", fill, *look)
         left, bottom, right, top = self._box
         self._dimensions(self._on_canvas(np.array([(left, bottom), (right, top)])))
+        if self._marked is not None:
+            self._paint_mark(*self._on_canvas(np.array(self._marked)))
+
+    def _paint_mark(self, x: float, y: float) -> None:
+        inner, outer = px(_MARK), px(2 * _MARK)
+        look: Dict[str, Any] = {"width": px(2), "tags": "mark"}
+        ring = (x - inner, y - inner, x + inner, y + inner)
+        self.create_oval(*ring, outline=_MARK_COLOUR, **look)
+        for dx, dy in ((1, 0), (-1, 0), (0, 1), (0, -1)):
+            line = (x + dx * inner, y + dy * inner, x + dx * outer, y + dy * outer)
+            self.create_line(*line, fill=_MARK_COLOUR, **look)
 
     def _fitted_scale(self, box: Box) -> float:
         left, bottom, right, top = box

@@ -8,7 +8,7 @@ from __future__ import annotations
 
 import logging
 
-from tandrel.exchange.dxf.reading import read
+from tandrel.exchange.dxf.read import read
 from tandrel.exchange.dxf.writing import written
 
 __all__ = ["read", "written"]

@@ -1,29 +1,55 @@
-"""The parts of a drawing: those that are shown, and what edges they are."""
+"""The parts of a drawing: those that are shown, and what lines they are."""
 
 from __future__ import annotations
 
 import math
-from typing import Any, Callable, Collection, Iterator, Sequence
+from typing import Any, Callable, Collection, Iterator, List, Optional, Sequence, Tuple
+
+from ezdxf.math import BSpline
 
 from tandrel.exchange import ExchangeError
-from tandrel.exchange.dxf.harvest import NO_NUMBERS, Harvest, Unfit
-from tandrel.exchange.recognition import MOST_EDGES
-from tandrel.geometry.edges import LARGEST, Edge, polar
-from tandrel.gui.i18n import tr
+from tandrel.exchange.curves import as_edges
+from tandrel.exchange.lines import TOO_LARGE, Line
+from tandrel.exchange.recognise import MOST_EDGES
+from tandrel.exchange.tell import Notes
+from tandrel.geometry.edges import LARGEST, Edge, Point, arc
+from tandrel.geometry.loops import straight
+from tandrel.gui.i18n import N_, tr
 from tandrel.kinds.fields import MOST_CORNERS
 from tandrel.progress import Tick
 
 _MOST_PARTS = 100_000  # entities of a drawing, those of blocks counted as often as they are placed
 _MOST_COPIES = 10_000  # in an array of blocks
 _DEEPEST = 8  # blocks within each other
-_LONGEST_KIND = 40  # characters
 _FLAT = 1e-9  # how far the normal of a part may lean out of that of the drawing
+_FEWEST = 4  # chords of a curve between two knots
+
+# What is never cut, by what the user calls it.
+_OTHERS = {
+    N_("texts"): "TEXT MTEXT ATTDEF ATTRIB ARCALIGNEDTEXT RTEXT",
+    N_("dimensions and leaders"): "DIMENSION ARC_DIMENSION LARGE_RADIAL_DIMENSION LEADER"
+    " MULTILEADER MLEADER TOLERANCE",
+    N_("hatches and filled areas"): "HATCH MPOLYGON SOLID TRACE",
+    N_("points"): "POINT",
+    N_("pictures"): "IMAGE WIPEOUT OLEFRAME OLE2FRAME PDFUNDERLAY DWFUNDERLAY DGNUNDERLAY",
+    N_("surfaces and bodies in space"): "3DFACE 3DSOLID BODY REGION SURFACE MESH",
+    N_("endless lines"): "RAY XLINE",
+    N_("double lines"): "MLINE",
+    N_("tables and views"): "ACAD_TABLE VIEWPORT",
+}
+NEVER_CUT = {kind: label for label, kinds in _OTHERS.items() for kind in kinds.split()}
+_UNKNOWN = N_("parts of other kinds")
+_ASKEW = N_("parts that stand askew in space")
+
+
+class Unfit(Exception):
+    """A part that no sketch can hold, and why."""
 
 
 def spread(
-    parts: Collection[Any], hidden: Collection[str], harvest: Harvest, tick: Tick
-) -> Iterator[Any]:
-    """The parts that are shown, with those of blocks in place of the blocks.
+    parts: Collection[Any], hidden: Collection[str], notes: Notes, tick: Tick
+) -> Iterator[Tuple[Any, str]]:
+    """The parts that are shown and their layers, with those of blocks in place of the blocks.
 
     Parts on the hidden layers, which are given by their names, aren't shown.
     """
@@ -32,7 +58,7 @@ def spread(
         try:
             part = next(nested[-1], None)
         except Exception:  # of a damaged drawing the library may raise anything
-            harvest.leave(tr("blocks that are missing, damaged or endless"))
+            notes.leave(tr("blocks that are missing, damaged or endless"))
             part = None
         if part is None:
             nested.pop()
@@ -41,22 +67,23 @@ def spread(
         count += 1
         if count > _MOST_PARTS:
             raise ExchangeError(tr("the drawing has too many parts"))
-        if _is_hidden(part, hidden):
-            harvest.leave(tr("parts that are not shown"))
+        layer, is_hidden = _standing(part)
+        if is_hidden or layer.lower() in hidden:
+            notes.leave(tr("parts that are hidden or on hidden layers"), _place(part))
         elif part.dxftype() != "INSERT":
-            yield part
+            yield part, layer
         elif len(nested) <= _DEEPEST:
             nested.append(_inside(part))
         else:
-            harvest.leave(tr("blocks too deep within each other"))
+            notes.leave(tr("blocks too deep within each other"))
 
 
-def _is_hidden(part: Any, layers: Collection[str]) -> bool:
+def _standing(part: Any) -> Tuple[str, bool]:
+    """The layer of a part, and whether the part itself is hidden."""
     # Of what the library doesn't know it doesn't know the layer.
-    layer, invisible = (
-        part.dxf.get(name) if part.dxf.hasattr(name) else None for name in ("layer", "invisible")
-    )
-    return bool(invisible) or str(layer).lower() in layers
+    dxf = part.dxf
+    layer = dxf.get("layer") if dxf.hasattr("layer") else None
+    return str(layer or ""), bool(dxf.hasattr("invisible") and dxf.get("invisible"))
 
 
 def _inside(block: Any) -> Iterator[Any]:
@@ -67,111 +94,169 @@ def _inside(block: Any) -> Iterator[Any]:
         yield from copy.virtual_entities()
 
 
-def take(part: Any, harvest: Harvest) -> None:
-    """Make of a part what can be made of it."""
+def lines_of(part: Any, layer: str, notes: Notes) -> List[Line]:
+    """The line that a part is; none, and a note, where it is none."""
     kind = part.dxftype()
     if kind not in _READERS:
-        harvest.leave(kind[:_LONGEST_KIND])
-        return
+        notes.leave(tr(NEVER_CUT.get(kind, _UNKNOWN)), _place(part))
+        return []
     reader, needed = _READERS[kind]
     try:
         # For what is missing the library has values of its own.
-        if not all(map(part.dxf.hasattr, needed)):
+        if needed and not all(map(part.dxf.hasattr, needed)):
             raise ValueError
-        reader(part, harvest)
+        line = reader(part)
     except Unfit as error:
-        harvest.leave(str(error))
+        notes.leave(str(error), _place(part))
     except Exception:  # of a damaged drawing the library may raise anything
-        harvest.leave(tr("{kind}, damaged").format(kind=kind))
+        notes.leave(tr("parts that are damaged"), _place(part))
+    else:
+        if line.edges or line.curve:
+            return [line._replace(layer=layer)]
+    return []
 
 
-# Readers: each takes a part of its kind and adds what it is to a harvest.
+def _place(part: Any) -> Optional[Point]:
+    """Where to look for a part, if it says so."""
+    for name in ("insert", "center", "start", "location", "defpoint", "elevation"):
+        try:
+            at = part.dxf.get(name)
+            return _point(at[0], at[1])
+        except Exception:  # other kinds, and damaged ones, have none
+            continue
+    try:
+        at = next(iter(part.vertices_in_wcs() if hasattr(part, "vertices_in_wcs") else ()))
+        return _point(at[0], at[1])
+    except Exception:
+        return None
 
 
-def _line(part: Any, harvest: Harvest) -> None:
+# Readers: each takes a part of its kind and answers with the line that it is.
+
+
+def _line(part: Any) -> Line:
     # The coordinates of lines, unlike those of flat shapes, don't depend on where they face.
     start, end = part.dxf.start, part.dxf.end
-    harvest.add([Edge(harvest.point(start.x, start.y), harvest.point(end.x, end.y))], False)
+    return Line([Edge(_point(start.x, start.y), _point(end.x, end.y))], False)
 
 
-def _circle(part: Any, harvest: Harvest) -> None:
-    centre = harvest.point(part.dxf.center.x, part.dxf.center.y, _is_mirrored(part))
-    harvest.add_circle(centre, harvest.length(part.dxf.radius))
+def _circle(part: Any) -> Line:
+    centre = _point(part.dxf.center.x, part.dxf.center.y, _is_mirrored(part))
+    return Line([arc(centre, _number(part.dxf.radius), 0.0, 360.0)], True)
 
 
-def _arc(part: Any, harvest: Harvest) -> None:
-    first, last = float(part.dxf.start_angle), float(part.dxf.end_angle)
-    if not abs(first) + abs(last) <= LARGEST:
-        raise Unfit(tr(NO_NUMBERS))
+def _arc(part: Any) -> Line:
+    first, last = _number(part.dxf.start_angle), _number(part.dxf.end_angle)
     sweep = (last - first) % 360.0
     if sweep == 0:
-        _circle(part, harvest)
-        return
+        return _circle(part)
     mirrored = _is_mirrored(part)
-    centre = harvest.point(part.dxf.center.x, part.dxf.center.y, mirrored)
-    radius = harvest.length(part.dxf.radius)
+    centre = _point(part.dxf.center.x, part.dxf.center.y, mirrored)
     if mirrored:
         first, sweep = 180.0 - first, -sweep
     # The bulge of an almost full circle would be all rounding.
     pieces = 1 if abs(sweep) < 181 else 2
-    bulge = math.tan(math.radians(sweep) / 4 / pieces)
-    ends = [polar(centre, radius, first + sweep * k / pieces) for k in range(pieces + 1)]
-    harvest.add([Edge(one, two, bulge) for one, two in zip(ends, ends[1:])], False)
+    radius = _number(part.dxf.radius)
+    return Line(
+        [arc(centre, radius, first + sweep * k / pieces, sweep / pieces) for k in range(pieces)],
+        False,
+    )
 
 
-def _ellipse(part: Any, harvest: Harvest) -> None:
+def _ellipse(part: Any) -> Line:
     around = abs(part.dxf.end_param - part.dxf.start_param)
-    if abs(part.dxf.ratio - 1) > _FLAT or abs(around - 2 * math.pi) > _FLAT:
-        raise Unfit(part.dxftype())
-    _is_mirrored(part)  # it makes no difference, but the circle may stand askew
-    centre = harvest.point(part.dxf.center.x, part.dxf.center.y)
-    harvest.add_circle(centre, harvest.length(part.dxf.major_axis.magnitude))
+    is_whole = abs(around - 2 * math.pi) <= _FLAT
+    _is_mirrored(part)  # it makes no difference, but the ellipse may stand askew
+    if is_whole and abs(part.dxf.ratio - 1) <= _FLAT:
+        centre = _point(part.dxf.center.x, part.dxf.center.y)
+        return Line([arc(centre, _number(part.dxf.major_axis.magnitude), 0.0, 360.0)], True)
+    _number(part.dxf.major_axis.magnitude)
+    ellipse = part.construction_tool()
+    return _curve(lambda error: ellipse.flattening(error, 2 * _FEWEST), is_whole)
 
 
-def _light_polyline(part: Any, harvest: Harvest) -> None:
-    _polyline(part, part.get_points("xyb"), harvest)
+def _spline(part: Any) -> Line:
+    # Curves of fit points alone are worked out by the library.
+    spline = part.construction_tool()
+    points = [_point(p.x, p.y) for p in spline.control_points]
+    if spline.degree == 1:
+        return Line([Edge(a, b) for a, b in zip(points, points[1:])], False)
+    knots, count = list(spline.knots()), spline.count
+    if knots[0] != 0.0 and spline.is_clamped:
+        # From anywhere but 0 the library would set out at the wrong place.
+        moved = [knot - knots[0] for knot in knots]
+        weights: Any = list(spline.weights()) or None
+        spline = BSpline(spline.control_points, spline.order, moved, weights)
+    if len(set(knots)) < 2 or count > MOST_CORNERS:
+        raise ValueError
+    return _curve(lambda error: spline.flattening(error, _FEWEST), False)
 
 
-def _heavy_polyline(part: Any, harvest: Harvest) -> None:
-    if not part.is_2d_polyline:
-        raise Unfit(tr("{kind} in space").format(kind=part.dxftype()))
+def _curve(divided: Callable[[float], Any], is_closed: bool) -> Line:
+    def edges(error: float) -> List[Edge]:
+        # The library estimates the error, which may be more.
+        points = [_point(p.x, p.y) for p in divided(error / 2)]
+        if math.isfinite(error):
+            return as_edges(points, error)
+        return [Edge(a, b) for a, b in zip(points, points[1:])]
+
+    if not edges(math.inf):
+        raise ValueError
+    return Line([], is_closed, curve=edges)
+
+
+def _light_polyline(part: Any) -> Line:
+    return _polyline(part, part.get_points("xyb"), _is_mirrored(part))
+
+
+def _heavy_polyline(part: Any) -> Line:
     # The handles that a smooth curve was drawn by are no points of it.
     corners = [corner.dxf for corner in part.vertices if not corner.dxf.flags & 16]
+    if not part.is_2d_polyline:
+        heights = [corner.location.z for corner in corners]
+        if not part.is_3d_polyline or max(heights) - min(heights) > _FLAT:
+            raise Unfit(tr("curves and nets in space"))
     points = [(c.location.x, c.location.y, c.get("bulge", 0.0)) for c in corners]
-    _polyline(part, points, harvest)
+    return _polyline(part, points, part.is_2d_polyline and _is_mirrored(part))
 
 
-def _polyline(part: Any, vertices: Sequence[tuple[float, float, float]], harvest: Harvest) -> None:
+def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrored: bool) -> Line:
     if len(vertices) > MOST_EDGES:
         text = tr("an outline can have {most} corners at most")
         raise Unfit(text.format(most=MOST_CORNERS))
-    mirrored = _is_mirrored(part)
-    points = [harvest.point(u, v, mirrored) for u, v, _ in vertices]
-    bulges = [-bulge if mirrored else bulge for *_, bulge in vertices]
-    if not all(abs(bulge) <= LARGEST for bulge in bulges):
-        raise Unfit(tr(NO_NUMBERS))
-    edges = [Edge(*edge) for edge in zip(points, [*points[1:], *points[:1]], bulges)]
-    is_closed = bool(part.is_closed)
-    if not is_closed:
+    points = [_point(u, v, mirrored) for u, v, _ in vertices]
+    bulges = [_number(-bulge if mirrored else bulge) for *_, bulge in vertices]
+    edges = [side._replace(bulge=bulge) for side, bulge in zip(straight(points), bulges)]
+    if not part.is_closed:
         del edges[-1:]
-    if edges:
-        harvest.add(edges, is_closed)
+    return Line(edges, bool(part.is_closed))
 
 
 def _is_mirrored(part: Any) -> bool:
     """Whether a flat part is drawn from below; Unfit if it is drawn from anywhere but above."""
     u, v, w = part.dxf.get("extrusion", (0.0, 0.0, 1.0))
     if not (w and math.hypot(u, v) <= _FLAT * abs(w)):
-        raise Unfit(tr("{kind} that stands askew in space").format(kind=part.dxftype()))
+        raise Unfit(tr(_ASKEW))
     return bool(w < 0)
 
 
+def _point(u: float, v: float, mirrored: bool = False) -> Point:
+    return _number(-u if mirrored else u), _number(v)
+
+
+def _number(number: float) -> float:
+    if not abs(number) <= LARGEST:
+        raise Unfit(tr(TOO_LARGE))
+    return float(number)
+
+
 # By kind: the reader, and what a part must say of itself.
-_READERS: dict[str, tuple[Callable[[Any, Harvest], None], tuple[str, ...]]] = {
+_READERS: dict[str, Tuple[Callable[[Any], Line], Tuple[str, ...]]] = {
     "LINE": (_line, ("start", "end")),
     "CIRCLE": (_circle, ("center", "radius")),
     "ARC": (_arc, ("center", "radius", "start_angle", "end_angle")),
     "ELLIPSE": (_ellipse, ("center", "major_axis", "ratio")),
+    "SPLINE": (_spline, ()),
     "LWPOLYLINE": (_light_polyline, ()),
     "POLYLINE": (_heavy_polyline, ()),
 }

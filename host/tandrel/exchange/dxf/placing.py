@@ -16,6 +16,11 @@ def noted(sketch: Mapping[str, Any]) -> Iterator[tuple[str, str]]:
     yield _OFFSET, repr(float(sketch.get("offset") or 0.0))
 
 
+def is_noted(properties: Mapping[str, str]) -> bool:
+    """Whether there are such notes, which no other program writes."""
+    return _PLANE in properties and _OFFSET in properties
+
+
 def placed(properties: Mapping[str, str]) -> dict[str, Any]:
     """An empty sketch where the properties say, or in the usual place if they don't."""
     placing = S.new()

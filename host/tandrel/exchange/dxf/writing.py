@@ -12,9 +12,11 @@ import ezdxf
 from tandrel import profile
 from tandrel import sketch as S
 from tandrel._shapes import drawn
+from tandrel.exchange.curves import contour_with_arcs
 from tandrel.exchange.dxf.placing import noted
 from tandrel.exchange.dxf.units import CODES
-from tandrel.geometry.loops import Loop, box, is_circle, joined
+from tandrel.exchange.recognise import CHORD
+from tandrel.geometry.loops import Loop, box, is_circle, is_curved, joined
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS
@@ -34,7 +36,8 @@ def written(document: Document, unit: str, tick: Tick, own_contours: bool = Fals
     """A drawing of the profile of a sketch, or of the contours of its shapes as they are.
 
     S.check must have passed the sketch. Circles are circles, everything else is a closed polyline
-    with exact arcs. The same sketch always makes the same bytes.
+    with exact arcs; corners that lie so close on an arc that they stand for one are an arc again.
+    The same sketch always makes the same bytes.
     """
     sketch = document.sketch
     with _reproducible():
@@ -60,6 +63,8 @@ def written(document: Document, unit: str, tick: Tick, own_contours: bool = Fals
                 centre = shown(loop[0].centre[0]), shown(loop[0].centre[1])
                 space.add_circle(centre, shown(loop[0].radius), dxfattribs=where)
             else:
+                if not is_curved(loop):
+                    edges = contour_with_arcs([edge.start for edge in edges], CHORD)
                 vertices = [(*map(shown, edge.start), edge.bulge) for edge in edges]
                 space.add_lwpolyline(vertices, format="xyb", close=True, dxfattribs=where)
         lefts, lows, rights, highs = zip(*boxes)

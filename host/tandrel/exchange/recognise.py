@@ -9,7 +9,7 @@ from tandrel._shapes import contour, shape
 from tandrel.geometry import loops
 from tandrel.geometry.edges import Edge
 from tandrel.geometry.loops import SHALLOW
-from tandrel.kinds import polygon
+from tandrel.kinds import circle, polygon
 from tandrel.kinds.fields import MOST_CORNERS
 from tandrel.kinds.kind import Entity, Guess
 
@@ -35,6 +35,10 @@ def recognised(edges: Sequence[Edge]) -> Recognised:
     Gaps and edges shorter than any detail of a sketch don't count. What no other entity fits is a
     polygon, with its arcs divided. ``ValueError`` if there is none that ``S.outline`` takes.
     """
+    if loops.is_circle(edges) and edges[0].turn is not None:
+        whole = circle.entity(edges[0].turn.centre, edges[0].turn.radius)
+        shape(whole)
+        return Recognised(whole, 0.0)
     if len(edges) > MOST_EDGES:
         shape(polygon.entity([edge.start for edge in edges]))
     edges = loops.tidied(edges)

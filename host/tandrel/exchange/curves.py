@@ -1,0 +1,126 @@
+"""Curves as edges: arcs where they are arcs, else chords."""
+
+from __future__ import annotations
+
+import math
+from typing import List, Optional, Sequence
+
+import numpy as np
+
+from tandrel.geometry.edges import Edge, Point, Points
+from tandrel.geometry.loops import straight
+
+_FEWEST = 3  # chords that make an arc: through any three points there is one
+_STEEPEST = 0.1  # radians that an arc turns from one chord to the next, at most
+_UNLIKE = 0.1  # radians that sides of different lengths count for in the search for an arc's end
+_STRICT = 1e-9  # what is rounding is tried first, so that exact arcs end where they ended
+
+
+def arcs_again(points: Sequence[Point], error: float) -> List[Edge]:
+    """A row of chords as edges: arcs where consecutive points and their chords lie on one.
+
+    Points and chords are within ``error`` of the arcs. What turns too sharply to be a divided arc,
+    such as the corners of a hexagon, keeps its straight edges.
+    """
+    array = np.asarray(points, dtype=np.float64)
+    edges: List[Edge] = []
+    first = 0
+    while first < len(array) - 1:
+        last = max(_reach(array, first, min(_STRICT, error), error), first + 1)
+        if last - first < _FEWEST:
+            last = max(_reach(array, first, error, error), first + 1)
+        bulge = _bulge(array[first : last + 1], error, error)
+        if bulge is None or last - first < _FEWEST:
+            last, bulge = first + 1, 0.0
+        edges.append(Edge(points[first], points[last], bulge))
+        first = last
+    return edges
+
+
+def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
+    """The closed line through corners, with arcs again where :func:`arcs_again` finds them."""
+    if len(corners) <= _FEWEST:
+        return straight(corners)
+    # From where the line turns most, so that no arc is cut in two by where the corners begin.
+    array = np.asarray(corners, dtype=np.float64)
+    before, after = array - np.roll(array, 1, axis=0), np.roll(array, -1, axis=0) - array
+    turns = np.arctan2(
+        before[:, 0] * after[:, 1] - before[:, 1] * after[:, 0], (before * after).sum(axis=1)
+    )
+    first = int(np.argmax(np.abs(turns) + _UNLIKE * _unlike(before, after)))
+    edges = arcs_again([*corners[first:], *corners[: first + 1]], error)
+    return edges if len(edges) < len(corners) else straight(corners)
+
+
+def _unlike(before: Points, after: Points) -> Points:
+    """From 0, where both sides of a corner are as long as each other, to 1."""
+    one, two = np.hypot(*before.T), np.hypot(*after.T)
+    return np.abs(one - two) / np.maximum(one, two)
+
+
+def _reach(points: Points, first: int, off: float, sagitta: float) -> int:
+    """The last point of the longest arc from one on; found by doubling, then by halving."""
+
+    def fits(last: int) -> bool:
+        return _bulge(points[first : last + 1], off, sagitta) is not None
+
+    good, step = first + _FEWEST, 1
+    if good >= len(points) or not fits(good):
+        return first
+    while good + step < len(points) and fits(good + step):
+        good, step = good + step, step * 2
+    while step:
+        if good + step < len(points) and fits(good + step):
+            good += step
+        step //= 2
+    return good
+
+
+def _bulge(points: Points, off: float, sagitta: float) -> Optional[float]:
+    """The bulge of the arc that points lie on, of less than a whole turn; None if there is none."""
+    if len(points) < 3:
+        return None
+    steps = np.diff(points, axis=0)
+    lengths = np.hypot(steps[:, 0], steps[:, 1])
+    if not lengths.all():
+        return None
+    turns = np.arctan2(
+        steps[:-1, 0] * steps[1:, 1] - steps[:-1, 1] * steps[1:, 0],
+        (steps[:-1] * steps[1:]).sum(axis=1),
+    )
+    most = np.abs(turns).max()
+    if most > _STEEPEST or not (np.all(turns > 0) or np.all(turns < 0)):
+        return None
+    centre = _centre(points[0], points[len(points) // 2], points[-1])
+    if centre is None:
+        return None
+    radii = np.hypot(*(points - centre).T)
+    radius = float(radii[0])
+    # The angles that the chords subtend; one more than the turns between them.
+    angles = 2 * np.arcsin(np.minimum(lengths / (2 * radius), 1.0))
+    sweep = float(angles.sum())
+    if np.abs(radii - radius).max() > off or sweep > 2 * math.pi - _STEEPEST:
+        return None
+    if (radius * (1 - np.cos(angles / 2))).max() > sagitta * (1 + 1e-3):
+        return None
+    return math.copysign(math.tan(sweep / 4), float(turns[0]))
+
+
+def _centre(a: Points, b: Points, c: Points) -> Optional[Points]:
+    """Of the circle through three points."""
+    (ux, uy), (vx, vy) = (b - a).tolist(), (c - a).tolist()
+    twice = 2 * (ux * vy - uy * vx)
+    if not twice:
+        return None
+    u, v = ux * ux + uy * uy, vx * vx + vy * vy
+    return a + np.array([(vy * u - uy * v) / twice, (ux * v - vx * u) / twice])
+
+
+def as_edges(points: Sequence[Point], error: float) -> List[Edge]:
+    """A divided curve as the arc, or the two halves of the circle, that it is; else its chords."""
+    middle = len(points) // 2
+    for halves in ([points], [points[: middle + 1], points[middle:]]):
+        edges = [edge for half in halves for edge in arcs_again(half, error)]
+        if len(edges) == len(halves):
+            return edges
+    return [Edge(a, b) for a, b in zip(points, points[1:]) if a != b]

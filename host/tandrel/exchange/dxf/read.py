@@ -1,0 +1,115 @@
+"""DXF files read: as they are, or repaired where they are damaged, down to the lines in them."""
+
+from __future__ import annotations
+
+import codecs
+import io
+from typing import Iterator, Optional, Tuple
+
+import ezdxf
+from ezdxf import recover
+from ezdxf.document import Drawing as Document
+from ezdxf.lldxf.tagger import binary_tags_loader
+
+from tandrel.exchange import ExchangeError
+from tandrel.exchange.dxf.parts import NEVER_CUT, lines_of, spread
+from tandrel.exchange.dxf.placing import is_noted, placed
+from tandrel.exchange.dxf.units import stated
+from tandrel.exchange.lines import Drawing
+from tandrel.exchange.tell import Notes
+from tandrel.gui.i18n import tr
+from tandrel.progress import Tick
+
+_LINES_BETWEEN_TICKS = 4096
+_BINARY = b" Binary DXF\r\n\x1a\x00"
+
+
+def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
+    """What is shown in a drawing, that of blocks where they are placed.
+
+    ExchangeError where the library can't make sense of it. The unit is what the user says of it.
+    """
+    document, notes = _loaded(data.removeprefix(codecs.BOM_UTF8), lambda done: tick(done / 2))
+    try:
+        parts = list(document.modelspace())
+        hidden = {
+            layer.dxf.name.lower()
+            for layer in document.layers
+            if layer.is_off() or layer.is_frozen()
+        }
+        properties = dict(document.header.custom_vars.properties)
+        # A drawing without a header gets one from the library, with a unit that nobody chose.
+        code = document.units if b"$INSUNITS" in data else 0
+        is_metric = bool(document.header["$MEASUREMENT"]) if b"$MEASUREMENT" in data else None
+    except Exception as error:  # of a damaged drawing the library may raise anything
+        raise _unsound(error) from error
+    named = stated(code, is_metric, unit)
+    shown = spread(parts, hidden, notes, lambda done: tick(0.5 + done / 2))
+    lines = [line for part, layer in shown for line in lines_of(part, layer, notes)]
+    return Drawing(lines, named, notes, placed(properties), is_noted(properties))
+
+
+def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
+    """The drawing in a file, and what there is to tell of it if it had to be repaired."""
+    stream = _Watched(data, tick)
+    try:
+        if _BINARY in data[:22]:
+            return Document.load(binary_tags_loader(data)), Notes()
+        return ezdxf.read(stream), Notes()  # type: ignore[arg-type]
+    except Exception as error:
+        if stream.stopped is not None:
+            raise stream.stopped from None
+        # Half of a drawing is of no use, however well it is repaired.
+        if data.split()[-1:] != [b"EOF"]:
+            raise _unsound(error) from error
+        for text, notes in _repairable(data):
+            try:
+                document, _ = recover.read(io.BytesIO(text))
+            except Exception:
+                continue
+            notes.tell(tr("The file is damaged; it was repaired as well as it can be."))
+            return document, notes
+        raise _unsound(error) from error
+
+
+def _repairable(data: bytes) -> Iterator[Tuple[bytes, Notes]]:
+    """A damaged drawing, and then without the parts that are never cut, sound or not."""
+    lines = data.splitlines()
+    yield b"\n".join(lines), Notes()
+    kept, notes, is_kept = [], Notes(), True
+    for code, value in zip(lines[::2], lines[1::2]):
+        if code.strip() == b"0":
+            what = NEVER_CUT.get(value.strip().decode("latin-1").upper())
+            is_kept = what is None
+            if what is not None:
+                notes.leave(tr(what))
+        if is_kept:
+            kept += [code, value]
+    yield b"\n".join([*kept, b""]), notes
+
+
+def _unsound(error: Exception) -> ExchangeError:
+    text = tr("this is not a sound DXF drawing ({why})")
+    return ExchangeError(text.format(why=str(error)[:200] or type(error).__name__))
+
+
+class _Watched:
+    """The lines of a file, ticking as they are read."""
+
+    def __init__(self, data: bytes, tick: Tick) -> None:
+        # Only keywords and numbers matter, which are ASCII in whatever code page texts are.
+        self._lines = io.StringIO(data.decode("latin-1"), newline=None)
+        self._total = 1 + data.count(b"\n")
+        self._count = 0
+        self._tick = tick
+        self.stopped: Optional[Exception] = None  # what the tick raised
+
+    def readline(self) -> str:
+        if not self._count % _LINES_BETWEEN_TICKS:
+            try:
+                self._tick(min(1.0, self._count / self._total))
+            except Exception as error:
+                self.stopped = error
+                raise
+        self._count += 1
+        return self._lines.readline()

@@ -1,0 +1,50 @@
+"""What the readers of drawings hand over: lines in the drawing's own unit, and what else it has."""
+
+from __future__ import annotations
+
+from collections.abc import Callable, Mapping
+from dataclasses import dataclass
+from decimal import Decimal
+from typing import Any, List, NamedTuple, Optional
+
+from tandrel.exchange.tell import Notes
+from tandrel.geometry.edges import Edge
+from tandrel.gui.i18n import N_
+
+TOO_LARGE = N_("numbers that are too large, or none")
+
+# The edges that keep this close to a curve, some of them at any distance.
+Curve = Callable[[float], List[Edge]]
+
+
+class Line(NamedTuple):
+    """A row of edges, each of which starts where the one before ends, on a layer.
+
+    A full circle is one edge that knows its turn. What is neither straight nor an arc is a curve
+    instead, without edges of its own.
+    """
+
+    edges: List[Edge]
+    is_closed: bool
+    layer: str = ""
+    curve: Optional[Curve] = None
+
+
+class Stated(NamedTuple):
+    """The unit that a drawing names, its length, and sizes of drawings that it is believed for."""
+
+    name: str
+    metres: Decimal
+    least: float = 0.002  # metres
+    most: float = 2.0
+
+
+@dataclass
+class Drawing:
+    """A drawing as it was read; lengths are in its unit, which is None where it names none."""
+
+    lines: List[Line]
+    unit: Optional[Stated]
+    notes: Notes
+    placing: Mapping[str, Any]  # an empty sketch where the drawing lies
+    is_own: bool = False  # whether this application wrote it, so that there is nothing to doubt

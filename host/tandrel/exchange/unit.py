@@ -1,0 +1,71 @@
+"""The unit of a drawing's numbers: what it says, what its size says, and what the user says."""
+
+from __future__ import annotations
+
+import math
+from decimal import Decimal
+from typing import Dict, List, Optional, Tuple
+
+from tandrel.exchange import UnitsMissing
+from tandrel.exchange.lines import Drawing, Line, Stated
+from tandrel.geometry.loops import box
+from tandrel.gui.i18n import tr
+from tandrel.units import SYSTEMS, UnitSystem
+
+_LEAST, _MOST = 0.002, 2.0  # the sizes of parts, in metres
+AS_STATED = "stated"  # the answer that a drawing's own unit is right, which may be none of ours
+
+
+def metres(drawing: Drawing, chosen: Optional[str]) -> Decimal:
+    """The length of a drawing's unit; UnitsMissing where somebody must choose it."""
+    stated = drawing.unit
+    if chosen is not None and chosen != AS_STATED:
+        unit = SYSTEMS[chosen]
+        if stated is not None and stated.metres != unit.metres:
+            text = tr("The drawing says that its unit is {stated}; it was read in {unit}.")
+            drawing.notes.tell(text.format(stated=stated.name, unit=chosen))
+        return unit.metres
+    width, height = _size(drawing.lines)
+    size = max(width, height)
+    if stated is None:
+        text = tr("the drawing does not say what unit its lengths are in")
+        raise UnitsMissing(text, choices(width, height, None))
+    is_sure = drawing.is_own or chosen == AS_STATED or not size
+    if not is_sure and not stated.least <= size * float(stated.metres) <= stated.most:
+        text = tr("the drawing says that its unit is {unit}, which makes it {size} large")
+        shown = _shown(width, height, float(stated.metres), SYSTEMS["mm"])
+        raise UnitsMissing(
+            text.format(unit=stated.name, size=shown), choices(width, height, stated)
+        )
+    return stated.metres
+
+
+def choices(width: float, height: float, stated: Optional[Stated]) -> Dict[str, str]:
+    """The units that a drawing of this size may have, the most likely first, each with the size."""
+    found = {}
+    for name, unit in SYSTEMS.items():
+        own = _shown(width, height, float(unit.metres), unit)
+        in_mm = _shown(width, height, float(unit.metres), SYSTEMS["mm"])
+        found[name] = own if name == "mm" else f"{own} = {in_mm}"
+    if stated is not None and stated.metres not in [unit.metres for unit in SYSTEMS.values()]:
+        shown = _shown(width, height, float(stated.metres), SYSTEMS["mm"])
+        found[AS_STATED] = f"{stated.name}: {shown}"
+    size = max(width, height)
+    believed = [
+        name
+        for name in ("mm", "in", "cm", "m")
+        if _LEAST <= size * float(SYSTEMS[name].metres) <= _MOST
+    ]
+    return {name: found[name] for name in dict.fromkeys([*believed, *found])}
+
+
+def _shown(width: float, height: float, metres: float, unit: UnitSystem) -> str:
+    return " × ".join(unit.fmt(length * metres, "length") for length in (width, height))
+
+
+def _size(lines: List[Line]) -> Tuple[float, float]:
+    boxes = [box(line.curve(math.inf) if line.curve else line.edges) for line in lines]
+    if not boxes:
+        return 0.0, 0.0
+    left, low, right, high = zip(*boxes)
+    return max(right) - min(left), max(high) - min(low)

@@ -1,0 +1,231 @@
+"""What drawings of the world have that those of this application don't."""
+
+import math
+
+import ezdxf
+import pytest
+from ezdxf.math import BSpline, ConstructionArc
+from support.drawings import new_drawing, raw, read
+from tandrel import sketch as S
+from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen, join
+
+REPAIRED = "The file is damaged; it was repaired as well as it can be."
+
+
+def rectangle(space, u, v, w, h, layer="0"):
+    corners = [(u, v), (u + w, v), (u + w, v + h), (u, v + h)]
+    return space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
+
+
+class TestCurves:
+    def test_a_closed_spline(self):
+        """Its area is that of a fine polygon of the same curve, worked out by the library."""
+        drawing, space = new_drawing()
+        flat = [(0, 0), (50, -20), (100, 0), (90, 60), (40, 80), (-10, 50)]
+        spline = space.add_spline()
+        spline.set_closed([(u, v, 0) for u, v in flat])
+        points = [(p.x, p.y) for p in spline.construction_tool().approximate(20_000)]
+        area = abs(sum(a[0] * b[1] - b[0] * a[1] for a, b in zip(points, points[1:]))) / 2
+        ((found,), notes) = read(drawing)
+        assert S.area(found) == pytest.approx(area * 1e-6, abs=1e-6 * 0.3)
+        assert notes == ["Curves (1): divided into edges within 0.001 mm"]
+
+    def test_knots_may_begin_anywhere(self):
+        drawing, space = new_drawing()
+        spline = BSpline([(0, 0), (30, 60), (60, -40), (100, 0)], order=4)
+        moved = space.add_spline()
+        moved.apply_construction_tool(spline)
+        moved.knots = [knot + 5 for knot in spline.knots()]
+        space.add_lwpolyline([(0, 0), (0, 90), (100, 90), (100, 0)])
+        ((found,), _) = read(drawing)
+        assert found["points"] and S.outline(found)[:, 1].min() < 0
+
+    def test_curves_of_fit_points_alone(self):
+        drawing, space = new_drawing()
+        space.add_spline([(0, 0), (50, 10), (100, 0)])
+        space.add_line((0, 0), (100, 0))
+        ((found,), _) = read(drawing)
+        assert S.area(found) == pytest.approx(100 * 10 * 2 / 3 * 1e-6, rel=0.05)
+
+    def test_an_arc_as_a_spline_lets_a_slot_be_a_slot(self):
+        drawing, space = new_drawing()
+        for start, end in (((20, -5), (20, 5)), ((0, 5), (0, -5))):
+            half = ConstructionArc.from_2p_angle(start, end, 180)
+            space.add_spline().apply_construction_tool(BSpline.from_arc(half))
+        space.add_line((0, 5), (20, 5))
+        space.add_spline().apply_construction_tool(BSpline([(0, -5), (20, -5)], order=2))
+        ((found,), notes) = read(drawing)
+        assert (found["type"], notes) == ("slot", [])
+        assert found["r"] == pytest.approx(0.005, abs=1e-8)
+
+    def test_ellipses_and_parts_of_them(self):
+        drawing, space = new_drawing()
+        space.add_ellipse((0, 0), (40, 10), 0.5)
+        space.add_ellipse((200, 0), (30, 0), 0.5, 0, math.pi)
+        space.add_line((170, 0), (230, 0))
+        (whole, half), _ = read(drawing)
+        assert S.area(whole) == pytest.approx(math.pi * 1700e-6 / 2, abs=1e-6 * 0.2)
+        assert S.area(half) == pytest.approx(math.pi * 30 * 15e-6 / 2, abs=1e-6 * 0.2)
+        assert S.outline(half)[:, 1].min() == pytest.approx(0)
+
+    def test_a_flat_polyline_in_space_is_flat(self):
+        drawing, space = new_drawing()
+        space.add_polyline3d([(0, 0, 5), (10, 0, 5), (0, 10, 5)], close=True)
+        assert S.area(read(drawing)[0][0]) == pytest.approx(50e-6)
+
+
+class TestDamage:
+    def test_points_in_another_order_of_codes(self):
+        sides = [(0, 0, 9, 0), (9, 0, 9, 9), (9, 9, 0, 9), (0, 9, 0, 0)]
+        lines = [x for u, v, w, z in sides for x in (0, "LINE", 8, 0, 10, u, 11, w, 20, v, 21, z)]
+        ((found,), notes) = read(raw(*lines), unit="mm")
+        assert (found["type"], notes) == ("rectangle", [REPAIRED])
+
+    def test_a_damaged_text_refuses_nothing(self):
+        text = (0, "TEXT", 8, 0, 10, "x", 20, 0, 40, "high", 1, "Ø")
+        ((found,), notes) = read(raw(*text, 0, "CIRCLE", 8, 0, 10, 0, 20, 0, 40, 5))
+        assert found["r"] == 0.005
+        assert notes == [REPAIRED, "Left out (1): texts"]
+
+    def test_half_a_drawing_is_not_repaired(self):
+        text = raw(0, "LINE", 8, 0, 10, 0, 11, 9, 20, 0, 21, 9)
+        with pytest.raises(ExchangeError, match="not a sound"):
+            read(text[: text.rindex("0\nENDSEC")], unit="mm")
+
+
+class TestOutline:
+    def test_one_that_lacks_a_little_is_asked_about(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 0), (100, 0), (100, 50), (0, 50), (0, 0.5)])
+        space.add_circle((20, 20), 5)
+        with pytest.raises(
+            OutlineOpen, match="4 lines around 100 mm × 50 mm.*0.5 mm near"
+        ) as asked:
+            read(drawing)
+        assert asked.value.place == pytest.approx((0, 0.00025))
+        ((hole,), notes) = read(drawing, outline="go on")
+        assert hole["type"] == "circle"
+        assert notes[0].startswith("Gaps that stay (1): the largest contour lacks 0.5 mm, near")
+
+    def test_one_of_several_pieces(self):
+        drawing, space = new_drawing()
+        for start, end in [((1, 0), (99, 0)), ((100, 1), (100, 49)), ((99, 50), (1, 50))]:
+            space.add_line(start, end)
+        space.add_line((0, 49), (0, 1))
+        space.add_circle((20, 20), 5)
+        with pytest.raises(OutlineOpen, match="4 lines around 100 mm × 50 mm"):
+            read(drawing)
+
+    def test_one_among_very_many_strokes(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 0), (100, 0), (100, 50), (0, 50), (0, 0.5)])
+        space.add_circle((20, 20), 5)
+        for k in range(1200):
+            space.add_line((30 + k % 60, 10 + k // 60), (30.5 + k % 60, 10 + k // 60))
+        with pytest.raises(OutlineOpen, match="4 lines around 100 mm × 50 mm"):
+            read(drawing)
+
+    def test_one_whose_side_is_missing(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 50), (0, 0), (100, 0), (100, 50)])
+        space.add_circle((20, 20), 5)
+        with pytest.raises(OutlineOpen):
+            read(drawing)
+
+    def test_one_that_crosses_itself(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 0), (100, 80), (100, 0), (0, 80)], close=True)
+        space.add_circle((20, 30), 5)
+        with pytest.raises(OutlineOpen, match="cross or touch themselves"):
+            read(drawing)
+
+    def test_lines_within_and_beside_a_part_are_none(self):
+        """Engraved, and dimension lines that reach around it."""
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 50)
+        space.add_lwpolyline([(10, 10), (90, 10), (90, 40), (10, 40), (10, 11)])
+        space.add_lwpolyline([(-10, 60), (-10, -10), (110, -10)])
+        assert len(read(drawing)[0]) == 1
+
+
+class TestLayers:
+    def frame(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 297, 210, "FRAME")
+        rectangle(space, 5, 5, 287, 200, "FRAME")
+        rectangle(space, 50, 50, 100, 60, "PART")
+        space.add_circle((70, 70), 5, dxfattribs={"layer": "HOLE"})
+        return drawing
+
+    def test_a_frame_around_the_sheet_is_asked_about(self):
+        with pytest.raises(LayersUnclear, match="FRAME") as asked:
+            read(self.frame())
+        assert asked.value.layers == {"FRAME": 2, "PART": 1, "HOLE": 1}
+        assert asked.value.proposed == ["PART", "HOLE"]
+
+    def test_what_is_not_chosen_is_left_out_and_told(self):
+        found, notes = read(self.frame(), layers=["PART", "HOLE"])
+        assert [e["type"] for e in found] == ["rectangle", "circle"]
+        assert notes == ["Left out (2): contours on the layer FRAME, near u = 0 mm, v = 0 mm"]
+
+    def test_a_plate_and_its_holes_on_layers_of_their_own_may_be_one_too(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 60, "PLATE")
+        space.add_circle((20, 20), 5, dxfattribs={"layer": "M5"})
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.proposed == ["PLATE", "M5"]
+
+    def test_an_outline_that_no_frame_has_is_not_asked_about(self):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 50, dxfattribs={"layer": "PLATE"})
+        space.add_circle((20, 20), 5, dxfattribs={"layer": "M5"})
+        assert len(read(drawing)[0]) == 2
+
+
+class TestContours:
+    def test_one_that_touches_another_from_inside_is_left_out(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 60)
+        rectangle(space, 0, 20, 10, 10)
+        ((plate,), notes) = read(drawing)
+        assert S.area(plate) == pytest.approx(6e-3)
+        assert notes[0].startswith(
+            "Left out (1): contours that touch another one from inside, near"
+        )
+
+    def test_one_that_touches_itself_is_taken_apart(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline(
+            [(0, 0), (20, 0), (20, 20), (40, 20), (40, 40), (20, 40), (20, 20), (0, 20)], close=True
+        )
+        found, _ = read(drawing)
+        assert [S.area(e) for e in found] == pytest.approx([4e-4, 4e-4])
+
+    def test_shapes_drawn_twice_in_different_ways(self):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 5)
+        space.add_lwpolyline([(-5, 0, 1), (5, 0, 1)], format="xyb", close=True)
+        space.add_arc((0, 0), 5, 10, 190)
+        space.add_arc((0, 0), 5, 190, 10)
+        found, notes = read(drawing)
+        assert len(found) == 1
+        assert notes == ["Drawn more than once (2): one of each is kept"]
+
+
+def test_a_large_drawing_is_joined_without_comparing_everything(monkeypatch):
+    """Ends are compared with those near them: here with none but their own partners."""
+    compared = []
+    dist = math.dist
+    monkeypatch.setattr(join.math, "dist", lambda a, b: compared.append(1) or dist(a, b))
+    drawing = ezdxf.new("R12")
+    space = drawing.modelspace()
+    for k in range(400):
+        u, v = 10 * (k % 20), 10 * (k // 20)
+        corners = [(u, v), (u + 5, v), (u + 5, v + 4), (u, v + 4)]
+        for one, two in zip(corners, [*corners[1:], (u, v + 0.02)]):
+            space.add_line(one, two)
+    found, notes = read(drawing, unit="mm")
+    assert len(found) == 400
+    assert notes[0].startswith("Gaps closed (400)")
+    assert len(compared) < 100 * 400

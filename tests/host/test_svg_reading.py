@@ -1,0 +1,143 @@
+"""SVG drawings of others, and those that are written here."""
+
+import math
+
+import pytest
+from support.drawings import sketch_in
+from support.shapes import EVERY_KIND, PLATE, document
+from tandrel import exchange
+from tandrel import sketch as S
+from tandrel.exchange import ExchangeError, UnitsMissing, svg, svg_reading
+from tandrel.progress import no_tick
+
+
+def read(content, head='width="200mm" height="100mm" viewBox="0 0 200 100"', **answers):
+    text = f'<svg xmlns="http://www.w3.org/2000/svg" {head}>{content}</svg>'
+    sketch, notes = sketch_in(text.encode(), reader=svg_reading, **answers)
+    return sketch["entities"], notes
+
+
+def approx(**entity):
+    return pytest.approx(entity, abs=1e-12)
+
+
+def test_shapes_in_true_size_with_v_up():
+    found, notes = read(
+        '<rect x="10" y="20" width="30" height="40"/><circle cx="100" cy="50" r="7"/>'
+        '<polygon points="150,10 160,10 155,20"/><polyline points="0,0 5,0 5,5 0,0"/>'
+        '<rect x="60" y="20" width="20" height="10" rx="2"/>'
+    )
+    assert [e["type"] for e in found] == ["rectangle", "circle", "polygon", "rectangle", "polygon"]
+    assert found[0] == approx(type="rectangle", x=0.01, y=0.04, w=0.03, h=0.04, radius=0)
+    assert found[1] == approx(type="circle", xc=0.1, yc=0.05, r=0.007)
+    assert found[3]["radius"] == pytest.approx(0.002)
+    assert notes == []
+
+
+@pytest.mark.parametrize(
+    "head, size",
+    [
+        ('width="4in" viewBox="0 0 100 50"', 4 * 0.0254 / 100),
+        ('width="10cm" height="50mm" viewBox="0 0 1000 500"', 1e-4),
+        ('width="72pt" viewBox="5 5 10 10"', 0.00254),
+        ('width="100mm" height="10mm" viewBox="0 0 100 100"', 1e-4),
+    ],
+)
+def test_sizes_by_view_box_and_unit(head, size):
+    ((found,), _) = read('<circle cx="0" cy="0" r="40"/>', head)
+    assert found["r"] == pytest.approx(40 * size, rel=1e-15)
+
+
+@pytest.mark.parametrize("head", ["", 'viewBox="0 0 9 9"', 'width="9" viewBox="0 0 9 9"'])
+def test_pixels_are_asked_about(head):
+    circle = '<circle cx="0" cy="0" r="48"/>'
+    with pytest.raises(UnitsMissing) as caught:
+        read(circle, head)
+    assert caught.value.choices["mm"] == "96 mm × 96 mm"
+    assert caught.value.choices["stated"] == "px: 25.4 mm × 25.4 mm"
+    assert read(circle, head, unit="mm")[0][0]["r"] == 0.048
+    assert read(circle, head, unit="stated")[0][0]["r"] == pytest.approx(0.0127)
+
+
+def test_transforms_and_uses():
+    found, notes = read(
+        '<g transform="translate(10,20) scale(2)"><circle id="c" cx="1" cy="2" r="3"/></g>'
+        '<g transform="rotate(90 50 50)"><rect x="50" y="50" width="20" height="5"/></g>'
+        '<use href="#c" x="100"/>'
+    )
+    assert found[0] == approx(type="circle", xc=0.012, yc=0.076, r=0.006)
+    assert found[1] == approx(type="rectangle", x=0.045, y=0.03, w=0.005, h=0.02, radius=0)
+    assert found[2] == approx(type="circle", xc=0.101, yc=0.098, r=0.003)
+
+
+def test_curves_are_divided_within_a_micrometre():
+    ((egg,), notes) = read(
+        '<ellipse cx="50" cy="50" rx="40" ry="20" transform="rotate(30 50 50)"/>'
+    )
+    assert S.area(egg) == pytest.approx(math.pi * 0.04 * 0.02, abs=1e-6 * 0.2)
+    assert notes == ["Curves (1): divided into edges within 0.001 mm"]
+    ((leaf,), _) = read('<path d="M 0 0 C 0 40 60 40 60 0 Q 30 -20 0 0 Z"/>')
+    # Above the axis 120 t (1 - t) over dx = 360 t (1 - t) dt, below it a parabola.
+    assert S.area(leaf) == pytest.approx((43200 / 30 + 2 / 3 * 60 * 10) * 1e-6, abs=1e-6 * 0.2)
+
+
+def test_paths_of_lines_and_arcs():
+    found, _ = read(
+        '<path d="M10 10 h20 a5 5 0 0 1 0 10 h-20 a5 5 0 0 1 0 -10 z m 100 0 h10 v10 z"/>'
+        '<path d="M60 60 A5 5 0 1 0 70 60 A5 5 0 0 0 60 60"/>'
+    )
+    assert [e["type"] for e in found] == ["slot", "polygon", "circle"]
+    assert found[0]["r"] == pytest.approx(0.005)
+
+
+def test_what_is_not_cut_is_told():
+    found, notes = read(
+        '<circle cx="0" cy="0" r="9"/><text>a</text><image width="5" height="5"/>'
+        '<circle cx="0" cy="0" r="8" visibility="hidden"/><circle r="7" display="none"/>'
+    )
+    assert len(found) == 1
+    assert sorted(notes) == [
+        "Left out (1): parts that are hidden or on hidden layers",
+        "Left out (1): pictures",
+        "Left out (1): texts",
+    ]
+
+
+@pytest.mark.parametrize(
+    "data", [b"", b"<svg", b"<html/>", b"\x00", b'<svg xmlns="http://www.w3.org/2000/svg"/>']
+)
+def test_what_is_no_drawing_gives_a_message(data):
+    with pytest.raises(ExchangeError) as caught:
+        sketch_in(data, unit="mm", reader=svg_reading)
+    assert str(caught.value)
+
+
+def test_elements_that_multiply_are_refused():
+    doubling = "".join(
+        f'<g id="a{k + 1}"><use href="#a{k}"/><use href="#a{k}"/></g>' for k in range(40)
+    )
+    with pytest.raises(ExchangeError, match="too many parts"):
+        read('<circle id="a0" r="1"/>' + doubling)
+    with pytest.raises(ExchangeError, match="not a sound"):
+        read('<g id="a"><use href="#a"/></g>')
+
+
+@pytest.mark.parametrize("path", ["M nan 0 h 1 v 1 z", "M 1e300 0 h 1 v 1 z", "M x", "M0 0 A 0 0"])
+def test_senseless_numbers_give_a_message(path):
+    with pytest.raises(ExchangeError):
+        read(f'<path d="{path}"/>')
+
+
+@pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)
+def test_what_is_written_comes_back(entity):
+    data = svg.written(document(entity), "mm", no_tick)
+    (back,) = sketch_in(data, reader=svg_reading)[0]["entities"]
+    assert back["type"] == entity["type"]
+    assert S.area(back) == pytest.approx(S.area(entity), rel=1e-9)
+
+
+def test_the_whole_way_through_files(tmp_path):
+    exchange.export(document(*PLATE), tmp_path / "part.SVG", "in")
+    found = exchange.import_(tmp_path / "part.SVG").document
+    assert (found.name, len(found.sketch["entities"])) == ("part", len(PLATE))
+    assert S.check(found.sketch) == []

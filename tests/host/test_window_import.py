@@ -1,0 +1,166 @@
+"""Drawings in the application's window: what is asked, and what is told of them."""
+
+import math
+
+import ezdxf
+import pytest
+from support.application import answering, dialogs
+from support.events import settle
+from tandrel.application.importing import Layers, Report
+
+
+@pytest.fixture
+def drawn(tmp_path):
+    """drawn(draw, units=4): the path of a drawing that draw(space, drawing) has filled."""
+
+    def write(draw, units=4):
+        drawing = ezdxf.new("R2010", units=units)
+        draw(drawing.modelspace(), drawing)
+        path = tmp_path / "part.dxf"
+        drawing.saveas(path)
+        return path
+
+    return write
+
+
+def rectangle(space, u, v, w, h, layer="0"):
+    corners = [(u, v), (u + w, v), (u + w, v + h), (u, v + h)]
+    space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
+
+
+def with_frame(space, drawing):
+    rectangle(space, 0, 0, 297, 210, "FRAME")
+    rectangle(space, 50, 50, 100, 60, "PART")
+    space.add_circle((70, 70), 5, dxfattribs={"layer": "PART"})
+
+
+def with_gap(space, drawing):
+    space.add_lwpolyline([(0, 0), (100, 0), (100, 50), (0, 50), (0, 1)])
+    space.add_circle((20, 20), 5)
+
+
+def with_texts(space, drawing):
+    rectangle(space, 0, 0, 100, 50)
+    for k in range(3):
+        space.add_text("a note", dxfattribs={"insert": (200 + k, 20)})
+    space.add_point((10, 10))
+
+
+def size(app):
+    return app.size.cget("text")
+
+
+def message(app):
+    return app.message.cget("text")
+
+
+def ticking(root, *toggled, ends=True):
+    """Toggle layers in the dialog to come, then import, or close it; their names gather."""
+    seen = []
+
+    def look():
+        shown = [d for d in dialogs(root, Layers) if root.grab_current() is d]
+        if not shown:
+            root.after(5, look)
+            return
+        seen.append({name: on for name, on in shown[0].chosen.items()})
+        for name in toggled:
+            shown[0].toggle(name)
+        if ends:
+            shown[0].button.invoke()
+        else:
+            shown[0].close()
+
+    root.after(5, look)
+    return seen
+
+
+@pytest.mark.parametrize("unit, shown", [("mm", "370 mm × 370 mm"), ("in", "9398 mm × 9398 mm")])
+def test_units_that_make_no_part_are_asked_about(start, drawn, unit, shown):
+    app = start()
+    asked = answering(app.root, unit)
+    app.open(str(drawn(lambda space, _: rectangle(space, 0, 0, 370, 370), units=1)))
+    assert "9398 mm × 9398 mm" in asked[0]
+    assert size(app) == shown
+
+
+def test_a_unit_from_the_command_line_is_not_asked_about(start, drawn):
+    app = start()
+    app.open(str(drawn(lambda space, _: rectangle(space, 0, 0, 370, 370), units=1)), "mm")
+    assert size(app) == "370 mm × 370 mm"
+    (report,) = dialogs(app.root, Report)
+    assert report.list.item("0", "text").startswith("The drawing says that its unit is in")
+
+
+def test_the_frame_of_the_sheet_is_left_out_unless_it_is_ticked(start, drawn):
+    app = start()
+    path = str(drawn(with_frame))
+    seen = ticking(app.root)
+    app.open(path)
+    assert seen == [{"FRAME": False, "PART": True}]
+    assert size(app) == "100 mm × 60 mm"
+    (report,) = dialogs(app.root, Report)
+    assert "contours on the layer FRAME" in report.list.item("0", "text")
+    ticking(app.root, "FRAME")
+    app.open(path)
+    assert size(app) == "297 mm × 210 mm"
+    assert dialogs(app.root, Report) == []
+
+
+def test_without_layers_nothing_can_be_imported(start, drawn):
+    app = start()
+    before = app.session.document
+    ticking(app.root, "PART", ends=False)
+    app.open(str(drawn(with_frame)))
+    assert app.session.document is before
+    assert "isn't opened" in message(app)
+
+
+@pytest.mark.parametrize("answer, shown", [("go on", "10 mm × 10 mm"), ("stay", ""), (None, "")])
+def test_an_outline_is_not_lost_silently(start, drawn, answer, shown):
+    app = start()
+    asked = answering(app.root, answer)
+    app.open(str(drawn(with_gap)))
+    assert "lack 1 mm near u = 0 mm, v = 0.5 mm" in asked[0]
+    assert size(app) == shown
+
+
+def test_what_was_left_out_is_listed_and_shown(start, drawn):
+    app = start()
+    app.open(str(drawn(with_texts)))
+    (report,) = dialogs(app.root, Report)
+    rows = [report.list.item(row, "text") for row in report.list.get_children()]
+    assert rows == [
+        "Left out (3): texts, near u = 200 mm, v = 20 mm",
+        "Left out (1): points, near u = 10 mm, v = 10 mm",
+    ]
+    assert "the list tells" in message(app)
+    report.button.invoke()
+    (ring,) = [i for i in app.view.find_withtag("mark") if app.view.type(i) == "oval"]
+    x1, y1, x2, y2 = app.view.coords(ring)
+    # It lies to the right of the profile, which makes room for it.
+    outlines = [i for i in app.view.find_all() if app.view.type(i) == "polygon"]
+    assert x1 > app.view.bbox(*outlines)[2]
+    assert x2 < app.view.winfo_width() and math.isclose(x2 - x1, y2 - y1)
+    report.close()
+    assert app.view.find_withtag("mark") == ()
+
+
+def test_what_has_no_place_cannot_be_shown(start, drawn):
+    def twice(space, drawing):
+        rectangle(space, 0, 0, 100, 50)
+        rectangle(space, 0, 0, 100, 50)
+
+    app = start()
+    app.open(str(drawn(twice)))
+    (report,) = dialogs(app.root, Report)
+    assert report.button.instate(["disabled"])
+
+
+def test_the_list_goes_with_the_drawing(start, drawn):
+    app = start()
+    app.open(str(drawn(with_texts)))
+    settle(app.root, lambda: dialogs(app.root, Report))
+    answering(app.root, "leave")
+    app.perform("new")
+    assert dialogs(app.root, Report) == []
