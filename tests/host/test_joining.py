@@ -141,3 +141,16 @@ def test_a_tick_stops_it_where_lines_end_on_lines():
     lines = [Line([Edge(*edge) for edge in line], False) for line in [*comb, [((0, 0), (1, 0))]]]
     joined(lines, 1.0, told.append)
     assert told == sorted(told) and len(told) > 10 and told[-1] <= 1
+
+
+def test_what_is_as_thin_as_a_gap_is_no_face():
+    """A side drawn again by way of a point a little beside it."""
+    again = [((1, 0), (1 + 5e-5, 0.5))], [((1 + 5e-5, 0.5), (1, 1))]
+    contours, left = closed(*SQUARE, *again)
+    assert (areas(contours), left) == (pytest.approx([1.0], abs=1e-4), 0)
+
+
+def test_a_line_with_many_points_is_not_closed_by_its_own_inner_ones():
+    fine = [(0, 0), (1, 0), (1, 1), (0, 1), (0, 1.4e-4), (0, 1.1e-4), (0, 8e-5)]
+    contours, left = closed([(a, b) for a, b in zip(fine, fine[1:])])
+    assert (areas(contours), left) == (pytest.approx([1.0], abs=1e-4), 0)

@@ -137,7 +137,9 @@ def _without_near_doubles(
             near[two].add(one)
     gone: Set[int] = set()
     for k, piece in enumerate(pieces):
-        if 1 not in (len(at[piece.start]), len(at[piece.end])):
+        is_loose = 1 in (len(at[piece.start]), len(at[piece.end]))
+        # A short piece lies near its own neighbours.
+        if not is_loose or piece.edge.length <= 4 * loose:
             continue
         for start in near[piece.start]:
             for other in at[start]:
