@@ -98,7 +98,7 @@ def test_a_drawing_s_units_are_asked_and_the_part_gets_a_file(acted, part, tmp_p
         person.key("ctrl+o")
         yield from person.type_path(drawing)
         yield from person.asked()
-        person.key("Right", "Right", "Right", "Return")
+        person.key("Down", "Return")
         yield until(lambda: app.session.dirty, "the import")
         assert app.size.cget("text") == "140 mm × 100 mm"
         person.key("ctrl+shift+s")

@@ -1,4 +1,4 @@
-"""Other programs' drawings: sketches written as DXF, SVG and PNG files, and DXF files read."""
+"""Other programs' drawings: sketches written as DXF, SVG and PNG files; DXF and SVG files read."""
 
 from __future__ import annotations
 
