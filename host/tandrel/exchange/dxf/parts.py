@@ -181,15 +181,37 @@ def _spline(part: Any) -> Line:
     points = [_point(p.x, p.y) for p in spline.control_points]
     if spline.degree == 1:
         return Line([Edge(a, b) for a, b in zip(points, points[1:])], False)
-    knots, count = list(spline.knots()), spline.count
-    if knots[0] != 0.0 and spline.is_clamped:
-        # From anywhere but 0 the library would set out at the wrong place.
-        moved = [knot - knots[0] for knot in knots]
-        weights: Any = list(spline.weights()) or None
-        spline = BSpline(spline.control_points, spline.order, moved, weights)
-    if len(set(knots)) < 2 or count > MOST_CORNERS:
+    # Those that the curve runs between: of one that isn't clamped, not the first and last few.
+    knots = sorted(set(list(spline.knots())[spline.degree : spline.count + 1]))
+    if len(knots) < 2 or spline.count > MOST_CORNERS:
         raise ValueError
-    return _curve(lambda error: spline.flattening(error, _FEWEST), False)
+    return _curve(lambda error: _divided(spline, knots, error), False)
+
+
+def _divided(spline: BSpline, knots: Sequence[float], error: float) -> Iterator[Any]:
+    """Points of a spline, whose chords have their middles within an error of the curve.
+
+    The library's own division begins elsewhere, and where hangs on its release.
+    """
+    steps = [
+        first + (last - first) * k / _FEWEST
+        for first, last in zip(knots, knots[1:])
+        for k in range(1, _FEWEST + 1)
+    ]
+    t, start = knots[0], spline.point(knots[0])
+    yield start
+    ends = [(end, spline.point(end)) for end in reversed(steps)]
+    while ends:
+        t_end, end = ends[-1]
+        half = (t + t_end) / 2
+        middle, chord = spline.point(half), end - start
+        to_middle = middle - start
+        away = abs(chord.x * to_middle.y - chord.y * to_middle.x)
+        if t < half < t_end and away > error * math.hypot(chord.x, chord.y):
+            ends.append((half, middle))
+        else:
+            yield end
+            t, start = ends.pop()
 
 
 def _curve(divided: Callable[[float], Any], is_closed: bool) -> Line:
