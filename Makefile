@@ -13,7 +13,7 @@ run: build
 	@scripts/ensure-packages run
 	$(PYTHON) demo/run.py
 
-## test: the module and the application, on displays of their own; two and a quarter minutes
+## test: the module and the application, on displays of their own; two minutes
 test: build
 	@scripts/ensure-packages run test
 	$(PYTHON) -m pytest tests $(PARALLEL) --ignore=tests/verify --ignore=tests/soak
