@@ -47,6 +47,10 @@ class TestCard:
         for entity, _, _, area in card.variants.values():
             assert S.area(entity) == pytest.approx(area, rel=1e-13)
 
+    def test_its_statement_of_the_summary_says_what_its_examples_say(self, card):
+        for entity, summary in card.summaries:
+            assert card.summary(entity, lambda value: f"<{value!r} length>", str) == summary
+
     def test_its_place_is_in_its_own_sample_only(self, card):
         inside = [S.inside(S.outline(other.placed), card.place) for other in CARDS]
         assert inside == [other is card for other in CARDS]

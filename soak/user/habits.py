@@ -10,6 +10,7 @@ from typing import Any
 from soak.user import shapes
 from soak.user.hands import Action
 from soak.user.shadow import Shadow
+from support.types import CARDS
 from tandrel import sketch as S
 from tandrel.gui.i18n import languages
 from tandrel.gui.sketcher import TOOLS
@@ -22,6 +23,7 @@ NO_NUMBERS = ["", "x", "nan", "inf", "-inf", "1e999", "3,4", "1 2", "\u0664", "1
 COUNTS = ["3", "4.5", "5.5", "4.6", "8", "2", "nan", "inf"]
 GRIDS = ["1", "5", "0.5", "2.5", "20", "0", "-3", "nan", "inf", "", "x", "1e-320"]
 CHANGES = ["move", "move", "add", "drop", "third", "comma", "blank", "junk", "key", "key"]
+DRAG_TOOLS = [card.tool.name for card in CARDS if card.tool.dragged]
 FULL = 12  # shapes
 
 
@@ -126,7 +128,7 @@ class Habits:
             yield "release", button, *end
 
     def _draw(self) -> Iterator[Action]:
-        yield from self._choose_tool(self._dice.choice(["rectangle", "circle", "regular"]))
+        yield from self._choose_tool(self._dice.choice(DRAG_TOOLS))
         yield from self._stroke(1, self._place(), self._place())
 
     def _draw_outline(self) -> Iterator[Action]:

@@ -129,21 +129,10 @@ def filled_shapes(view: View, sk: dict[str, Any], sel: int | None) -> Iterator[I
 
 def dimensions(view: View, e: Entity) -> Iterator[Item]:
     """The labels of the selected shape."""
-    kind = e["type"]
-    if kind == "rectangle":
-        x, y, w, h = (float(e[key]) for key in ("x", "y", "w", "h"))
-        sx, sy = view.to_screen((x + w / 2, y))
-        yield text((sx, sy + 12), shapes.length(w), ORANGE)
-        sx, sy = view.to_screen((x + w, y + h / 2))
-        yield text((sx + 6, sy), shapes.length(h), ORANGE, "w")
-    elif kind in ("circle", "regular"):
-        sign = "Ø " if kind == "circle" else ""
-        diameter = shapes.length(2 * float(e["r"]))
-        yield text(view.to_screen((e["xc"], e["yc"])), sign + diameter, ORANGE)
-    elif kind == "slot":
-        x1, y1, x2, y2 = (float(e[key]) for key in ("x1", "y1", "x2", "y2"))
-        middle = (x1 + x2) * 0.5, (y1 + y2) * 0.5
-        yield text(view.to_screen(middle), shapes.summary(e), ORANGE)
+    card = shapes.card(e)
+    for place, (dx, dy), words, anchor in card.dimensions(e, shapes.length) if card else ():
+        x, y = view.to_screen(place)
+        yield text((x + dx, y + dy), words, ORANGE, anchor)
 
 
 def clicked(view: View, tool: str, clicks: Sequence[Point], cursor: Point) -> Iterator[Item]:

@@ -3,13 +3,12 @@
 from __future__ import annotations
 
 import copy
-import math
 from collections.abc import Iterator
 from contextlib import suppress
 from typing import Any
 
-from support.types import CARDS
-from support.types.card import Entity, Point
+from support.types import CARD, CARDS
+from support.types.card import Card, Entity, Point
 from tandrel import sketch as S
 from tandrel.geometry.edges import Points
 from tandrel.gui.i18n import tr
@@ -30,32 +29,27 @@ def length(value: Any) -> str:
     return units().fmt(value, "length")
 
 
+def card(e: Any) -> Card | None:
+    """What is known of the type of an entity."""
+    return next((card for card in CARDS if card.name == e["type"]), None)
+
+
 def summary(e: Any) -> str:
     """The size of an entity in a few words."""
-    kind = e["type"]
-    if kind == "rectangle":
-        return f"{length(e['w'])} x {length(e['h'])}"
-    if kind == "circle":
-        return tr("diameter {d}").format(d=length(2 * float(e["r"])))
-    if kind == "regular":
-        across = length(2 * float(e["r"]))
-        return tr("{n} sides, {d} across corners").format(n=int(e["n"]), d=across)
-    if kind == "slot":
-        x1, y1, x2, y2, r = (float(e[key]) for key in ("x1", "y1", "x2", "y2", "r"))
-        return f"{length(math.hypot(x2 - x1, y2 - y1) + 2 * r)} x {length(2 * r)}"
-    return tr("{n} corners").format(n=len(e.get("points", [])))
+    return (card(e) or CARD["polygon"]).summary(e, length, tr)
 
 
 def key_points(e: Any) -> Iterator[Point]:
     """The points of an entity that the pointer snaps to, as far as the entity can be read."""
-    for card in CARDS:
-        if card.name == e["type"]:
-            with suppress(ValueError, KeyError):
-                for u, v in card.centres:
-                    yield float(e[u]), float(e[v])
-                if card.has_corners:
-                    for u, v in S.corners(e):
-                        yield float(u), float(v)
+    known = card(e)
+    if known is None:
+        return
+    with suppress(ValueError, KeyError):
+        for u, v in known.centres:
+            yield float(e[u]), float(e[v])
+        if known.has_corners:
+            for u, v in S.corners(e):
+                yield float(u), float(v)
 
 
 def moved(e: Entity, shift: Point) -> Entity:

@@ -7,12 +7,13 @@ from __future__ import annotations
 
 import math
 from random import Random
-from typing import Any, Callable, NamedTuple, Sequence
+from typing import Any, Callable, Iterable, NamedTuple, Sequence
 
 import numpy as np
 
 Entity = dict[str, Any]
 Point = tuple[float, float]
+Label = tuple[Point, Point, str, str]
 
 
 class Field(NamedTuple):
@@ -71,6 +72,11 @@ class Card(NamedTuple):
     drawn: Callable[..., Entity | None]  # what the tool makes of its points, and `sides`
     # Sound but for a rounding that may be too large; from functions that draw points and sizes.
     random: Callable[[Random, Callable[[], Point], Callable[[], float]], Entity]
+
+    # What the editor says of it, from functions that format a length and translate: its summary,
+    # and the labels, with the point of each, the pixels from there, and the anchor.
+    summary: Callable[[Entity, Callable[[Any], str], Callable[[str], str]], str]
+    dimensions: Callable[[Entity, Callable[[Any], str]], Iterable[Label]]
 
     summaries: Sequence[tuple[Entity, str]]  # lengths as "<0.1 length>"
     summary_keys: Sequence[str]  # without which there is none

@@ -25,6 +25,14 @@ def random(dice, point, size):
     return circle(*point(), size())
 
 
+def summary(e, length, tr):
+    return tr("diameter {d}").format(d=length(2 * float(e["r"])))
+
+
+def dimensions(e, length):
+    yield (e["xc"], e["yc"]), (0, 0), "Ø " + length(2 * float(e["r"])), "center"
+
+
 FIELDS = [
     Field("xc", "Centre u", True, [(" 3e1 ", 0.03)]),
     Field("yc", "Centre v", True, [("-0.25", -0.00025)]),
@@ -58,6 +66,8 @@ CARD = Card(
     outline=outline,
     drawn=drawn,
     random=random,
+    summary=summary,
+    dimensions=dimensions,
     summaries=[
         (circle(r=0.1), "diameter <0.2 length>"),
         (circle(r="1.5"), "diameter <3.0 length>"),

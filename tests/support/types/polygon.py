@@ -37,6 +37,10 @@ def random(dice, point, size):
     return polygon(*corners, radius=dice.choice([0.0, 0.0, 0.1, 0.5]) * radius)
 
 
+def summary(e, length, tr):
+    return tr("{n} corners").format(n=len(e.get("points", [])))
+
+
 def millimetres(*points, radius=0.0):
     return polygon(*[(u / 1000, v / 1000) for u, v in points], radius=radius)
 
@@ -82,6 +86,8 @@ CARD = Card(
     outline=outline,
     drawn=drawn,
     random=random,
+    summary=summary,
+    dimensions=lambda e, length: (),
     summaries=[
         (polygon((0, 0), (1, 0), (1, 1), (0, 1)), "4 corners"),
         ({"type": "polygon"}, "0 corners"),

@@ -31,6 +31,16 @@ def random(dice, point, size):
     return rectangle(*point(), w, h, dice.choice([0, 0, 0.1, 0.5, 1]) * min(w, h) / 2)
 
 
+def summary(e, length, tr):
+    return f"{length(e['w'])} x {length(e['h'])}"
+
+
+def dimensions(e, length):
+    x, y, w, h = numbers(e, "x", "y", "w", "h")
+    yield (x + w / 2, y), (0, 12), length(w), "center"
+    yield (x + w, y + h / 2), (6, 0), length(h), "w"
+
+
 THIN = rectangle(0.0, 0.0, 0.04, 0.02)
 CARD = Card(
     name="rectangle",
@@ -76,6 +86,8 @@ CARD = Card(
     outline=outline,
     drawn=drawn,
     random=random,
+    summary=summary,
+    dimensions=dimensions,
     summaries=[
         (rectangle(5.0, 6.0, 0.03, 0.02), "<0.03 length> x <0.02 length>"),
         (rectangle(w=3, h="h"), "<3 length> x <'h' length>"),

@@ -26,6 +26,15 @@ def random(dice, point, size):
     return regular(*point(), size(), dice.randint(3, 40), dice.uniform(-720, 720))
 
 
+def summary(e, length, tr):
+    across = length(2 * float(e["r"]))
+    return tr("{n} sides, {d} across corners").format(n=int(e["n"]), d=across)
+
+
+def dimensions(e, length):
+    yield (e["xc"], e["yc"]), (0, 0), length(2 * float(e["r"])), "center"
+
+
 SIDES = "the number of sides must lie between 3 and 1000"
 NUT = regular(r=0.01)
 CARD = Card(
@@ -65,6 +74,8 @@ CARD = Card(
     outline=outline,
     drawn=drawn,
     random=random,
+    summary=summary,
+    dimensions=dimensions,
     summaries=[
         (regular(r=0.05, n=7), "7 sides, <0.1 length> across corners"),
         (regular(r=1, n=7.9), "7 sides, <2.0 length> across corners"),

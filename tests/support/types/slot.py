@@ -31,6 +31,16 @@ def random(dice, point, size):
     return slot(*point(), *point(), size())
 
 
+def summary(e, length, tr):
+    x1, y1, x2, y2, r = numbers(e, *KEYS)
+    return f"{length(math.hypot(x2 - x1, y2 - y1) + 2 * r)} x {length(2 * r)}"
+
+
+def dimensions(e, length):
+    x1, y1, x2, y2, r = numbers(e, *KEYS)
+    yield ((x1 + x2) * 0.5, (y1 + y2) * 0.5), (0, 0), summary(e, length, str), "center"
+
+
 GROOVE = slot(0.0, 0.0, 0.03, 0.0, 0.004)
 SLANTED = slot(0.1, 0.7, 0.35, -0.13, 0.07)
 LONG = math.hypot(0.35 - 0.1, -0.13 - 0.7) + 2 * 0.07
@@ -73,6 +83,8 @@ CARD = Card(
     outline=outline,
     drawn=drawn,
     random=random,
+    summary=summary,
+    dimensions=dimensions,
     summaries=[
         (slot(1.0, 1.0, 4.0, 5.0, 0.5), "<6.0 length> x <1.0 length>"),
         (SLANTED, f"<{LONG!r} length> x <0.14 length>"),
