@@ -87,11 +87,15 @@ def test_lengths_are_formatted_as_plain_floats(editor, neighbours):
     assert all(type(args[0]) is float for args in neighbours.units.named("fmt"))
 
 
-@pytest.mark.parametrize(
-    "entity", [{"type": "arcs"}, *(c.sample for c in CARDS if c.name != "slot")]
-)
-def test_the_units_are_asked_for_once(editor, neighbours, entity):
-    labels(editor, entity)
+@every_card
+def test_the_units_are_asked_for_once_and_again_by_a_summary(editor, neighbours, card):
+    labels(editor, card.sample)
+    texts = [text for _, _, text, _ in card.dimensions(card.sample, str)]
+    assert neighbours.units.asked == 1 + (card.summary(card.sample, str, str) in texts)
+
+
+def test_the_units_are_asked_for_once_where_there_is_no_label(editor, neighbours):
+    labels(editor, {"type": "arcs"})
     assert neighbours.units.asked == 1
 
 

@@ -13,6 +13,7 @@ from hypothesis import strategies as st
 from support.children import in_child
 from support.shapes import EVERY_KIND
 from tandrel import sketch, storage
+from tandrel.kinds import KINDS
 from tandrel.progress import Stopped
 from tandrel.storage import Document, SketchFileError
 
@@ -124,7 +125,7 @@ def set_at(place, value):
 
 
 ENTITY = ["sketch", "entities", 1]
-KINDS = "slot / circle / rectangle / regular / polygon"
+EXPECTED = " / ".join(KINDS)
 
 
 @pytest.mark.parametrize(
@@ -166,12 +167,12 @@ KINDS = "slot / circle / rectangle / regular / polygon"
         (
             [*ENTITY, "type"],
             "spline",
-            f'line 11, sketch.entities[1].type: expected {KINDS}, found "spline"',
+            f'line 11, sketch.entities[1].type: expected {EXPECTED}, found "spline"',
         ),
         (
             [*ENTITY, "type"],
             [1],
-            f"line 11, sketch.entities[1].type: expected {KINDS}, found [1]",
+            f"line 11, sketch.entities[1].type: expected {EXPECTED}, found [1]",
         ),
         ([*ENTITY, "type"], ..., 'line 11, sketch.entities[1]: "type" is missing'),
         ([*ENTITY, "r"], ..., 'line 11, sketch.entities[1]: "r" is missing'),
