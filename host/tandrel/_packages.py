@@ -13,6 +13,7 @@ _PACKAGES = {
     "numpy": ("python3-numpy", "numpy"),
     "shapely": ("python3-shapely", "shapely"),
     "ezdxf": ("python3-ezdxf", "ezdxf"),
+    "svgelements": ("python3-svgelements", "svgelements"),
     "PIL": ("python3-pil", "Pillow"),
     "tkinter": ("python3-tk", ""),
     "_tkinter": ("python3-tk", ""),

@@ -225,6 +225,7 @@ def test_a_package_that_is_missing_is_said_on_one_line(part, tmp_path, missing, 
     [
         ("numpy.linalg", "numpy is missing, get it by: sudo apt install python3-numpy or "),
         ("PIL", "PIL is missing, get it by: sudo apt install python3-pil or python3 -m pip "),
+        ("svgelements", "svgelements is missing, get it by: sudo apt install python3-svgelements"),
         ("_tkinter", "tkinter is missing, get it by: sudo apt install python3-tk"),
         ("tandrel.gui.sketcher", "the sketch editor tandrel.gui.sketcher isn't built"),
         ("tandrel.gone", "None"),
