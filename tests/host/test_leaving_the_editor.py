@@ -108,6 +108,16 @@ def test_what_cannot_be_kept_is_told_once(editor):
     assert str(editor.status.cget("text")) == ""
 
 
+def test_a_size_is_applied_though_the_sketch_cannot_be_kept(editor):
+    editor._keep = lambda sketch: "no room"
+    editor.select(0)
+    editor.vars["r"].set("10/2")
+    editor.apply_props()
+    assert str(editor.status.cget("text")) == "Not kept for a crash: no room"
+    assert (editor.vars["r"].get(), editor.is_unapplied()) == ("5", False)
+    assert editor.sk["entities"][0]["r"] == 0.005
+
+
 # In the application.
 
 CRASH = """

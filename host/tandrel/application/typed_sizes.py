@@ -93,9 +93,11 @@ class TypedSizes(LastingMessages):
             plain = self._plain()
         except Unreadable as error:
             return self.tell(tr("Not applied: {why}").format(why=error))
+        before = self.sk["entities"][self.sel or 0]
         self._type(plain)
         super().apply_props()
-        if self._still_told():
+        if self.typed() is not None and self.sk["entities"][self.sel or 0] is before:
+            # Refused: an applied shape is another one, whatever the status line tells besides.
             self._type(typed)
             return
         self._shown = self.typed()
