@@ -90,6 +90,17 @@ def test_paths_of_lines_and_arcs():
     assert found[0]["r"] == pytest.approx(0.005)
 
 
+def test_what_is_only_referred_to_is_drawn_where_it_is_used():
+    square = '<rect width="10" height="10"/>'
+    used = '<use href="#s" x="100" y="50"/>'
+    symbol = f'<g><symbol id="s">{square}</symbol></g>'
+    for name in ("symbol", "mask", "marker"):
+        assert len(read(f'<circle r="5"/><{name} id="s">{square}</{name}>')[0]) == 1
+    for content in (used + symbol, symbol + used):
+        ((found,), _) = read(content)
+        assert found == approx(type="rectangle", x=0.1, y=0.04, w=0.01, h=0.01, radius=0)
+
+
 def test_what_is_not_cut_is_told():
     found, notes = read(
         '<circle cx="0" cy="0" r="9"/><text>a</text><image width="5" height="5"/>'

@@ -32,6 +32,8 @@ _LENGTH = re.compile(r"\s*([-+0-9.eE]+)\s*([a-z%]*)\s*$")
 _ROUND = 1e-9  # by how much the radii of a circle may differ, as a part of them
 _MOST = 10_000  # chords of a curve
 _MOST_PARTS = 100_000  # elements of a drawing, those that are used counted as often as they are
+# What the library would draw where it stands, although it only shows where something refers to it.
+_ONLY_USED = ("symbol", "mask", "marker")
 _OTHERS = {"Text": N_("texts"), "Image": N_("pictures")}
 
 
@@ -48,6 +50,7 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
         # The library knows how long a millimetre is to six digits only.
         for name in ("width", "height"):
             root.attrib.pop(name, None)
+        _hide_what_is_only_used(root)
         shapes = list(svgelements.SVG.parse(io.BytesIO(ET.tostring(root))).elements())
     except ExchangeError:
         raise
@@ -89,6 +92,17 @@ def _ask_bounded(root: ET.Element) -> None:
 
     if count(root) > _MOST_PARTS:
         raise ExchangeError(tr("the drawing has too many parts"))
+
+
+def _hide_what_is_only_used(root: ET.Element) -> None:
+    """Put it among definitions, where it can be referred to and isn't drawn."""
+    hidden = ET.Element(f"{str(root.tag).rpartition('svg')[0]}defs")
+    for parent in list(root.iter()):
+        for element in list(parent):
+            if str(element.tag).rpartition("}")[2] in _ONLY_USED:
+                parent.remove(element)
+                hidden.append(element)
+    root.insert(0, hidden)
 
 
 def _placed(root: ET.Element) -> Tuple[Stated, float]:
