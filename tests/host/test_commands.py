@@ -97,6 +97,16 @@ def test_a_drawing_is_exported_like_a_sketch(part, tmp_path, capsys):
     assert 'width="140mm"' in picture.read_text()
 
 
+def test_a_drawing_is_not_exported_onto_itself(part, tmp_path, capsys):
+    drawing, link = tmp_path / "flange.dxf", tmp_path / "link.dxf"
+    assert commands.main(["export", str(part), str(drawing)]) == 0
+    link.symlink_to(drawing)
+    before = drawing.read_bytes()
+    assert commands.main(["export", str(drawing), str(link), "--unit", "in"]) == 1
+    assert capsys.readouterr().err.endswith("can't be written: this is the drawing that was read\n")
+    assert drawing.read_bytes() == before
+
+
 def test_a_drawing_without_units_is_exported_in_the_one_that_is_told(part, tmp_path, capsys):
     drawing, picture = tmp_path / "flange.dxf", tmp_path / "flange.svg"
     assert commands.main(["export", str(part), str(drawing)]) == 0

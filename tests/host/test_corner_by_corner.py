@@ -71,6 +71,18 @@ def test_a_refused_outline_keeps_its_corners_and_its_reason(hands):
     assert editor.clicks == []
 
 
+def test_ok_drops_no_corners(hands):
+    editor = hands.editor
+    clicks = click(hands, "slot", CROSSED[:2])
+    editor.ok()
+    hands.motion(300, 300)
+    assert editor.winfo_exists() and [tuple(c) for c in editor.clicks] == clicks
+    assert str(editor.status.cget("text")).startswith("Finish what you began to draw")
+    hands.key("Escape")
+    editor.ok()
+    assert editor.result["entities"] == [CIRCLE]
+
+
 def test_a_refusal_by_a_click_stays_too(hands):
     editor = hands.editor
     click(hands, "line", [*CROSSED, CROSSED[0]])

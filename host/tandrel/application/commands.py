@@ -90,7 +90,7 @@ def _export_parser(suffixes: Iterable[str]) -> argparse.ArgumentParser:
 
 
 def _export(arguments: List[str]) -> int:
-    from tandrel import exchange, storage
+    from tandrel import exchange, files, storage
 
     options = _export_parser(exchange.SUFFIXES).parse_args(arguments)
     notes: List[str] = []
@@ -107,6 +107,8 @@ def _export(arguments: List[str]) -> int:
         text = tr("{file} can't be opened: {why}")
         return _failed(text.format(file=options.part, why=error))
     try:
+        if files.stamp(options.target) == files.stamp(options.part):
+            raise exchange.ExchangeError(tr("this is the drawing that was read"))
         notes += exchange.export(
             document, options.target, options.unit, own_contours=options.contours
         )

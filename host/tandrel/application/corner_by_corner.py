@@ -7,6 +7,7 @@ import tkinter as tk
 from typing import Any
 
 from tandrel.application.status_messages import LastingMessages
+from tandrel.gui.i18n import tr
 
 
 class CornerByCorner(LastingMessages):
@@ -39,3 +40,10 @@ class CornerByCorner(LastingMessages):
             self.clicks = corners
             self._told = str(self.status.cget("text"))
             self.redraw()
+
+    def ok(self) -> None:
+        """Accept no sketch while corners stand that would go with the dialog."""
+        if self.clicks:
+            self.tell(tr("Finish what you began to draw, or abandon it by Escape."))
+        else:
+            super().ok()
