@@ -410,9 +410,10 @@ def test_a_drawing_is_opened_like_a_sketch(start, drawing, picks):
     assert app.session.path is None and app.session.dirty
     assert app.settings.recent == [str(drawing)]
     asked = picks(drawing)
-    answering(app.root, "leave")
-    app.perform("choose_drawing")
-    assert "dxf" in str(asked[0]["filetypes"][0]).lower()
+    answering(app.root, "leave", "leave")
+    for operation in ("choose_drawing", "choose_file"):
+        app.perform(operation)
+        assert {".dxf", ".DXF", ".svg", ".SVG"} <= {*asked[-1]["filetypes"][0][1]}
     assert app.size.cget("text") == "20 mm × 20 mm"
 
 

@@ -200,13 +200,12 @@ class App:
             self._begin(measure(self.session.document.sketch))
 
     def choose_file(self) -> None:
-        self._choose(
-            (tr("Sketches and drawings"), (".json", *exchange.READERS)), (tr("All files"), "*")
-        )
+        endings = _in_either_case(".json", *exchange.READERS)
+        self._choose((tr("Sketches and drawings"), endings), (tr("All files"), "*"))
 
     def choose_drawing(self) -> None:
-        endings = [case for suffix in exchange.READERS for case in (suffix, suffix.upper())]
-        self._choose((tr("Drawings (DXF, SVG)"), tuple(endings)), (tr("All files"), "*"))
+        endings = _in_either_case(*exchange.READERS)
+        self._choose((tr("Drawings (DXF, SVG)"), endings), (tr("All files"), "*"))
 
     def _choose(self, *kinds: tuple[str, Any]) -> None:
         path = filedialog.askopenfilename(
@@ -501,6 +500,11 @@ class App:
         theme.install(self.root)
         self.tell("")
         self.refresh()
+
+
+def _in_either_case(*endings: str) -> tuple[str, ...]:
+    """Tk's file dialog shows the names that end in these very letters."""
+    return tuple(case for ending in endings for case in (ending, ending.upper()))
 
 
 def _translate_tk(root: tk.Tk, language: str) -> None:
