@@ -105,12 +105,13 @@ def test_what_is_not_cut_is_told():
     found, notes = read(
         '<circle cx="0" cy="0" r="9"/><text>a</text><image width="5" height="5"/>'
         '<circle cx="0" cy="0" r="8" visibility="hidden"/><circle r="7" display="none"/>'
+        '<g style="opacity:1; display: none"><circle r="6"/></g>'
     )
     assert len(found) == 1
     assert sorted(notes) == [
-        "Left out (1): parts that are hidden or on hidden layers",
         "Left out (1): pictures",
         "Left out (1): texts",
+        "Left out (3): parts that are hidden or on hidden layers",
     ]
 
 

@@ -34,6 +34,8 @@ _MOST = 10_000  # chords of a curve
 _MOST_PARTS = 100_000  # elements of a drawing, those that are used counted as often as they are
 # What the library would draw where it stands, although it only shows where something refers to it.
 _ONLY_USED = ("symbol", "mask", "marker")
+_HIDDEN = N_("parts that are hidden or on hidden layers")
+_SWITCHED_OFF = re.compile(r"(^|;)\s*display\s*:\s*none\s*(;|!|$)")
 _OTHERS = {"Text": N_("texts"), "Image": N_("pictures")}
 
 
@@ -58,6 +60,9 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
         text = tr("this is not a sound SVG drawing ({why})")
         raise ExchangeError(text.format(why=str(error)[:200] or type(error).__name__)) from error
     notes, lines = Notes(), []
+    for element in root.iter():
+        if _is_switched_off(element):
+            notes.leave(tr(_HIDDEN))
     for k, shape in enumerate(shapes):
         tick(k / len(shapes))
         kind = type(shape).__name__
@@ -66,7 +71,7 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
         if not isinstance(shape, svgelements.Shape):
             continue
         if shape.values.get("visibility") in ("hidden", "collapse"):
-            notes.leave(tr("parts that are hidden or on hidden layers"))
+            notes.leave(tr(_HIDDEN))
             continue
         try:
             lines += [line for line in _lines(shape, bottom) if line is not None]
@@ -103,6 +108,12 @@ def _hide_what_is_only_used(root: ET.Element) -> None:
                 parent.remove(element)
                 hidden.append(element)
     root.insert(0, hidden)
+
+
+def _is_switched_off(element: ET.Element) -> bool:
+    """Whether neither it nor its parts are shown, as hidden layers are; the library drops them."""
+    style = element.get("style", "")
+    return element.get("display") == "none" or bool(_SWITCHED_OFF.search(style))
 
 
 def _placed(root: ET.Element) -> Tuple[Stated, float]:
