@@ -1,6 +1,7 @@
 """What a card tells of its type of shapes.
 
 Plain numbers only, so that a card serves every interpreter, with or without the application.
+Loading a card asks nothing of numpy, of which some interpreters have a stand-in only.
 """
 
 from __future__ import annotations
