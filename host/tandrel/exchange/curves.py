@@ -108,7 +108,7 @@ def _bulge(points: Points, off: float, sagitta: float) -> Optional[float]:
 
 def _centre(a: Points, b: Points, c: Points) -> Optional[Points]:
     """Of the circle through three points."""
-    (ux, uy), (vx, vy) = (b - a).tolist(), (c - a).tolist()
+    (ux, uy), (vx, vy) = map(float, b - a), map(float, c - a)
     twice = 2 * (ux * vy - uy * vx)
     if not twice:
         return None

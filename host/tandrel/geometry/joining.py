@@ -10,7 +10,7 @@ from __future__ import annotations
 
 import math
 from collections import defaultdict
-from typing import Dict, Iterator, List, NamedTuple, Optional, Sequence, Tuple
+from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
 
@@ -101,7 +101,8 @@ class _Plan:
         self._farthest = [*self._reach]  # by which it met any
         tick(0.0)
         for done, pairs in meeting.near(self.tracks, self.owners, self._reach):
-            for one, other in pairs.tolist():
+            found: Any = pairs.tolist()
+            for one, other in found:
                 self._meet(one, other)
             tick(done)
         for k in range(len(self.tracks)):
@@ -238,7 +239,7 @@ class _Stacks:
     def _depth(self, place: Point, but: set[int]) -> int:
         """The depth of the deepest other shape that holds a place; -1 if there is none."""
         held = ((self._low < place) & (place < self._high)).all(axis=1)
-        for row in np.flatnonzero(held).tolist():
+        for row in map(int, np.flatnonzero(held)):
             k = self._deepest_first[row]
             if k not in but and self._holds(k, place):
                 return self._depths[k]

@@ -41,8 +41,8 @@ class ProfileView(tk.Canvas):
         self._waiting: Optional[str] = None
         self._is_fitted = True
         self._scale = 1.0  # pixels to the metre
-        self._centre = np.zeros(2)  # what is shown in the middle
-        self._pan = 0, 0, self._centre
+        self._centre: _Pixels = np.zeros(2)  # what is shown in the middle
+        self._pan: Tuple[int, int, _Pixels] = 0, 0, self._centre
         self.bind("<Configure>", lambda _event: self._repaint_soon())
         self.bind("<Destroy>", lambda _event: self._wait_no_more())
         self.bind("<MouseWheel>", lambda e: self._zoom(_STEP if e.delta > 0 else 1 / _STEP, e))
