@@ -6,6 +6,7 @@ canvas gets the method calls.
 
 import math
 import random
+import sys
 import tkinter as tk
 import types
 from collections import Counter
@@ -105,6 +106,20 @@ def test_random_scenes_look_the_same_either_way(shown_editor):
         scene(shown_editor, seed)
         assert looks_the_same_either_way(shown_editor)
         assert len(picture(shown_editor)) > 10
+
+
+@pytest.mark.parametrize("kind", [tuple, type("Shapes", (list,), {})])
+def test_shapes_that_are_kept_otherwise_look_the_same(selected, kind):
+    selected.sk["entities"].append(circle(0.005, 0.005, 0.002))
+    before = picture(selected)
+    selected.sk["entities"] = kind(selected.sk["entities"])
+    assert picture(selected) == before
+
+
+def test_where_tkinter_s_own_library_is_hidden_the_picture_is_the_same(selected, monkeypatch):
+    before = picture(selected)
+    monkeypatch.delitem(sys.modules, "_tkinter")
+    assert picture(selected) == before
 
 
 def test_the_methods_get_what_any_other_canvas_gets(editor):
