@@ -7,7 +7,7 @@ Between them lies a bracket with four equal holes, in as few acts as a person ne
 from __future__ import annotations
 
 from pathlib import Path
-from typing import Any, Dict, List, Mapping
+from typing import Any, Dict, List, Mapping, Tuple
 
 from demo.draughtsman import Draughtsman, Point
 from harness.user import Script, until
@@ -87,24 +87,30 @@ def _gasket(hands: Draughtsman) -> Script:
     yield from hands.drag((0, 0), (16, 0))
     yield from hands.drag((-40, 0), (-36, 0))
     yield from _mistake(hands)
-    yield from hands.fill_in("r", "9/2")
-    yield from hands.enter()
-    yield hands.holds(2, "r", 0.0045)
-    yield from hands.duplicate()
-    yield from hands.fill_in("xc", "-40+80")
-    yield from hands.enter()
-    yield hands.holds(3, "xc", 0.04)
+    yield from _and_its_like(hands, 2, ("9/2", 0.0045), xc=("-40+80", 0.04))
     yield from hands.duplicate()
     yield from hands.undo(4)
     yield from hands.drag((0, -20), (0, -18))
-    yield from hands.fill_in("r", "3/2")
+    yield from _and_its_like(hands, 4, ("3/2", 0.0015), xc=("0", 0.0), yc=("-20+40", 0.02))
+
+
+def _and_its_like(
+    hands: Draughtsman, row: int, radius: Tuple[str, float], **place: Tuple[str, float]
+) -> Script:
+    """Type the radius of a shape that is selected, and the place of its duplicate.
+
+    Each as the text and the metres that come of it.
+    """
+    text, metres = radius
+    yield from hands.fill_in("r", text)
     yield from hands.enter()
-    yield hands.holds(4, "r", 0.0015)
+    yield hands.holds(row, "r", metres)
     yield from hands.duplicate()
-    yield from hands.fill_in("xc", "0")
-    yield from hands.fill_in("yc", "-20+40")
+    for key, (text, _) in place.items():
+        yield from hands.fill_in(key, text)
     yield from hands.enter()
-    yield hands.holds(5, "yc", 0.02)
+    for key, (_, metres) in place.items():
+        yield hands.holds(row + 1, key, metres)
 
 
 def flat_bracket(hands: Draughtsman) -> List[Script]:
@@ -154,14 +160,7 @@ def _bracket(hands: Draughtsman) -> Script:
     yield from _corners(hands)
     yield from hands.choose("circle")
     yield from hands.drag((12, 12), (15, 12))
-    yield from hands.fill_in("r", "6.6/2")
-    yield from hands.enter()
-    yield hands.holds(1, "r", 0.0033)
-    yield from hands.duplicate()
-    yield from hands.fill_in("xc", "12")
-    yield from hands.fill_in("yc", "12+40")
-    yield from hands.enter()
-    yield hands.holds(2, "yc", 0.052)
+    yield from _and_its_like(hands, 1, ("6.6/2", 0.0033), xc=("12", 0.012), yc=("12+40", 0.052))
     yield from _seat_and_slot(hands)
     yield from hands.fit()
     yield from _sizes(hands)
