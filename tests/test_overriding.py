@@ -232,3 +232,25 @@ def test_moving_may_be_overridden_by_an_ordinary_method(open_editor, sketcher):
     moving(editor)
     editor._drag(ANYWHERE)
     assert editor.sk["entities"][1]["moved"] == (True, 2)
+
+
+def test_a_selection_that_a_class_works_out_is_asked_between_the_shapes(open_editor, sketcher):
+    """Not for all of them before any is painted: what it answers may hang on what is there."""
+    painted = []
+
+    class Selecting(sketcher.SketchEditor):
+        @property
+        def sel(self):
+            shapes = [
+                item for item in self.canvas.find_all() if self.canvas.type(item) == "polygon"
+            ]
+            painted.append(len(shapes))
+
+        @sel.setter
+        def sel(self, index):
+            pass
+
+    editor = open_editor({"entities": one_of_each()["entities"][:3]}, cls=Selecting)
+    del painted[:]
+    editor.redraw()
+    assert {0, 1, 2} <= set(painted)
