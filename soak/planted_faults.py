@@ -1,10 +1,11 @@
 """Small wrong changes to the C++, made at random, one at a time: do the tests notice each?
 
 The changes are those of common/changes.py, every kind of them as often as another. Each is put into
-a copy of the tree, which is built and tested until the first failure: first the tests that noticed
-a change of that file before. A crash and a test that doesn't end count as noticed. A change that
-doesn't compile, or after which the compiler writes the same file, isn't counted. Those that change
-nothing for anybody stand in argued_faults.toml, by the text of their line, with the reason.
+a copy of the tree, which is built and tested until the first failure: first by the tests that
+noticed a change of that file before, then by the module's own, then by the rest. A crash and a test
+that doesn't end count as noticed. A change that doesn't compile, or after which the compiler writes
+the same file, isn't counted. Those that change nothing for anybody stand in argued_faults.toml, by
+the text of their line, with the reason.
 """
 
 from __future__ import annotations
@@ -48,8 +49,11 @@ MOST_SECONDS = 300.0  # of one test
 PATIENCE = 3600.0  # of all of them
 NOT_COUNTED = ("not compiled", "same file")
 # They prove the tools, or build and measure for minutes what the others try as well.
-NOT_HERE = ("tests/soak", "tests/verify/test_packaging.py", "tests/verify/test_benchmarks.py")
-LIKELY = 8  # test files that are tried before the others
+NOT_HERE = ("tests/verify/test_packaging.py", "tests/verify/test_benchmarks.py")
+# The module's own first.
+TESTS = sorted(str(file.relative_to(ROOT)) for file in ROOT.glob("tests/test_*.py"))
+TESTS += ["tests/host", "tests/verify"]
+LIKELY = 40  # tests that are tried before the others
 PASSED, FAILED, BROKEN_OFF = 0, 1, 2  # exit statuses of pytest
 
 
@@ -116,6 +120,7 @@ class Tree:
         quietly("cmake", "--preset", "release", *OPTIONS, cwd=root)
         self.build()
         shutil.copytree(root / "build" / "tandrel", root / "build" / "sound" / "tandrel")
+        self.ids = self.collected()
         self._sound: set[str] = set()
 
     def build(self) -> None:
@@ -130,7 +135,8 @@ class Tree:
             self.build()
             if filecmp.cmp(self.root / MODULE, self.sound_file(), shallow=False):
                 return Verdict(fault, "same file")
-            noticed = self.noticed_by(likely) or self.noticed_by(self.tests, likely)
+            known = [test for test in likely if test in self.ids]
+            noticed = self.noticed_by(known) or self.noticed_by(self.tests)
         except RuntimeError:
             return Verdict(fault, "not compiled")
         finally:
@@ -140,11 +146,11 @@ class Tree:
     def sound_file(self) -> Path:
         return self.root / "build" / "sound" / MODULE.relative_to("build")
 
-    def noticed_by(self, tests: Sequence[str], but: Sequence[str] = ()) -> str:
+    def noticed_by(self, tests: Sequence[str]) -> str:
         """What failed first, empty where all pass. It passes without the fault, or the run ends."""
         if not tests:
             return ""
-        failed = self.failed("build", tests, but)
+        failed = self.failed("build", tests)
         file = failed.split("::")[0]
         if (self.root / file).is_file() and file not in self._sound:
             if wrong := self.failed("build/sound", [file]):
@@ -152,16 +158,29 @@ class Tree:
             self._sound.add(file)
         return failed
 
-    def failed(self, build: str, tests: Sequence[str], but: Sequence[str] = ()) -> str:
-        but = [*NOT_HERE, *but]
-        options = ["-x", "-o", f"timeout={MOST_SECONDS:g}", *(f"--ignore={file}" for file in but)]
+    def collected(self) -> set[str]:
+        """Each test by its name; the run ends where not all of them load without a fault."""
+        status, said = self.run("build", self.tests, "--collect-only")
+        if status != PASSED:
+            sys.exit(f"planted faults: without any fault pytest's exit status is {status}\n{said}")
+        return {line for line in said.splitlines() if "::" in line}
+
+    def run(self, build: str, tests: Sequence[str], *options: str) -> tuple[int, str]:
+        """pytest's exit status and all that it said."""
+        left_out = [f"--ignore={file}" for file in NOT_HERE]
+        timeout = ["-o", f"timeout={MOST_SECONDS:g}"]
         with tempfile.TemporaryFile() as output:
-            try:
-                status = run_tests(self.root, build, tests, output, options, PATIENCE)
-            except TooSlow as error:
-                return str(error)
+            status = run_tests(
+                self.root, build, tests, output, [*options, *timeout, *left_out], PATIENCE
+            )
             output.seek(0)
-            said = output.read().decode(errors="replace")
+            return status, output.read().decode(errors="replace")
+
+    def failed(self, build: str, tests: Sequence[str]) -> str:
+        try:
+            status, said = self.run(build, tests, "-x")
+        except TooSlow as error:
+            return str(error)
         if status == PASSED:
             return ""
         if status < 0:
@@ -169,7 +188,7 @@ class Tree:
         failed = re.search(r"^(?:FAILED|ERROR) (.*)|^\++ (Timeout) \++$", said, re.M)
         if status not in (FAILED, BROKEN_OFF) or failed is None:
             sys.exit(f"planted faults: pytest: exit status {status}\n{said}")
-        return failed[1] or failed[2]
+        return (failed[1] or failed[2]).split(" - ")[0]  # without the reason
 
 
 class Likely:
@@ -180,15 +199,14 @@ class Likely:
         kept = json.loads(history.read_text()) if history.exists() else {}
         self._noticed = defaultdict(Counter, {file: Counter(row) for file, row in kept.items()})
 
-    def of(self, file: str, root: Path) -> list[str]:
+    def of(self, file: str) -> list[str]:
         """The likeliest first; of a file of which nothing is known, those for any."""
         known = self._noticed[file] or sum(self._noticed.values(), Counter())
-        return [test for test, _ in known.most_common() if (root / test).is_file()][:LIKELY]
+        return [test for test, _ in known.most_common(LIKELY)]
 
     def learn(self, verdict: Verdict) -> None:
-        test = verdict.by.split("::")[0]
-        if test.endswith(".py"):
-            self._noticed[verdict.fault.file][test] += 1
+        if "::" in verdict.by:
+            self._noticed[verdict.fault.file][verdict.by] += 1
             self._path.parent.mkdir(parents=True, exist_ok=True)
             self._path.write_text(json.dumps(self._noticed))
 
@@ -219,7 +237,7 @@ class Run:
             if fault.key in self._argued:
                 verdict = Verdict(fault, "argued", self._argued[fault.key])
             else:
-                verdict = tree.judged(fault, self._likely.of(fault.file, tree.root))
+                verdict = tree.judged(fault, self._likely.of(fault.file))
             with self._lock:
                 self._likely.learn(verdict)
                 self.counts[verdict.kind] += 1
@@ -234,7 +252,7 @@ class Run:
 
 def main(arguments: Optional[Sequence[str]] = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("tests", nargs="*", default=["tests"], help="all but those of the tools")
+    parser.add_argument("tests", nargs="*", default=TESTS, help="all but those of the tools")
     parser.add_argument("--faults", type=int, default=300, metavar="N")
     parser.add_argument("--seed", type=int, default=random.randrange(1_000_000))
     parser.add_argument("--only", default="", metavar="PATTERN", help="of the file's name")

@@ -74,7 +74,7 @@ class Scripted(Tree):
 
     def __init__(self, root, lets_pass=()):
         self.root, self.tests, self.lets_pass, self.ran = root, ["tests"], lets_pass, []
-        self._sound = set()
+        self._sound, self.ids = set(), {"tests/test_a.py::test"}
         self.path = root / SOURCES / "a.cpp"
         self.path.parent.mkdir(parents=True)
         self.path.write_text(CODE)
@@ -89,7 +89,7 @@ class Scripted(Tree):
             raise RuntimeError("a.cpp: error")
         (self.root / planted_faults.MODULE).write_text(text)
 
-    def failed(self, build, tests, but=()):
+    def failed(self, build, tests):
         self.ran.append((build, *tests))
         passes = build != "build" or any(text in self.path.read_text() for text in self.lets_pass)
         return "" if passes else "tests/test_a.py::test"
@@ -126,35 +126,39 @@ def test_what_is_argued_is_not_tried(judged):
 
 
 def test_the_tests_that_noticed_are_tried_first(tmp_path):
+    tree = Scripted(tmp_path)
+    fault = fault_of("a.cpp", CODE, next(changes_in(CODE)))
     likely = Likely(tmp_path / "likely.json")
-    (tmp_path / "tests").mkdir()
-    (tmp_path / "tests" / "test_a.py").touch()
-    change = next(changes_in(CODE))
-    fault = fault_of("a.cpp", CODE, change)
-    likely.learn(planted_faults.Verdict(fault, "noticed", "tests/test_a.py::test_it"))
-    likely.learn(planted_faults.Verdict(fault, "noticed", "tests/test_gone.py::test_it"))
+    for test in "tests/test_gone.py::test", "tests/test_a.py::test":
+        likely.learn(planted_faults.Verdict(fault, "noticed", test))
     kept = Likely(tmp_path / "likely.json")
-    assert kept.of("a.cpp", tmp_path) == kept.of("b.cpp", tmp_path) == ["tests/test_a.py"]
+    assert kept.of("a.cpp") == kept.of("b.cpp")
+    tree.judged(fault, kept.of("a.cpp"))
+    assert tree.ran[0] == ("build", "tests/test_a.py::test")
 
 
 class TestWhatTestsSay:
     """Of a suite of one test, in a tree without anything else."""
 
     @pytest.fixture
-    def noticed(self, tmp_path):
+    def noticed(self, tmp_path, tree):
         def run(test):
-            tree = Tree.__new__(Tree)
-            tree.root, tree._sound = tmp_path, {"test_it.py"}
             (tmp_path / "test_it.py").write_text(test)
-            return tree.noticed_by(["test_it.py"])
+            return tree.noticed_by(tree.tests)
 
         return run
+
+    @pytest.fixture
+    def tree(self, tmp_path):
+        tree = Tree.__new__(Tree)
+        tree.root, tree.tests, tree._sound = tmp_path, ["test_it.py"], {"test_it.py"}
+        return tree
 
     def test_nothing(self, noticed):
         assert noticed("def test(): pass") == ""
 
     def test_a_failure(self, noticed):
-        assert noticed("def test(): assert 1 == 2").startswith("test_it.py::test")
+        assert noticed("def test(): assert 1 == 2") == "test_it.py::test"
 
     def test_an_error_in_a_file_of_tests(self, noticed):
         assert "test_it.py" in noticed("import nothing_of_the_kind")
@@ -165,6 +169,13 @@ class TestWhatTestsSay:
     def test_no_end(self, noticed, monkeypatch):
         monkeypatch.setattr(planted_faults, "MOST_SECONDS", 2.0)
         assert "Timeout" in noticed("import time\ndef test(): time.sleep(60)")
+
+    def test_what_does_not_load_without_a_fault_ends_the_run(self, tmp_path, tree):
+        (tmp_path / "test_it.py").write_text("def test(): pass\ndef test_too(): pass")
+        assert tree.collected() == {"test_it.py::test", "test_it.py::test_too"}
+        (tmp_path / "test_it.py").write_text("import nothing_of_the_kind")
+        with pytest.raises(SystemExit, match="without any fault"):
+            tree.collected()
 
     def test_no_tests_at_all(self, noticed):
         with pytest.raises(SystemExit, match="exit status 5"):
