@@ -229,10 +229,7 @@ def test_an_outline_by_escape_return_and_double_click(edit):
         user.wait(lambda: len(user.entities) == 1)
         user.click((-20, -30), (20, -30))
         user.point((0, -15))
-        user.press()
-        user.release()
-        user.press()
-        user.release()
+        user.hand.click(times=2)
         user.wait(lambda: len(user.entities) == 2)
         user.accept()
 

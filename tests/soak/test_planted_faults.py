@@ -166,7 +166,8 @@ class TestWhatTestsSay:
     def test_a_crash(self, noticed):
         assert noticed("import os\ndef test(): os.abort()") == "ended by signal 6"
 
-    def test_no_end(self, noticed, monkeypatch):
+    def test_no_end(self, noticed, tmp_path, monkeypatch):
+        (tmp_path / "pytest.ini").write_text("[pytest]\ntimeout_method = thread\n")
         monkeypatch.setattr(planted_faults, "MOST_SECONDS", 2.0)
         assert "Timeout" in noticed("import time\ndef test(): time.sleep(60)")
 
