@@ -23,6 +23,7 @@ from support.desk import Desk  # noqa: E402
 from support.events import Send, settle  # noqa: E402
 from support.interpreters import VERSIONS, interpreter_of  # noqa: E402
 from support.roots import close_root, open_root  # noqa: E402
+from support.types import CARDS  # noqa: E402
 
 # What is true doesn't depend on how busy the machine is, nor on how large examples become.
 # Nor on chance: the same examples each time. `--hypothesis-profile=others` tries others.
@@ -71,6 +72,12 @@ def interpreter(request):
 def any_interpreter(request):
     """This interpreter, and each of the other versions that is there."""
     return sys.executable if request.param == "this" else interpreter_of(request.param)
+
+
+@pytest.fixture(params=CARDS, ids=lambda card: card.name)
+def card(request):
+    """Each type of shapes, by its card."""
+    return request.param
 
 
 @pytest.fixture
