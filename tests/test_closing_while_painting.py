@@ -4,21 +4,18 @@ In a process of its own: Tk itself may crash when a window that was never shown 
 of being laid out.
 """
 
-import os
-import subprocess
-import sys
-
 import pytest
 from harness.places import SEARCH_PATH
+from support.children import run
 
 PROGRAM = """
-import sys, tkinter as tk, types
+import json, sys, tkinter as tk, types
 import tandrel.gui.sketcher as sketcher
 
 occasion, *questions = sys.argv[1:]
 host, colours = sketcher.S, sketcher.PAL
 names = ("new", "corners", "area", "inside", "check", "PLANES", "AXES")
-built, raised = [], []
+built, raised, done = [], [], []
 
 class Editor(sketcher.SketchEditor):
     def _build(self, allow_plane):
@@ -73,7 +70,8 @@ for question in questions:
     assert editor.canvas.find_all()
     root.destroy()
     raised.clear()
-    print(question, flush=True)
+    done.append(question)
+print(json.dumps(done))
 """
 
 # What the application is asked for; the palette by the role of a colour: the grid's, a reference's,
@@ -83,11 +81,6 @@ QUESTIONS = ["outline", "depths", "to_screen", "bg", "muted", "accent_soft", "ac
 
 @pytest.mark.parametrize("occasion", ["opening", "shown"])
 def test_the_process_lives_on_and_the_next_dialog_opens(display, occasion):
-    run = subprocess.run(
-        [sys.executable, "-X", "faulthandler", "-c", PROGRAM, occasion, *QUESTIONS],
-        env={**os.environ, "PYTHONPATH": os.pathsep.join(SEARCH_PATH)},
-        capture_output=True,
-        text=True,
-        timeout=60,
-    )
-    assert (run.returncode, run.stdout.split()) == (0, QUESTIONS), run.stderr
+    arguments = [occasion, *QUESTIONS]
+    done = run(PROGRAM, "-X", "faulthandler", paths=SEARCH_PATH, arguments=arguments)
+    assert done == QUESTIONS

@@ -1,13 +1,12 @@
 """What fails in the middle of an operation arrives at its caller as it was raised."""
 
 import ctypes
-import subprocess
 import sys
 from contextlib import contextmanager
 
 import numpy as np
 import pytest
-from harness.places import ROOT, SEARCH_PATH
+from support.children import run_on_plain_editors
 from support.neighbours import circle
 from support.plain import Event, PlainEditor, Recorder
 
@@ -208,63 +207,49 @@ class TestMemory:
 
     def test_memory_that_ends_while_corners_are_read(self):
         """The array itself takes no memory; its bytes do, and their numbers as much again."""
-        ended = run_alone(
+        run_on_plain_editors(
             """
-import resource
-import numpy as np
+            import resource
+            import numpy as np
 
-sketcher.S.answers["corners"] = np.broadcast_to(np.zeros(2), (2**21, 2))
-editor = PlainEditor(entities=[polygon()])
-_, most = resource.getrlimit(resource.RLIMIT_AS)
-for mebibytes in range(8, 400, 8):
-    pages = int(open("/proc/self/statm").read().split()[0])
-    limit = pages * resource.getpagesize() + mebibytes * 2**20
-    resource.setrlimit(resource.RLIMIT_AS, (limit, most))
-    try:
-        editor.snapped(200, 150)
-        break
-    except MemoryError:
-        resource.setrlimit(resource.RLIMIT_AS, (most, most))
-assert 32 < mebibytes < 300, mebibytes
-"""
+            sketcher.S = FakeSketch()
+            sketcher.S.answers["corners"] = np.broadcast_to(np.zeros(2), (2**21, 2))
+            editor = PlainEditor(entities=[polygon()])
+            _, most = resource.getrlimit(resource.RLIMIT_AS)
+            for mebibytes in range(8, 400, 8):
+                pages = int(open("/proc/self/statm").read().split()[0])
+                limit = pages * resource.getpagesize() + mebibytes * 2**20
+                resource.setrlimit(resource.RLIMIT_AS, (limit, most))
+                try:
+                    editor.snapped(200, 150)
+                    break
+                except MemoryError:
+                    resource.setrlimit(resource.RLIMIT_AS, (most, most))
+            assert 32 < mebibytes < 300, mebibytes
+            """
         )
-        assert ended.returncode == 0, ended.stderr
 
     def test_every_allocation_of_the_interpreter_may_fail(self):
         pytest.importorskip("_testcapi")
-        ended = run_alone(
+        run_on_plain_editors(
             """
-import _testcapi
+            import _testcapi
 
-failures = 0
-for allocation in range(1, 400):
-    editor = PlainEditor(entities=[polygon()] * 3)
-    _testcapi.set_nomemory(allocation, allocation + 1)
-    try:
-        editor.key_points()
-    except MemoryError:
-        failures += 1
-    finally:
-        _testcapi.remove_mem_hooks()
-assert failures > 50, failures
-assert len(editor.key_points()) == 10
-"""
+            sketcher.S = FakeSketch()
+            failures = 0
+            for allocation in range(1, 400):
+                editor = PlainEditor(entities=[polygon()] * 3)
+                _testcapi.set_nomemory(allocation, allocation + 1)
+                try:
+                    editor.key_points()
+                except MemoryError:
+                    failures += 1
+                finally:
+                    _testcapi.remove_mem_hooks()
+            assert failures > 50, failures
+            assert len(editor.key_points()) == 10
+            """
         )
-        assert ended.returncode == 0, ended.stderr
-
-
-def run_alone(program):
-    """Runs a program on plain editors in a process of its own."""
-    path = [*SEARCH_PATH, str(ROOT), str(ROOT / "tests")]
-    start = f"""
-import sys; sys.path[:0] = {path}
-import tandrel.gui.sketcher as sketcher
-from support.neighbours import FakeSketch, polygon
-from support.plain import PlainEditor
-
-sketcher.S = FakeSketch()
-"""
-    return subprocess.run([sys.executable, "-c", start + program], capture_output=True, text=True)
 
 
 class TypeSlot(ctypes.Structure):

@@ -6,7 +6,7 @@ import re
 from pathlib import Path
 
 import pytest
-from harness.places import BUILD
+from harness.places import BUILD, SEARCH_PATH
 from support.children import run
 
 MODULE_FILE = BUILD / "tandrel" / "gui" / "sketcher.abi3.so"
@@ -190,6 +190,47 @@ def test_failed_initialisation_keeps_nothing(smallest):
         paths=smallest,
     )
     assert left == 0
+
+
+def test_what_is_kept_of_a_failed_load_is_an_error_to_use():
+    """Its function and its class; the next load succeeds."""
+    outcomes = run(
+        """
+        import json, sys, tkinter, types
+
+        kept, outcomes = [], []
+
+        def refuse(cls, **_):
+            kept.append((cls, sys.modules["tandrel.gui.sketcher"].describe))
+            raise ValueError("no subclass today")
+
+        def attempt(call):
+            try:
+                outcomes.append(call())
+            except (NameError, AttributeError, SystemError, ValueError) as error:
+                outcomes.append(type(error).__name__)
+
+        def load():
+            from tandrel.gui import sketcher
+            return sketcher.describe({"type": "circle", "r": 0.5})
+
+        tkinter.Toplevel.__init_subclass__ = classmethod(refuse)
+        attempt(load)
+        editor_class, describe = kept[0]
+        attempt(lambda: describe({"type": "circle"}))
+        attempt(lambda: editor_class.fit(object()))
+        damaged = types.SimpleNamespace(sk={"entities": [{}]}, _ok=print)
+        attempt(lambda: editor_class._extent(damaged))
+        del tkinter.Toplevel.__init_subclass__
+        attempt(load)
+        print(json.dumps(outcomes))
+        """,
+        "-X",
+        "faulthandler",
+        paths=SEARCH_PATH,
+    )
+    expected = ["ValueError", "NameError", "AttributeError", "SystemError", "diameter 1000 mm"]
+    assert outcomes == expected
 
 
 def test_error_of_a_neighbour_passes_and_the_next_try_loads(smallest):

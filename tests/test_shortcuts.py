@@ -1,47 +1,34 @@
 """Shortcuts ask for no more than the plain way and are taken only where nothing is replaced."""
 
 import math
-import subprocess
 import sys
 import tkinter as tk
 import types
 
 import numpy as np
 import pytest
-from harness.places import ROOT, SEARCH_PATH
 from support import canvas as shown
+from support.children import run_on_plain_editors
 from support.neighbours import circle
 from support.plain import PlainEditor, RecordingCanvas, Var
 
-CHILD = f"""
-import sys; sys.path[:0] = {[*SEARCH_PATH, str(ROOT), str(ROOT / "tests")]}
-import tandrel.gui.sketcher as sketcher
-from support.plain import PlainEditor
-"""
 
-
-def lives(program):
-    """Fails where the program, run in a process of its own, ends in a crash or an error."""
-    command = [sys.executable, "-X", "faulthandler", "-c", CHILD + program]
-    ended = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, timeout=60)
-    assert ended.returncode == 0, ended.stderr
-
-
-def test_a_reference_whose_length_is_a_lie(sketcher):
-    lives(
+def test_a_reference_whose_length_is_a_lie():
+    run_on_plain_editors(
         """
-class Points:
-    def __len__(self): return 2
-    def __iter__(self): return iter(())
-e = PlainEditor(); e.refs = [("edge", Points())]
-e.redraw()
-assert len([args for name, args, _ in e.canvas.drawn if name == "create_line"]) > 2
-"""
+        class Points:
+            def __len__(self): return 2
+            def __iter__(self): return iter(())
+
+        e = PlainEditor(refs=[("edge", Points())])
+        e.redraw()
+        assert len(e.canvas.named("create_line")) > 2
+        """
     )
 
 
-def test_an_interpreter_without_tk_s_module(sketcher):
-    lives('del sys.modules["_tkinter"]\nPlainEditor().redraw()\n')
+def test_an_interpreter_without_tk_s_module():
+    run_on_plain_editors('del sys.modules["_tkinter"]\nPlainEditor().redraw()')
 
 
 def test_an_interpreter_without_tkinter(open_editor, monkeypatch):
@@ -162,9 +149,19 @@ def test_an_outline_without_points_is_the_same_either_way(open_editor, sketcher,
     monkeypatch.undo()
 
 
-def test_a_method_of_tk_in_another_one_s_place_is_called(open_editor, monkeypatch):
+@pytest.mark.parametrize(
+    "create_oval",
+    [
+        tk.Canvas.create_rectangle,
+        lambda canvas, *args, **named: canvas.create_rectangle(*args, **named),
+    ],
+    ids=["of tk", "of somebody else"],
+)
+def test_another_method_in_the_place_of_one_of_tk_s_is_called(
+    open_editor, monkeypatch, create_oval
+):
     e = open_editor(None)
-    monkeypatch.setattr(tk.Canvas, "create_oval", tk.Canvas.create_rectangle)
+    monkeypatch.setattr(tk.Canvas, "create_oval", create_oval)
     e.redraw()
     kinds = {e.canvas.type(i) for i in e.canvas.find_all()}
     assert "rectangle" in kinds and "oval" not in kinds
@@ -177,14 +174,3 @@ def test_picking_measures_with_a_replaced_numpy(neighbours, sketcher, monkeypatc
     replaced = types.SimpleNamespace(array=np.array, hypot=lambda dx, dy: np.float64(9.0))
     monkeypatch.setattr(sketcher, "np", replaced)
     assert editor.pick(*outside) == 0
-
-
-def test_somebody_else_s_method_of_the_same_name_in_tk_s_class_is_called(open_editor, monkeypatch):
-    def create_oval(canvas, *coordinates, **options):
-        return canvas.create_rectangle(*coordinates, **options)
-
-    e = open_editor(None)
-    monkeypatch.setattr(tk.Canvas, "create_oval", create_oval)
-    e.redraw()
-    kinds = {e.canvas.type(i) for i in e.canvas.find_all()}
-    assert "rectangle" in kinds and "oval" not in kinds

@@ -9,7 +9,7 @@ import subprocess
 import sys
 import textwrap
 
-from harness.places import BUILD, ROOT
+from harness.places import BUILD, ROOT, SEARCH_PATH
 
 TESTS = ROOT / "tests"
 
@@ -30,6 +30,18 @@ def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), argume
     assert process.returncode == 0, process.stderr
     assert not process.stderr, process.stderr
     return json.loads(process.stdout)
+
+
+def run_on_plain_editors(program):
+    """Run a program in a process that has the module, as `sketcher`, and editors without a window.
+
+    Where it raises or crashes, the test fails with what it said.
+    """
+    names = "import sys\nimport tandrel.gui.sketcher as sketcher\n"
+    names += "from support.neighbours import FakeSketch, polygon\n"
+    names += "from support.plain import PlainEditor\n"
+    code = f"{names}{textwrap.dedent(program)}\nprint(1)"
+    run(code, "-X", "faulthandler", paths=[*SEARCH_PATH, TESTS])
 
 
 def in_child(task):
