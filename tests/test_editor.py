@@ -1,6 +1,8 @@
-"""How the dialog is made: its copy of the sketch, its state, its window and its keys."""
+"""How the dialog is made: its copy of the sketch, its state, what its widgets show.
 
-import copy
+What they are, how they are packed and bound: test_construction_among_stand_ins.py.
+"""
+
 import tkinter as tk
 from tkinter import ttk
 from types import SimpleNamespace
@@ -8,17 +10,12 @@ from types import SimpleNamespace
 import numpy as np
 import pytest
 
-from support.neighbours import circle, one_of_each, polygon, rectangle
+from support.desk import of_class
+from support.neighbours import FakeUnits, circle, one_of_each, polygon, rectangle
 from support.plain import Recorder
 from support.roots import close_root, open_root
-from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
-
-STATE = (
-    "sk dim refs result sel tool snap grid sides drag clicks cursor scale centre "
-    "plane offset canvas list props status"
-).split()
 
 
 # --- the sketch
@@ -42,12 +39,6 @@ def test_new_sketch_may_lack_its_keys(open_editor, neighbours):
     assert editor.offset.get() == "0"
 
 
-def test_sketch_with_entities_starts_with_the_select_tool(open_editor, neighbours):
-    editor = open_editor(one_of_each())
-    assert editor.tool.get() == "select"
-    assert neighbours.S.count("new") == 0
-
-
 def test_sketch_without_entities_gains_them_in_the_copy_only(open_editor):
     sketch = {"plane": "XZ"}
     editor = open_editor(sketch)
@@ -56,7 +47,7 @@ def test_sketch_without_entities_gains_them_in_the_copy_only(open_editor):
     assert editor.tool.get() == "rectangle"
 
 
-def test_editor_works_on_a_deep_copy(open_editor):
+def test_editor_works_on_a_deep_copy(open_editor, neighbours):
     sketch = {"entities": [polygon(), circle()], "note": {"by": ["someone"]}}
     editor = open_editor(sketch)
     assert editor.sk == sketch
@@ -64,6 +55,7 @@ def test_editor_works_on_a_deep_copy(open_editor):
     assert editor.sk["entities"] is not sketch["entities"]
     assert editor.sk["entities"][0]["points"] is not sketch["entities"][0]["points"]
     assert editor.sk["note"]["by"] is not sketch["note"]["by"]
+    assert neighbours.S.count("new") == 0
 
 
 def test_copy_is_made_by_the_copy_module(open_editor, sketcher, monkeypatch):
@@ -73,16 +65,6 @@ def test_copy_is_made_by_the_copy_module(open_editor, sketcher, monkeypatch):
     sketch = {"plane": "XY"}
     assert open_editor(sketch).sk is copied
     assert recorder.named("deepcopy") == [((sketch,), {})]
-
-
-def test_keys_that_the_editor_does_not_know_are_carried_through(open_editor):
-    sketch = one_of_each()
-    sketch["material"] = {"name": "steel", "grades": [1, 2]}
-    sketch["entities"][0]["colour"] = "red"
-    expected = copy.deepcopy(sketch)
-    editor = open_editor(sketch)
-    editor.ok()
-    assert editor.result == expected
 
 
 # --- the state
@@ -127,9 +109,7 @@ def test_references_are_taken_into_a_list_of_the_same_pairs(open_editor):
     assert open_editor(None, references=pairs).refs is not pairs
 
 
-def test_default_step_sees_sketch_and_references(open_editor):
-    editor = open_editor({"entities": [rectangle(w=200.0)]})
-    assert editor.grid.get() == "10000"
+def test_default_step_sees_references(open_editor):
     editor = open_editor(None, references=[("edge", np.array([[0.0, 0.0], [2.0, 0.0]]))])
     assert editor.grid.get() == "100"
 
@@ -169,6 +149,30 @@ def test_allow_plane_reaches_the_layout(open_editor, sketcher):
 # --- the window
 
 
+@pytest.mark.parametrize("offset", [None, 0, 0.0, "", False, []], ids=repr)
+def test_offset_that_says_nothing_is_zero(open_editor, neighbours, offset):
+    editor = open_editor({"offset": offset})
+    assert editor.plane.get() == "XY"
+    assert editor.offset.get() == "0"
+    assert ("from_si", (0, "length")) in neighbours.units.calls
+
+
+def test_planes_of_the_sketch_module_are_offered(open_editor, neighbours):
+    neighbours.S.PLANES = ["front", "top view", "side"]
+    (chooser,) = of_class(open_editor(), ttk.Combobox)
+    assert chooser.cget("values") == ("front", "top view", "side")
+
+
+def test_units_are_asked_for_afresh(open_editor, sketcher, monkeypatch):
+    open_editor({"offset": 0.5})
+    units = FakeUnits(100.0, "cm")
+    monkeypatch.setattr(sketcher, "units", units)
+    editor = open_editor({"offset": 0.5})
+    assert editor.offset.get() == "50"
+    assert [w.cget("text") for w in of_class(editor, ttk.Label)].count("cm") == 2
+    assert units.named("unit") == [("length",)] * 2
+
+
 @pytest.mark.parametrize(
     "title, shown", [("Profile", "Profile"), ("", "Skizze"), (None, "Skizze")], ids=repr
 )
@@ -177,56 +181,12 @@ def test_title_defaults_to_a_translated_one(open_editor, neighbours, title, show
     assert open_editor(title=title).title() == shown
 
 
-def test_construction_goes_in_order(open_editor, sketcher):
-    steps = []
-
-    def kept(name):
-        def method(self, *args, **kwargs):
-            steps.append((name, *args, *kwargs.items()))
-            return getattr(super(Editor, self), name)(*args, **kwargs)
-
-        return method
-
-    class Editor(sketcher.SketchEditor):
-        def __setattr__(self, name, value):
-            if name in STATE:
-                steps.append(name)
-            super().__setattr__(name, value)
-
-    for name in ("title", "transient", "configure", "_build", "update_idletasks", "fit"):
-        setattr(Editor, name, kept(name))
-    Editor.bind = kept("bind")
-    editor = open_editor(cls=Editor, title="T")
-    del steps[: steps.index(("title", "T"))]
-    first_fit = [("update_idletasks",), ("fit",), "scale", "centre"]
-    own = [step if isinstance(step, str) else step[:2] for step in steps]
-    expected = [("title", "T"), ("transient", editor.master)]
-    expected += [("configure", ("background", sketcher.PAL["panel"]))]
-    expected += STATE[:14] + [("_build", True)] + STATE[14:] + first_fit
-    expected += [("bind", f"<{key}>") for key in ("Escape", "Return", "Delete", "BackSpace")]
-    assert own[: len(expected)] == expected
-
-
 def test_view_is_fitted_with_the_real_size_of_the_canvas(open_editor):
     editor = open_editor({"entities": [rectangle(0.0, 0.0, 2.0, 1.0)]})
     width, height = editor.canvas.winfo_width(), editor.canvas.winfo_height()
     assert (width, height) == (622, 462)
     assert editor.scale == 0.8 * min(width / 2.0, height / 1.0)
     assert editor.centre.tolist() == [1.0, 0.5]
-
-
-def test_window_may_belong_to_another_application(root, sketcher):
-    other = open_root()
-    try:
-        editor = sketcher.SketchEditor(other, one_of_each())
-        editor.select(1)
-        editor.update()
-        entries = [w for w in walk(editor) if isinstance(w, ttk.Entry)]
-        assert {"XY", "0", "1", "6", "20", "10"} <= {entry.get() for entry in entries}
-        editor.ok()
-        assert editor.result is editor.sk
-    finally:
-        close_root(other)
 
 
 @pytest.fixture

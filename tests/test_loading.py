@@ -68,37 +68,25 @@ def test_imports_come_in_their_order(smallest):
     assert order == IMPORTED
 
 
-def test_texts_of_the_tables_are_marked_and_not_translated(smallest):
-    unmarked, count = run(
+def test_texts_of_the_tables_are_marked_and_not_translated_and_keys_are_neither(smallest):
+    unmarked, count, keys = run(
         """
         import json
         import tandrel.gui.sketcher as m
 
-        texts = [label for _, label in m.TOOLS]
-        texts += m.TOOL_TIPS.values()
-        texts += [label for rows in m.FIELDS.values() for _, label, _ in rows]
-        texts += m.TYPE_LABEL.values()
-        print(json.dumps([[t for t in texts if type(t) is not m.N_], len(texts)]))
+        rows = [row for rows in m.FIELDS.values() for row in rows]
+        texts = [label for _, label in m.TOOLS] + [label for _, label, _ in rows]
+        texts += [*m.TOOL_TIPS.values(), *m.TYPE_LABEL.values()]
+        keys = [key for key, _ in m.TOOLS] + [key for key, _, _ in rows]
+        keys += [*m.TOOL_TIPS, *m.FIELDS, *m.TYPE_LABEL]
+        unmarked = [text for text in texts if type(text) is not m.N_]
+        print(json.dumps([unmarked, len(texts), sorted({type(key).__name__ for key in keys})]))
         """,
         paths=smallest,
     )
     assert unmarked == []
     assert count > 30
-
-
-def test_keys_of_the_tables_are_not_marked(smallest):
-    kinds = run(
-        """
-        import json
-        import tandrel.gui.sketcher as m
-
-        keys = [key for key, _ in m.TOOLS] + [*m.TOOL_TIPS, *m.FIELDS, *m.TYPE_LABEL]
-        keys += [key for rows in m.FIELDS.values() for key, _, _ in rows]
-        print(json.dumps(sorted({type(key).__name__ for key in keys})))
-        """,
-        paths=smallest,
-    )
-    assert kinds == ["str"]
+    assert keys == ["str"]
 
 
 def test_module_loads_without_a_display(smallest, monkeypatch):
