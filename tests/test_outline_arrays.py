@@ -43,6 +43,7 @@ KINDS = {
     "a subclass": shifted,
     "lists": lambda: [list(point) for point in POINTS],
     "tuples of integers": lambda: tuple((int(u), int(v)) for u, v in POINTS),
+    "a mixture": lambda: [tuple(POINTS[0]), POINTS[1], np.array(POINTS[2])],
 }
 
 

@@ -25,25 +25,6 @@ def outlines(editor):
 
 
 class TestShapes:
-    def test_an_empty_sketch_shows_grid_axes_and_preview_only(self, editor):
-        previews = []
-        editor._preview = lambda: previews.append(len(editor.canvas.drawn))
-        calls = painted(editor)
-        assert {name for name, _, _ in calls} == {"create_line", "create_text"}
-        assert previews == [len(calls)]
-
-    def test_a_shape_is_a_filled_polygon_with_its_outline_s_points(self, editor):
-        box = rectangle(1.0, -1.0, 2.0, 1.5)
-        editor.sk["entities"] = [box]
-        coordinates = (240.0, 190.0, 320.0, 190.0, 320.0, 130.0, 240.0, 130.0)
-        assert polygons(editor) == [(coordinates, {"fill": SOLID, "outline": ACCENT, "width": 2})]
-
-    def test_an_outline_may_be_any_sequence_of_points(self, editor, neighbours):
-        neighbours.S.answers["outline"] = [(0, 0), [1, 0], np.array([0.0, 1.0])]
-        editor.sk["entities"] = [circle()]
-        neighbours.S.answers["depths"] = [0]
-        assert polygons(editor)[0][0] == (200.0, 150.0, 240.0, 150.0, 200.0, 110.0)
-
     def test_holes_and_islands_alternate(self, editor):
         island = rectangle(2.0, 2.0, 1.0, 1.0)
         hole = rectangle(1.0, 1.0, 4.0, 4.0)
@@ -178,16 +159,9 @@ class TestSelection:
         outlines = [(options["outline"], options["width"]) for _, options in polygons(editor)]
         assert outlines == [(ACCENT, 2), (ORANGE, 3), (ACCENT, 2)]
 
-    def test_the_first_shape_is_selected_by_zero(self, editor):
-        editor.sk["entities"] = [rectangle(), circle()]
-        editor.sel = 0
-        assert outlines(editor) == [ORANGE, ACCENT]
-
-    def test_the_fill_is_that_of_its_depth(self, editor):
-        editor.sk["entities"] = [rectangle(0.0, 0.0, 6.0, 6.0), rectangle(1.0, 1.0, 1.0, 1.0)]
-        editor.sel = 1
-        options = polygons(editor)[1][1]
-        assert options == {"fill": HOLE, "outline": ORANGE, "width": 3}
+    def test_the_fill_is_that_of_its_depth(self, nested):
+        nested.sel = 1
+        assert polygons(nested)[1][1] == {"fill": HOLE, "outline": ORANGE, "width": 3}
 
     def test_its_labels_come_right_after_its_polygon(self, editor):
         labelled = []
@@ -200,13 +174,6 @@ class TestSelection:
         assert calls[count - 1][2]["outline"] == ORANGE
         assert [name for name, _, _ in calls[count:]] == ["create_polygon"]
 
-    @pytest.mark.parametrize("sel", [None, 2, 7])
-    def test_without_a_selected_shape_nothing_is_orange(self, editor, sel):
-        editor._dimensions = lambda e: pytest.fail("labelled")
-        editor.sk["entities"] = [rectangle(), circle()]
-        editor.sel = sel
-        assert outlines(editor) == [ACCENT, ACCENT]
-
     def test_a_selected_bad_shape_shows_nothing(self, editor):
         editor._dimensions = lambda e: pytest.fail("labelled")
         editor.sk["entities"] = [rectangle(), circle(r=-1.0)]
@@ -218,8 +185,9 @@ class TestSelection:
         nested.sel = sel
         assert outlines(nested) == [ACCENT, ORANGE]
 
-    @pytest.mark.parametrize("sel", [-1, "1", 0.5])
+    @pytest.mark.parametrize("sel", [None, -1, 2, 7, "1", 0.5])
     def test_nothing_else_selects(self, nested, sel):
+        nested._dimensions = lambda e: pytest.fail("labelled")
         nested.sel = sel
         assert outlines(nested) == [ACCENT, ACCENT]
 
@@ -227,15 +195,6 @@ class TestSelection:
         nested.sel = 0
         nested._dimensions = lambda e: setattr(nested, "sel", 1)
         assert outlines(nested) == [ORANGE, ORANGE]
-
-    def test_labels_may_be_covered_by_what_is_painted_later(self, nested):
-        nested.sel = 0
-        names = []
-        nested.redraw()
-        for name, _, options in nested.canvas.drawn:
-            if name == "create_polygon" or options.get("fill") == ORANGE:
-                names.append(name)
-        assert names == ["create_polygon", "create_text", "create_text", "create_polygon"]
 
 
 def test_a_shape_replaced_while_depths_are_asked_shows_its_new_outline(nested, neighbours):
