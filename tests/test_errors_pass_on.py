@@ -59,11 +59,6 @@ class TestReading:
             editor.run()
         assert calls == [("update_idletasks", (), {})]
 
-    @pytest.mark.parametrize("point", [("1", 2.0), (1.0, "2"), (1.0, None)])
-    def test_a_coordinate_that_is_no_number(self, neighbours, point):
-        with pytest.raises(TypeError):
-            PlainEditor().to_screen(point)
-
     @pytest.mark.parametrize(
         "pixel, told",
         [

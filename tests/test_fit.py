@@ -42,24 +42,15 @@ class TestExtent:
         assert is_point(lo, *low)
         assert is_point(hi, *high)
 
-    def test_holds_all_outlines(self, editor):
+    def test_holds_all_outlines_and_references(self, editor):
         editor.sk["entities"] = [rectangle(1.0, 2.0, 3.0, 0.5), circle(-1.0, 0.25, 0.5)]
         lo, hi = editor._extent()
         assert is_point(lo, -1.5, -0.25)
         assert is_point(hi, 4.0, 2.5)
-
-    def test_holds_references(self, editor):
-        editor.sk["entities"] = [rectangle(0.0, 0.0, 1.0, 1.0)]
-        editor.refs = [("edge", np.array([[5.0, -3.0], [0.5, 0.5]])), (None, [[0.0, 2.0]])]
+        editor.refs = [("edge", np.array([[5.0, -3.0], [0.5, 0.5]])), (None, [[0.0, 4.0]])]
         lo, hi = editor._extent()
-        assert is_point(lo, 0.0, -3.0)
-        assert is_point(hi, 5.0, 2.0)
-
-    def test_of_references_alone_does_not_hold_the_default_box(self, editor):
-        editor.refs = [("edge", np.array([[5.0, 6.0], [7.0, 9.0]]))]
-        lo, hi = editor._extent()
-        assert is_point(lo, 5.0, 6.0)
-        assert is_point(hi, 7.0, 9.0)
+        assert is_point(lo, -1.5, -3.0)
+        assert is_point(hi, 5.0, 4.0)
 
     def test_leaves_out_references_without_points(self, editor):
         editor.refs = [("none", np.zeros((0, 2))), ("list", [])]
@@ -83,13 +74,6 @@ class TestExtent:
         editor.sk["entities"] = [good, other]
         editor._ok = lambda e: e is other
         assert is_point(editor._extent()[0], 5.0, 5.0)
-
-    def test_takes_outlines_of_tuples(self, editor, neighbours):
-        neighbours.S.answers["outline"] = [(0.5, 1.5), (2.5, -1.0), (1.0, 1.0)]
-        editor.sk["entities"] = [circle()]
-        lo, hi = editor._extent()
-        assert tuple(lo) == (0.5, -1.0)
-        assert tuple(hi) == (2.5, 1.5)
 
     @pytest.mark.parametrize("order", [(0, 1, 2), (2, 1, 0), (1, 2, 0)])
     def test_a_coordinate_that_is_no_number_leaves_no_bound_in_its_direction(self, editor, order):
@@ -204,19 +188,14 @@ class TestGridStep:
         assert editor.grid_step() == 0.25
         assert editor.grid.get() == text
 
-    def test_is_what_the_units_make_of_the_number(self, editor, neighbours):
-        neighbours.units.answers["to_si"] = 0.0254
-        editor.grid.set("1")
-        assert editor.grid_step() == 0.0254
-        assert neighbours.units.named("to_si") == [(1.0, "length")]
-        assert type(neighbours.units.named("to_si")[0][0]) is float
-
-    def test_asks_for_the_units_at_every_call(self, editor, neighbours):
+    def test_asks_the_units_at_every_call(self, editor, neighbours):
         editor.grid.set("2")
         assert editor.grid_step() == 0.002
         neighbours.units.factor = 100.0
         assert editor.grid_step() == 0.02
         assert neighbours.units.asked == 2
+        assert neighbours.units.named("to_si") == [(2.0, "length")] * 2
+        assert {type(value) for value, _ in neighbours.units.named("to_si")} == {float}
 
     def test_is_the_default_where_the_units_refuse_the_value(self, editor, neighbours):
         neighbours.units.fail["to_si"] = ValueError("no")
@@ -257,9 +236,6 @@ class TestDefaultGrid:
         result = editor._default_grid()
         assert result == step
         assert type(result) is type(step)
-
-    def test_of_an_empty_sketch_is_a_thousandth(self, editor):
-        assert editor._default_grid() == 0.001
 
     def test_is_the_interpreter_s_power_of_ten(self, editor):
         for exponent in range(-8, 40):

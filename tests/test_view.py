@@ -19,11 +19,6 @@ def unpainted(editor):
 
 
 class TestToScreen:
-    def test_gives_a_tuple_of_two_plain_floats(self, editor):
-        result = editor.to_screen(np.array([1.0, 2.0]))
-        assert type(result) is tuple
-        assert [type(value) for value in result] == [float, float]
-
     @pytest.mark.parametrize(
         "point", [(1, 2), [1.0, 2.0], np.array([1, 2]), np.array([1.0, 2.0], np.float32), (True, 2)]
     )
@@ -44,7 +39,10 @@ class TestToScreen:
         editor.canvas.width, editor.canvas.height = 100, 50
         assert editor.to_screen((0, 0)) == (50.0, 25.0)
 
-    @pytest.mark.parametrize("point", [(), (1.0,), None, "ab", ("a", "b"), (None, 0.0)])
+    @pytest.mark.parametrize(
+        "point",
+        [(), (1.0,), None, "ab", ("a", "b"), (None, 0.0), ("1", 2.0), (1.0, "2"), (1.0, None)],
+    )
     def test_refuses_what_is_no_point(self, editor, point):
         with pytest.raises((TypeError, IndexError, ValueError)):
             editor.to_screen(point)
@@ -85,13 +83,6 @@ class TestZoom:
             )
             expected = centre + (before - view.to_world(x, y))
             assert is_point(editor.centre, *expected)
-
-    def test_keeps_the_point_under_the_pointer(self, unpainted):
-        unpainted.centre = np.array([3.0, 7.0])
-        under = unpainted.to_world(37, 251)
-        for factor in (1.2, 1.2, 1 / 1.2, 5.0, 0.01):
-            unpainted._zoom(factor, 37, 251)
-            assert unpainted.to_world(37, 251) == pytest.approx(under, abs=1e-12)
 
     def test_has_no_limits(self, unpainted):
         for _ in range(1000):
@@ -140,13 +131,6 @@ class TestPan:
         assert is_point(centre, 1.0, 2.0)
         assert unpainted.calls == []
 
-    def test_the_sketch_follows_the_pointer(self, unpainted):
-        under = unpainted.to_world(30, 40)
-        unpainted._pan_start(Event(30, 40))
-        unpainted._pan_move(Event(50, 90))
-        assert is_point(unpainted.centre, -2.0, 5.0)
-        assert unpainted.to_world(50, 90) == pytest.approx(under)
-
     def test_follows_its_formula_to_the_last_bit(self, neighbours):
         for editor, (x, y) in random_views():
             editor.watch("redraw")
@@ -156,15 +140,6 @@ class TestPan:
             dx, dy = x - 17, y - 5
             expected = c - np.array([dx / editor.scale, -dy / editor.scale])
             assert is_point(editor.centre, *expected)
-
-    def test_does_not_drift(self, unpainted):
-        unpainted.centre = np.array([0.1, 0.7])
-        unpainted.scale = 3.0
-        unpainted._pan_start(Event(30, 40))
-        for step in range(1000):
-            unpainted._pan_move(Event(30 + step % 7, 40 - step % 11))
-        unpainted._pan_move(Event(30, 40))
-        assert is_point(unpainted.centre, 0.1, 0.7)
 
     def test_repaints_at_every_move_with_the_new_centre(self, editor):
         seen = []
