@@ -7,8 +7,6 @@ from support.neighbours import FakeTranslation, FakeUnits, circle, polygon, rect
 from support.plain import PlainEditor
 from support.types import CARDS
 
-every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
-
 
 @pytest.fixture
 def units(sketcher, monkeypatch):
@@ -29,7 +27,6 @@ def tr(sketcher, monkeypatch):
 # --- describe
 
 
-@every_card
 def test_every_type_is_summarised(sketcher, units, tr, card):
     for entity, expected in card.summaries:
         text = sketcher.describe(entity)
@@ -46,7 +43,6 @@ def test_unknown_type_is_summarised_as_a_corner_count(sketcher, units, tr):
     assert sketcher.describe({"type": None}) == "0 corners"
 
 
-@every_card
 def test_units_are_asked_for_once_and_afresh(sketcher, units, tr, card):
     for count in (1, 2):
         sketcher.describe(card.sample)

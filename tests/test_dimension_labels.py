@@ -2,12 +2,11 @@
 
 import numpy as np
 import pytest
-from support.neighbours import FakeUnits, circle, rectangle, slot
+from support.neighbours import circle, rectangle, slot
 from support.plain import PlainEditor
 from support.types import CARDS
 
 ORANGE = "#E8833A"
-every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
 
 
 @pytest.fixture
@@ -27,7 +26,6 @@ def label(x, y, text, **options):
     return ("create_text", (x, y), {"text": text, "fill": ORANGE, **options})
 
 
-@every_card
 def test_every_type_has_its_labels(editor, card):
     for entity, expected in card.labels:
         assert labels(editor, entity) == [
@@ -87,7 +85,6 @@ def test_lengths_are_formatted_as_plain_floats(editor, neighbours):
     assert all(type(args[0]) is float for args in neighbours.units.named("fmt"))
 
 
-@every_card
 def test_the_units_are_asked_for_once_and_again_by_a_summary(editor, neighbours, card):
     labels(editor, card.sample)
     texts = [text for _, _, text, _ in card.dimensions(card.sample, str)]
@@ -97,11 +94,6 @@ def test_the_units_are_asked_for_once_and_again_by_a_summary(editor, neighbours,
 def test_the_units_are_asked_for_once_where_there_is_no_label(editor, neighbours):
     labels(editor, {"type": "arcs"})
     assert neighbours.units.asked == 1
-
-
-def test_follow_the_display_units(editor, sketcher, monkeypatch):
-    monkeypatch.setattr(sketcher, "units", FakeUnits(100.0, "cm"))
-    assert labels(editor, circle(r=1.0))[0][2]["text"] == "Ø 200 cm"
 
 
 @pytest.mark.parametrize(

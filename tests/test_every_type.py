@@ -33,7 +33,6 @@ def test_the_application_and_the_editor_call_them_alike(sketcher):
     assert {kind: known.label for kind, known in KINDS.items()} == sketcher.TYPE_LABEL
 
 
-@pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
 class TestCard:
     def test_its_samples_have_all_keys_and_are_sound(self, card):
         keys = [field.key for field in card.fields] + ["points"] * (card.corners_text is not None)

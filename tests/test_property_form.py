@@ -8,13 +8,11 @@ import pytest
 from support.events import focus
 from support.form import corners_text, form_of, form_texts, type_corners
 from support.neighbours import circle, one_of_each, polygon, rectangle, regular
-from support.types import CARDS
 from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
 HINT = "Select a shape to type its exact size."
-every_card = pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
 
 
 # --- without a selection
@@ -31,7 +29,6 @@ def test_hint_replaces_the_form(select):
 # --- the fields
 
 
-@every_card
 def test_form_of_every_type(select, sketcher, card):
     editor = select(card.sample)
     form = form_of(editor)

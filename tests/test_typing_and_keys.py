@@ -9,7 +9,6 @@ from support import canvas as shown
 from support.desk import ORANGE, of_class
 from support.events import focus
 from support.neighbours import circle, one_of_each, polygon, rectangle
-from support.types import CARDS
 from support.widgets import walk
 from tandrel.gui import i18n, widgets
 
@@ -18,7 +17,6 @@ pytestmark = pytest.mark.usefixtures("millimetres_in_english")
 
 class TestTypingSizes:
     @pytest.mark.parametrize("way", ["Return", "Apply"])
-    @pytest.mark.parametrize("card", CARDS, ids=lambda card: card.name)
     def test_every_field_of_every_type(self, desk, card, way):
         one = desk({"entities": [circle(0.0, 0.1, 0.001), card.placed]})
         typed = [(field.key, *row) for field in card.fields for row in field.typed]
