@@ -272,17 +272,12 @@ class TestDamagedEntities:
         while nested:
             nested = nested.pop()
 
-    @pytest.mark.parametrize("entities", [None, 5, "text", {}, {0: circle()}, iter([circle()]), ()])
-    def test_a_list_of_shapes_that_is_none(self, sketcher, entities):
-        def make():
-            editor = sound()
-            editor.sk["entities"] = entities
-            return editor
-
-        run_all(make)
-
-    @pytest.mark.parametrize("sketch", [None, 5, [], {}, {"entities": [None]}])
-    def test_a_sketch_that_is_none(self, sketcher, sketch):
+    @pytest.mark.parametrize(
+        "sketch",
+        [None, 5, [], {}, {"entities": [None]}, {"entities": iter([circle()])}]
+        + [{"entities": some} for some in (None, 5, "text", {}, {0: circle()}, ())],
+    )
+    def test_a_sketch_or_a_list_of_shapes_that_is_none(self, sketcher, sketch):
         def make():
             editor = sound()
             editor.sk = sketch

@@ -328,15 +328,3 @@ def test_the_window_is_closed_from_outside(edit):
         user.wait(lambda: not user.editor.winfo_exists())
 
     assert edit(None, story) is None
-
-
-def test_the_dialog_stands_over_its_window_and_holds_the_input(edit, managed_root):
-    def story(user):
-        editor, parent = user.editor, managed_root
-        assert editor.grab_current() is editor
-        assert str(editor.transient()) == str(parent)
-        # The window manager puts its frame around the place that was asked for.
-        assert parent.winfo_rootx() <= editor.winfo_rootx() <= parent.winfo_rootx() + 60
-        assert parent.winfo_rooty() <= editor.winfo_rooty() <= parent.winfo_rooty() + 60
-
-    edit(None, story)

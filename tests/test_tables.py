@@ -3,7 +3,6 @@
 import copy
 import inspect
 import math
-import pydoc
 import tkinter
 import typing
 from tkinter import ttk
@@ -168,18 +167,6 @@ def test_constructor_and_describe_show_their_signatures(sketcher):
     expected = "self, parent, sketch, dim=3, title='', references=(), allow_plane=True"
     assert parameters(sketcher.SketchEditor.__init__) == expected
     assert parameters(sketcher.describe) == "e"
-
-
-def test_help_shows_every_public_operation_with_its_signature(sketcher):
-    text = pydoc.render_doc(sketcher.SketchEditor, renderer=pydoc.plaintext)
-    assert CLASS_DOC in text
-    lines = [line.strip(" |") for line in text.splitlines()]
-    for name, arguments in OPERATIONS.items():
-        if name.startswith("_"):
-            continue
-        shown = [line for line in lines if line.startswith(f"{name}(self")]
-        assert len(shown) == 1, name
-        assert all(argument in shown[0] for argument in arguments.split(", ")), shown
 
 
 def test_only_validity_and_moving_are_static(sketcher):

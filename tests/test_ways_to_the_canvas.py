@@ -152,7 +152,7 @@ def test_a_method_replaced_on_the_instance_is_called(editor, name):
     assert shown.of_kind(editor.canvas, kind) == []
 
 
-@pytest.mark.parametrize("name", ["create_line", "_create"])
+@pytest.mark.parametrize("name", ["create_line", "_create", "_options"])
 def test_a_method_replaced_in_tkinter_is_called(editor, monkeypatch, name):
     real = getattr(tk.Canvas, name)
     seen = []
@@ -217,24 +217,29 @@ def test_an_interpreter_of_another_kind_is_given_what_tkinter_gives(editor):
     assert kinds == {"line", "polygon", "text", "oval"}
 
 
-def test_anything_that_has_the_methods_is_a_canvas(editor):
-    class Methods:
-        """Has no `tk`, as little as any other attribute."""
+class Asked:
+    """A canvas that is asked for nothing but what painting takes; `count` tells how often."""
 
-        drawn = 0
+    def __init__(self, canvas, count):
+        object.__setattr__(self, "answer", lambda name: getattr(canvas, name))
+        object.__setattr__(self, "count", count)
 
-        def __getattr__(self, name):
-            if name not in ("winfo_width", "winfo_height", "delete", *METHODS):
-                raise AttributeError(name)
-            Methods.drawn += name in METHODS
-            return getattr(canvas, name)
+    def __getattribute__(self, name):
+        assert name in ("winfo_width", "winfo_height", "delete", *METHODS), name
+        object.__getattribute__(self, "count")[name] += 1
+        return object.__getattribute__(self, "answer")(name)
 
-    before, canvas = picture(editor), editor.canvas
-    editor.canvas = Methods()
-    editor.redraw()
+
+def test_anything_that_has_the_methods_is_a_canvas(selected):
+    selected.tool.set("line")
+    selected.clicks = [np.zeros(2)]
+    before, canvas, count = picture(selected), selected.canvas, Counter()
+    selected.canvas = Asked(canvas, count)
+    selected.redraw()
+    selected.canvas = canvas
     assert shown.items(canvas) == before
-    assert Methods.drawn == len(before)
-    editor.canvas = canvas
+    assert {name: count[name] for name in METHODS} == Counter(f"create_{i.kind}" for i in before)
+    assert count["delete"] == 1
 
 
 def test_a_canvas_of_a_subclass_gets_the_calls(editor):
@@ -266,7 +271,12 @@ def test_any_label_looks_the_same_either_way(selected, sketcher, monkeypatch, te
     assert looks_the_same_either_way(selected)
 
 
-@pytest.mark.parametrize("colour", ["red", "#abc", "", None, type("Colour", (str,), {})("blue")])
+OF_TKINTER = [("#123456",), ["#654321"], ("Dark", "Red")]  # forms of a colour that no other reads
+
+
+@pytest.mark.parametrize(
+    "colour", ["red", "#abc", "", None, type("Colour", (str,), {})("blue"), *OF_TKINTER]
+)
 @pytest.mark.parametrize("role", ["bg", "accent", "accent_soft", "muted"])
 def test_any_colour_looks_the_same_either_way(selected, sketcher, monkeypatch, role, colour):
     monkeypatch.setattr(sketcher, "PAL", {**sketcher.PAL, role: colour})
@@ -289,30 +299,6 @@ def test_a_canvas_that_is_gone_is_tk_s_error_either_way(editor, detour):
     editor.canvas.destroy()
     with pytest.raises(tk.TclError):
         editor.redraw()
-
-
-def test_colours_in_a_form_that_only_tkinter_reads(editor, neighbours):
-    scene(editor, 3)
-    neighbours.PAL.update({"muted": ("#123456",), "bg": ["#654321"], "accent": ("Dark", "Red")})
-    straight = picture(editor)
-    through_methods(editor.canvas)
-    assert picture(editor) == straight
-    lines = shown.of_kind(editor.canvas, "line")
-    assert {"#123456", "#654321"} <= {line.options["fill"] for line in lines}
-
-
-def test_options_written_in_another_way_are_written_so(editor, monkeypatch):
-    seen = []
-    real = tk.Canvas._options
-
-    def options(self, cnf, kw=None):
-        seen.append(cnf if kw is None else kw)
-        return real(self, cnf, kw)
-
-    monkeypatch.setattr(tk.Canvas, "_options", options)
-    editor.redraw()
-    assert len(seen) == len(editor.canvas.find_all())
-    assert seen[-1] == {"fill": "#E8833A", "outline": ""}
 
 
 @pytest.fixture
@@ -421,35 +407,3 @@ def test_an_odd_outline_is_the_same_either_way(selected, sketcher, monkeypatch, 
             return repr(raised), [repr(item) for item in shown.items(selected.canvas)]
 
     assert either_way(selected, painted)
-
-
-class Strict:
-    """A canvas that is asked for nothing but what painting takes."""
-
-    def __init__(self):
-        self.asked = Counter()
-
-    def __getattribute__(self, name):
-        asked = object.__getattribute__(self, "asked")
-        if name == "asked":
-            return asked
-        asked[name] += 1
-        assert name in ("winfo_width", "winfo_height", "delete", *METHODS), name
-        return {"winfo_width": lambda: 620, "winfo_height": lambda: 460}.get(
-            name, lambda *args, **options: None
-        )
-
-
-def test_a_canvas_of_another_kind_is_asked_for_nothing_else(editor):
-    editor.sk["entities"] = [rectangle(0.0, 0.0, 0.01, 0.01), *OUTLINES]
-    editor.sel = 0
-    editor.tool.set("line")
-    editor.clicks = [np.zeros(2)]
-    real = editor.canvas
-    expected = Counter("create_" + item.kind for item in picture(editor))
-    editor.canvas = strict = Strict()
-    editor.redraw()
-    editor.canvas = real
-    drawn = {name: strict.asked[name] for name in METHODS}
-    assert drawn == expected
-    assert strict.asked["delete"] == 1
