@@ -3,7 +3,7 @@
 from contextlib import ExitStack, contextmanager
 from functools import cached_property
 
-from benchmarks.plain import PythonEditor
+from harness.python_editor import PythonEditor
 from benchmarks.sketches import answers, asked_of, sketch
 from tandrel import sketch as geometry
 from tandrel.gui.sketcher import SketchEditor

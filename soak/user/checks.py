@@ -69,27 +69,12 @@ def _same_item(expected: Any, shown: Any) -> bool:
     return all(a == b or a != a for a, b in zip(expected[1], shown[1]))
 
 
-def point(value: Any) -> Any:
-    """An editor's plane point as a pair, left as it is where it is no array of two doubles."""
-    if type(value) is np.ndarray and value.dtype == np.float64 and value.shape == (2,):
-        return tuple(value.tolist())
-    return value
-
-
 def check_state(editor: Any, shadow: Shadow) -> None:
     """The editor's attributes."""
     demand(same(editor.sk, shadow.sk), "sketch", shadow.sk, editor.sk)
-    demand(same(editor.sel, shadow.sel), "sel", shadow.sel, editor.sel)
-    clicks = [point(p) for p in editor.clicks]
-    demand(same(clicks, shadow.clicks), "clicks", shadow.clicks, clicks)
-    for name in ("cursor", "centre"):
-        found, expected = point(getattr(editor, name)), getattr(shadow, name)
+    for name in ("sel", "clicks", "cursor", "centre", "scale", "drag"):
+        found, expected = getattr(editor, name), getattr(shadow, name)
         demand(same(found, expected), name, expected, found)
-    demand(same(editor.scale, shadow.scale), "scale", shadow.scale, editor.scale)
-    drag = editor.drag
-    if drag is not None:
-        drag = {**drag, "start": point(drag["start"])}
-    demand(same(drag, shadow.drag), "drag", shadow.drag, drag)
     demand(editor.result is shadow.result is None, "result", None, editor.result)
 
 
@@ -98,11 +83,12 @@ def check_screen(screen: Screen, shadow: Shadow) -> None:
     demand(screen.rows == shadow.rows, "rows", shadow.rows, screen.rows)
     selected = shadow.selected_rows
     demand(screen.selected_rows == selected, "selected rows", selected, screen.selected_rows)
-    demand(same_items(shadow.shown, screen.items), "canvas", shadow.shown, screen.items)
+    painted = shadow.canvas.items
+    demand(same_items(painted, screen.items), "canvas", painted, screen.items)
     demand(screen.form == shadow.form, "form", shadow.form, screen.form)
     demand(screen.status == shadow.status, "status", shadow.status, screen.status)
-    typed = [shadow.tool, str(int(shadow.snap)), shadow.grid]
-    typed += [shadow.sides, shadow.plane, shadow.offset]
+    typed = [shadow.tool.get(), str(int(shadow.snap.get()))]
+    typed += [var.get() for var in (shadow.grid, shadow.sides, shadow.plane, shadow.offset)]
     demand(screen.typed == typed, "typed", typed, screen.typed)
 
 
@@ -135,10 +121,13 @@ SOUND = {
 }
 
 
+OURS = ("soak.", "harness.")
+
+
 def operation_of(error: BaseException) -> str:
     """The operation of the shadow, or of a shape, that an error came out of."""
     frames = [frame for frame, _ in traceback.walk_tb(error.__traceback__)]
-    names = [f.f_code.co_name for f in frames if f.f_globals["__name__"].startswith("soak.")]
+    names = [f.f_code.co_name for f in frames if f.f_globals["__name__"].startswith(OURS)]
     named = [name for name in names if not name.startswith("<")]
     return named[-1]
 

@@ -96,7 +96,7 @@ class Habits:
 
     def _on(self, point: Any) -> tuple[int, int]:
         """The pixel of a point, far outside where it has none."""
-        x, y = self._shadow.view().to_screen(point)
+        x, y = self._shadow.to_screen(point)
         if not all(map(math.isfinite, (x, y))) or max(abs(x), abs(y)) > 1e6:
             return 10**6, 10**6
         return round(x), round(y)
@@ -108,7 +108,7 @@ class Habits:
             yield "motion", 0, *self._place()
 
     def _choose_tool(self, tool: str) -> Iterator[Action]:
-        if self._shadow.tool != tool or self._chance(0.1):
+        if self._shadow.tool.get() != tool or self._chance(0.1):
             yield "tool", tool
 
     def _click(self, x: int, y: int, quick: bool = False) -> Iterator[Action]:

@@ -129,7 +129,7 @@ class Hands:
             self._tell(self.shadow.delete)
 
     def _plane_chosen(self, _event: Any) -> None:
-        self.shadow.plane = self._fixed["plane"].get()
+        self.shadow.plane.set(self._fixed["plane"].get())
         self._tell(self.shadow.choose_plane)
 
     # -- actions -----------------------------------------------------------------------------
@@ -152,14 +152,14 @@ class Hands:
             self._send("canvas", f"<Button-{way}>", x=x, y=y, time=Hands.clock)
 
     def _do_tool(self, tool: str) -> None:
-        self.shadow.tool = tool
+        self.shadow.tool.set(tool)
         self._tell(self.shadow.cancel_drawing)
         self._tools[tool].invoke()
 
     def _do_push(self, name: str) -> None:
         """Push one of the window's buttons."""
         if name == "snap":
-            self.shadow.snap = not self.shadow.snap
+            self.shadow.snap.set(not self.shadow.snap.get())
             self._snap.invoke()
         elif name == "apply":
             buttons = of_class(self.editor.props, ttk.Button)
@@ -259,7 +259,7 @@ class Hands:
         if cell is not None:
             cell[1] = widget.get("1.0", "end-1c") if target == "corners" else widget.get()
         elif target in ("grid", "sides", "offset", "plane"):
-            setattr(self.shadow, target, widget.get())
+            getattr(self.shadow, target).set(widget.get())
 
 
 def in_form(target: str) -> tuple[str | None, int]:

@@ -10,6 +10,8 @@ from collections.abc import Callable, Iterator
 from random import Random
 from typing import Any
 
+import numpy as np
+
 from soak.user import random_sketches
 from soak.user.checks import Fault, Ledger, check_errors, check_screen, check_state, demand, same
 from soak.user.habits import Habits
@@ -73,7 +75,8 @@ class Session:
         set_units(self.units)
         set_language(self.language)
         try:
-            Dialog(root, self, copy.deepcopy(self.sketch)).run(cls, script)
+            with np.errstate(all="ignore"):  # the shadow's numbers may be of any size
+                Dialog(root, self, copy.deepcopy(self.sketch)).run(cls, script)
         finally:
             for window in root.winfo_children():
                 window.destroy()

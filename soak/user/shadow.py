@@ -8,17 +8,17 @@ from __future__ import annotations
 
 import copy
 import math
-from collections.abc import Iterator, Sequence
-from typing import Any, Protocol
+from collections.abc import Sequence
+from typing import Any
 
 import numpy as np
 
-from soak.user import picture, shapes
-from soak.user.picture import Item, View
-from soak.user.shapes import Entity, Point
+from soak.user import shapes
+from soak.user.picture import Paper, Picture, Window
+from soak.user.shapes import Entity
 from soak.user.side_panel import SidePanel
+from support.plain import Var
 from support.types.card import distance
-from support.types.slot import CARD as slot
 from tandrel import sketch as S
 from tandrel.gui.i18n import tr
 from tandrel.gui.sketcher import TOOL_TIPS
@@ -27,20 +27,10 @@ from tandrel.gui.widgets import num_text, units
 SNAP_PIXELS = 9
 
 
-class Window(Protocol):
-    """What a window is asked for."""
-
-    def size(self) -> tuple[int, int]:
-        """Width and height of the canvas in pixels."""
-
-    def is_typing(self) -> bool:
-        """Whether an entry, a combobox or a spin box has the keyboard."""
-
-
-class Shadow(SidePanel):
+class Shadow(Picture, SidePanel):
     """What an editor is, and what its operations must make of it.
 
-    Points are pairs of floats. Operations raise what they let through.
+    Points are arrays of two doubles. Operations raise what they let through.
     """
 
     def __init__(
@@ -54,21 +44,22 @@ class Shadow(SidePanel):
         self.closed = False
         self.result: Any = None
         self.sel: int | None = None
-        self.tool = "select" if self.entities else "rectangle"
-        self.snap = True
-        self.grid = num_text(units().from_si(self.default_grid(), "length"))
-        self.sides = "6"
-        self.drag: dict[str, Any] | None = None
-        self.clicks: list[Point] = []
-        self.cursor: Point = (0.0, 0.0)
+        self.tool = Var("select" if self.entities else "rectangle")
+        self.snap = Var(True)
+        self.grid = Var(num_text(units().from_si(self.default_grid(), "length")))
+        self.sides = Var("6")
+        self.drag = None
+        self.clicks = []
+        self.cursor = np.zeros(2)
         self.scale = 1.0
-        self.centre: Point = (0.0, 0.0)
-        self.pan: tuple[int, int, Point] | None = None
+        self.centre = np.zeros(2)
+        self.pan: tuple[int, int, Any] | None = None
         self.status = ""
-        self.shown: list[Item] = []
+        self.canvas = Paper(window)
         plane = self.sk.get("plane", "XY")
-        self.plane = "" if plane is None else str(plane)
-        self.offset = num_text(units().from_si(self.sk.get("offset", 0) or 0, "length"))
+        self.plane = Var("" if plane is None else str(plane))
+        offset = units().from_si(self.sk.get("offset", 0) or 0, "length")
+        self.offset = Var(num_text(offset))
         self.refresh_list()
 
     @property
@@ -76,10 +67,6 @@ class Shadow(SidePanel):
         return self.sk["entities"]
 
     # -- view --------------------------------------------------------------------------------
-
-    def view(self) -> View:
-        width, height = map(float, self.window.size())
-        return View(width, height, self.scale, self.centre)
 
     def extent(self) -> tuple[list[float], list[float]]:
         outlines = [shapes.outline(e) for e in self.entities]
@@ -94,14 +81,13 @@ class Shadow(SidePanel):
         (u1, v1), (u2, v2) = self.extent()
         width, height = (max(pixels, 200) for pixels in self.window.size())
         self.scale = 0.8 * min(width / max(u2 - u1, 1e-9), height / max(v2 - v1, 1e-9))
-        self.centre = (u1 + u2) / 2, (v1 + v2) / 2
+        self.centre = np.array([(u1 + u2) / 2, (v1 + v2) / 2])
         self.redraw()
 
     def zoom(self, factor: float, x: int, y: int) -> None:
-        u1, v1 = self.view().to_world(x, y)
+        before = self.to_world(x, y)
         self.scale = self.scale * factor
-        u2, v2 = self.view().to_world(x, y)
-        self.centre = self.centre[0] + (u1 - u2), self.centre[1] + (v1 - v2)
+        self.centre = self.centre + (before - self.to_world(x, y))
         self.redraw()
 
     def pan_start(self, x: int, y: int) -> None:
@@ -109,13 +95,13 @@ class Shadow(SidePanel):
 
     def pan_move(self, x: int, y: int) -> None:
         assert self.pan is not None
-        x0, y0, (u, v) = self.pan
-        self.centre = u - (x - x0) / self.scale, v - -(y - y0) / self.scale
+        x0, y0, centre = self.pan
+        self.centre = centre - np.array([(x - x0) / self.scale, -(y - y0) / self.scale])
         self.redraw()
 
     def grid_step(self) -> float:
         try:
-            step = units().to_si(float(self.grid), "length")
+            step = units().to_si(float(self.grid.get()), "length")
         except ValueError:
             return self.default_grid()
         return step if step > 0 else self.default_grid()
@@ -125,76 +111,33 @@ class Shadow(SidePanel):
         side = max(u2 - u1, v2 - v1)
         return 10 ** math.floor(math.log10(max(side, 1e-9) / 20))
 
-    def key_points(self) -> list[Point]:
-        own = [point for e in self.entities for point in shapes.key_points(e)]
-        return [(0.0, 0.0), *own, *self.clicks]
-
-    def snapped(self, x: int, y: int) -> Point:
-        view = self.view()
-        best, nearest = None, float(SNAP_PIXELS)
-        for point in self.key_points():
-            sx, sy = view.to_screen(point)
-            pixels = math.hypot(sx - x, sy - y)
-            if pixels < nearest:
-                best, nearest = point, pixels
-        if best is not None:
-            return best
-        free = view.to_world(x, y)
-        if not self.snap:
-            return free
-        step = self.grid_step()
-        with np.errstate(all="ignore"):
-            u, v = np.round(np.array(free) / step) * step
-        return float(u), float(v)
-
-    def redraw(self) -> None:
-        self.shown = []
-        for item in self.picture():
-            self.shown.append(item)
-
-    def picture(self) -> Iterator[Item]:
-        """All items, in the order in which they are painted."""
-        view = self.view()
-        if view.width < 2:
-            return
-        yield from picture.grid(view, self.grid_step())
-        yield from picture.axes(view, self.axis_names())
-        for _, points in self.refs:
-            yield from picture.reference(view, points)
-        yield from picture.filled_shapes(view, self.sk, self.sel)
-        if self.drag is not None and self.drag["kind"] == "new":
-            yield from picture.rubber_band(view, self.from_drag(self.drag["start"], self.cursor))
-        yield from picture.clicked(view, self.tool, self.clicks, self.cursor)
-
-    def axis_names(self) -> tuple[str, str]:
-        return S.AXES.get(self.plane, ("x", "y")) if self.dim == 3 else ("x", "y")
-
     # -- pointer -----------------------------------------------------------------------------
 
     def motion(self, x: int, y: int) -> None:
         self.cursor = self.snapped(x, y)
         (a, b), (u, v) = self.axis_names(), map(shapes.length, self.cursor)
-        self.status = f"{a} = {u}   {b} = {v}     {tr(TOOL_TIPS[self.tool])}"
+        self.status = f"{a} = {u}   {b} = {v}     {tr(TOOL_TIPS[self.tool.get()])}"
         self.redraw()
 
     def press(self, x: int, y: int) -> None:
         p = self.cursor = self.snapped(x, y)
-        if self.tool == "select":
+        tool = self.tool.get()
+        if tool == "select":
             hit = self.pick(x, y)
             self.select(hit)
             if hit is not None:
                 original = copy.deepcopy(self.entities[hit])
                 self.drag = {"kind": "move", "start": p, "orig": original}
-        elif self.tool == "line":
+        elif tool == "line":
             self.press_line(p, x, y)
-        elif self.tool == "slot":
+        elif tool == "slot":
             self.press_slot(p)
         else:
             self.drag = {"kind": "new", "start": p}
 
-    def press_line(self, p: Point, x: int, y: int) -> None:
+    def press_line(self, p: Any, x: int, y: int) -> None:
         if len(self.clicks) >= 3:
-            sx, sy = self.view().to_screen(self.clicks[0])
+            sx, sy = self.to_screen(self.clicks[0])
             if math.hypot(x - sx, y - sy) <= SNAP_PIXELS:
                 self.close_line()
                 return
@@ -202,9 +145,9 @@ class Shadow(SidePanel):
             self.clicks.append(p)
         self.redraw()
 
-    def press_slot(self, p: Point) -> None:
+    def press_slot(self, p: Any) -> None:
         if len(self.clicks) == 2:
-            e = slot.drawn(self.clicks[0], self.clicks[1], p)
+            e = shapes.slot(self.clicks[0], self.clicks[1], p)
             self.clicks = []
             if e is not None:
                 self.add(e)
@@ -215,8 +158,8 @@ class Shadow(SidePanel):
     def drag_to(self, x: int, y: int) -> None:
         p = self.cursor = self.snapped(x, y)
         if self.drag is not None and self.drag["kind"] == "move" and self.sel is not None:
-            u, v = self.drag["start"]
-            self.entities[self.sel] = shapes.moved(self.drag["orig"], (p[0] - u, p[1] - v))
+            shift = (p - self.drag["start"]).tolist()
+            self.entities[self.sel] = shapes.moved(self.drag["orig"], shift)
             self.refresh_list(keep=True)
         self.redraw()
 
@@ -235,8 +178,8 @@ class Shadow(SidePanel):
 
     # -- shapes ------------------------------------------------------------------------------
 
-    def from_drag(self, a: Point, b: Point) -> Entity | None:
-        return shapes.from_drag(self.tool, self.sides, a, b)
+    def from_drag(self, a: Any, b: Any) -> Entity | None:
+        return shapes.from_drag(self.tool.get(), self.sides.get(), a.tolist(), b.tolist())
 
     def add(self, e: Entity | None) -> None:
         self.entities.append(e)
@@ -245,9 +188,9 @@ class Shadow(SidePanel):
         self.redraw()
 
     def close_line(self) -> None:
-        if self.tool != "line" or len(self.clicks) < 3:
+        if self.tool.get() != "line" or len(self.clicks) < 3:
             return
-        e = {"type": "polygon", "points": [list(p) for p in self.clicks], "radius": 0.0}
+        e = {"type": "polygon", "points": [p.tolist() for p in self.clicks], "radius": 0.0}
         self.clicks = []
         if shapes.outline(e) is not None:
             self.add(e)
@@ -264,19 +207,6 @@ class Shadow(SidePanel):
         self.clicks = []
         self.drag = None
         self.redraw()
-
-    def pick(self, x: int, y: int) -> int | None:
-        view = self.view()
-        hits = []
-        for i, e in enumerate(self.entities):
-            points = shapes.outline(e)
-            if points is None:
-                continue
-            xs, ys = np.array(view.path(points)).reshape(-1, 2).T
-            near = np.hypot(xs - x, ys - y).min() <= SNAP_PIXELS
-            if near or S.inside(points, view.to_world(x, y)):
-                hits.append((S.area(e), i))
-        return min(hits)[1] if hits else None
 
     def select(self, i: int | None) -> None:
         self.sel = i
@@ -295,17 +225,17 @@ class Shadow(SidePanel):
     # -- the dialog --------------------------------------------------------------------------
 
     def choose_plane(self) -> None:
-        self.sk["plane"] = self.plane
+        self.sk["plane"] = self.plane.get()
         self.redraw()
 
     def ok(self) -> None:
         if self.dim == 3:
             try:
-                self.sk["offset"] = units().to_si(float(self.offset), "length")
+                self.sk["offset"] = units().to_si(float(self.offset.get()), "length")
             except ValueError:
                 self.status = tr("The offset must be a number.")
                 return
-            self.sk["plane"] = self.plane
+            self.sk["plane"] = self.plane.get()
         problems = S.check(self.sk)
         if problems:
             self.status = "; ".join(problems)

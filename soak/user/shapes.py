@@ -9,6 +9,7 @@ from typing import Any
 
 from support.types import CARD, CARDS
 from support.types.card import Card, Entity, Point
+from support.types.slot import CARD as SLOT
 from tandrel import sketch as S
 from tandrel.geometry.edges import Points
 from tandrel.gui.i18n import tr
@@ -71,6 +72,11 @@ def from_drag(tool: str, sides: str, a: Point, b: Point) -> Entity | None:
         if card.tool.dragged and card.tool.name == tool:
             return card.drawn(a, b, sides=number_of_sides(sides))
     return None
+
+
+def slot(a: Any, b: Any, p: Any) -> Entity | None:
+    """The slot with these ends whose side runs through a point."""
+    return SLOT.drawn(a.tolist(), b.tolist(), p.tolist())
 
 
 def number_of_sides(text: str) -> int:

@@ -9,7 +9,7 @@ from types import SimpleNamespace
 import numpy as np
 import pytest
 from benchmarks import floor, instructions, run
-from benchmarks.plain import PythonEditor
+from harness.python_editor import PythonEditor
 from benchmarks.sketches import POINTS, asked_of, sketch
 from benchmarks.stage import PIXEL, Stage, recorded
 from harness.places import ROOT
