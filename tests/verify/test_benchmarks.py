@@ -1,7 +1,6 @@
 """The benchmarks: the editor in plain Python behaves as the editor, and what is counted exactly."""
 
 import os
-import random
 import subprocess
 import sys
 from types import SimpleNamespace
@@ -11,97 +10,29 @@ import pytest
 from benchmarks import floor, instructions, run
 from harness.python_editor import PythonEditor
 from benchmarks.sketches import POINTS, asked_of, sketch
-from benchmarks.stage import PIXEL, Stage, recorded
+from benchmarks.stage import PIXEL, Stage
 from harness.places import ROOT
 from support.canvas import items, of_kind
-from support.operations import TOOLS
+from support.neighbours import one_of_each
 from support.plain import RecordingCanvas
-from support.types import random_entity
 from tandrel import sketch as geometry
 
 
-def random_sketch(dice):
-    entities = [random_entity(dice, 0.1) for _ in range(dice.randint(0, 25))]
-    return {"plane": dice.choice(geometry.PLANES), "offset": 0.0, "entities": entities}
-
-
-def random_state(dice, editors):
-    """Put both editors into the same state, as a user might have."""
-    entities = editors[0].sk["entities"]
-    scale = editors[0].scale * dice.choice([0.3, 1.0, 3.0])
-    centre = editors[0].centre + [dice.uniform(-0.05, 0.05), dice.uniform(-0.05, 0.05)]
-    tool = dice.choice(TOOLS)
-    points = [np.array([dice.uniform(-0.1, 0.1), dice.uniform(-0.1, 0.1)]) for _ in range(5)]
-    clicks = points[: dice.randint(0, 2) if tool == "slot" else dice.randint(0, 4)]
-    drag = dice.choice([None, {"kind": "new", "start": points[-1]}])
-    selected = dice.choice([None, dice.randrange(len(entities))]) if entities else None
-    snapping, dim, grid = dice.random() < 0.7, dice.choice([2, 3]), dice.choice(["", "1", "7.5"])
-    for editor in editors:
-        editor.scale, editor.centre, editor.dim = scale, centre.copy(), dim
-        editor.clicks, editor.drag, editor.sel = list(clicks), drag, selected
-        editor.cursor = points[-2]
-        editor.tool.set(tool)
-        editor.snap.set(snapping)
-        editor.grid.set(grid)
-
-
-@pytest.fixture(scope="module")
-def references():
+def test_the_editor_in_plain_python_paints_picks_and_snaps_as_the_module_does(open_editor):
+    """Once: the random user compares the same operations after every event."""
     ring = np.array([[0.05, 0.0], [0.0, 0.05], [-0.05, 0.0], [0.0, -0.05]])
-    return [("ring", ring), ("point", ring[:1]), ("none", [])]
-
-
-@pytest.mark.parametrize("seed", range(12))
-class TestPythonEditor:
-    """On random sketches, in random states, on real canvases."""
-
-    @pytest.fixture
-    def editors(self, seed, open_editor, sketcher, references):
-        dice = random.Random(seed)
-        sk = random_sketch(dice)
-        both = [open_editor(sk, cls, references=references) for cls in (None, PythonEditor)]
-        random_state(dice, both)
-        return both
-
-    @pytest.fixture
-    def pixels(self, seed, editors):
-        """Everywhere on the canvas, and close to key points."""
-        dice = random.Random(-seed)
-        found = [(dice.randint(0, 620), dice.randint(0, 460)) for _ in range(30)]
-        for point in editors[0].key_points()[:30]:
-            x, y = editors[0].to_screen(point)
-            found.append((round(x) + dice.randint(-9, 9), round(y) + dice.randint(-9, 9)))
-        return found
-
-    def test_paints_the_same_items(self, editors):
-        pictures = []
-        for editor in editors:
-            editor.redraw()
-            pictures.append(items(editor.canvas))
-        assert pictures[0] == pictures[1]
-        assert len(pictures[0]) > 5
-
-    def test_makes_the_same_calls_on_a_canvas_of_another_kind(self, editors):
-        editor, plain = (
-            [(method.__name__, args, kwargs) for method, args, kwargs in recorded(editor)]
-            for editor in editors
-        )
-        assert editor == plain
-
-    def test_picks_the_same(self, editors, pixels):
-        editor, plain = editors
-        assert [editor.pick(*p) for p in pixels] == [plain.pick(*p) for p in pixels]
-
-    def test_snaps_to_the_same(self, editors, pixels):
-        editor, plain = ([e.snapped(*p).tolist() for p in pixels] for e in editors)
-        assert editor == plain
-
-    def test_has_the_same_key_points_and_view(self, editors, pixels):
-        editor, plain = editors
-        points = [p.tolist() for p in editor.key_points()]
-        assert points == [p.tolist() for p in plain.key_points()]
-        assert [editor.to_screen(p) for p in points] == [plain.to_screen(p) for p in points]
-        assert all(editor.to_world(*p).tolist() == plain.to_world(*p).tolist() for p in pixels)
+    references = [("ring", ring), ("point", ring[:1]), ("none", [])]
+    answers = []
+    for cls in (None, PythonEditor):
+        editor = open_editor(one_of_each(), cls, references=references)
+        editor.select(0)
+        pixels = [(x, y) for x in range(0, 620, 31) for y in range(0, 460, 23)]
+        pixels += [tuple(map(round, editor.to_screen(point))) for point in editor.key_points()]
+        picked = [editor.pick(*pixel) for pixel in pixels]
+        snapped = [editor.snapped(*pixel).tolist() for pixel in pixels]
+        answers.append((items(editor.canvas), picked, snapped))
+    assert answers[0] == answers[1]
+    assert set(answers[0][1]) == {None, 0, 1, 2, 3, 4}
 
 
 @pytest.fixture
