@@ -18,9 +18,9 @@ from collections.abc import Iterable, Iterator
 from pathlib import Path
 from typing import Any
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
+from harness.places import ROOT  # noqa: E402
 from soak.common.suite import quietly, run_tests  # noqa: E402
 
 FOLDER = ROOT / "build" / "coverage"

@@ -21,20 +21,13 @@ import resource
 import sys
 import warnings
 from collections.abc import Callable
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
-from typing import NamedTuple
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
-from harness.places import SEARCH_PATH  # noqa: E402
-
-sys.path[:0] = SEARCH_PATH
-
-from soak.common.watched import Finding, Progress, Telling, watch  # noqa: E402
+from soak.common.watched import Progress, Telling, watch_all  # noqa: E402
 
 BATCH = 500  # cases of one child
 WINDOWS_EVERY = 8
@@ -60,8 +53,7 @@ def main(arguments: list[str] | None = None, command: list[str] | None = None) -
             "PYTHONHASHSEED": "0",  # sets have the same order in every run
             "DISPLAY": display,
         }
-        child = Child(command or COMMAND, environment)
-        return report(seeds, chosen.jobs, child)
+        return report(seeds, chosen.jobs, command or COMMAND, environment)
 
 
 # -- the child ---------------------------------------------------------------------------------
@@ -116,41 +108,29 @@ def bound_memory() -> None:
 # -- the parent --------------------------------------------------------------------------------
 
 
-class Child(NamedTuple):
-    """How a process that runs cases is started."""
+def report(seeds: range, jobs: int, command: list[str], environment: dict[str, str]) -> int:
+    """Run the cases in children, print the findings and the figure; 0 where there are none.
 
-    command: list[str]
-    environment: dict[str, str]
-
-    def findings(self, batch: range) -> list[Finding]:
-        """What is found in these cases; after a crash or a hang another child has the rest."""
-        found: list[Finding] = []
-        while batch:
-            words = ["--child", "--seed", str(batch.start), "--cases", str(len(batch))]
-            told = watch(self.command + words, patience.SECONDS, self.environment)
-            found += (news := [value for kind, value in told if kind == "found"])
-            if not news or not news[-1].fatal or news[-1].step is None:
-                break
-            batch = range(news[-1].step + 1, batch.stop)
-        return found
-
-
-def report(seeds: range, jobs: int, child: Child) -> int:
-    """Run the cases in children, print the findings and the figure; 0 where there are none."""
-    progress = Progress()
+    After a crash or a hang the child's other cases, a batch at most, aren't run.
+    """
     starts = range(seeds.start, seeds.stop, BATCH)
     batches = [range(start, min(start + BATCH, seeds.stop)) for start in starts]
-    done = findings = 0
-    with ThreadPoolExecutor(jobs) as pool:
-        for batch, found in zip(batches, pool.map(child.findings, batches)):
-            done += len(batch)
-            findings += len(found)
-            for finding in found:
-                replay = f"soak/hostile.py --seed {finding.step} --cases 1"
-                print(f"seed {finding.step}: {finding.what}\n  replay: {replay}", flush=True)
-            progress.tell(f"{done:,} cases, {findings} faults")
-    print(f"hostile: {done:,} cases, seed {seeds.start}: {findings} faults")
-    return 1 if findings else 0
+    words = [["--child", "--seed", str(b.start), "--cases", str(len(b))] for b in batches]
+    begun = 0
+    progress = Progress()
+
+    def heard(_kind: str, _seed: int) -> None:
+        nonlocal begun
+        begun += 1
+        progress.tell(f"{begun:,} cases")
+
+    commands = [command + each for each in words]
+    findings = watch_all(commands, patience.SECONDS, heard, environment, jobs)
+    for finding in findings:
+        replay = f"soak/hostile.py --seed {finding.step} --cases 1"
+        print(f"seed {finding.step}: {finding.what}\n  replay: {replay}")
+    print(f"hostile: {begun:,} cases, seed {seeds.start}: {len(findings)} faults")
+    return 1 if findings or begun < len(seeds) else 0
 
 
 if __name__ == "__main__":

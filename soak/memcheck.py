@@ -17,11 +17,10 @@ import tempfile
 from pathlib import Path
 from typing import NamedTuple
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT)]
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness.display import x_server  # noqa: E402
-from harness.places import BUILD, HOST  # noqa: E402
+from harness.places import BUILD, HOST, ROOT  # noqa: E402
 
 OURS = re.compile(r"sketcher\.abi3\.so|\btandrel::")  # in a frame
 VALGRIND = ["valgrind", "--tool=memcheck", "--num-callers=40", "--trace-children=yes"]

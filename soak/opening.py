@@ -17,15 +17,10 @@ from collections.abc import Callable, Iterator, Mapping
 from pathlib import Path
 from typing import Any
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
-from harness.places import SEARCH_PATH  # noqa: E402
-
-sys.path[:0] = SEARCH_PATH
-
 from soak.common import growth  # noqa: E402
 from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
 
@@ -128,7 +123,6 @@ def grown_by(
             windows = stage.root.winfo_children()
             assert windows == [], f"left {windows}"
 
-    memory = growth.resident_kilobytes()
     before = growth.measured(stage.root, watched)
     grew = growth.growth(before, before, watched)
     # One measurement and one growth are kept while the next measurement is taken, from the first.
@@ -148,7 +142,6 @@ def grown_by(
         "cycles": count,
         "grew": grew.by,
         "details": grew.details,
-        "memory": growth.resident_kilobytes() - memory,
     }
 
 
@@ -157,7 +150,7 @@ def grown_by(
 
 def report(command: list[str], environment: Mapping[str, str]) -> int:
     """Run the child, print a row for each way and the figure; 0 where nothing grew."""
-    print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}   memory, kB")
+    print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}")
     progress = Progress()
     rows: list[dict[str, Any]] = []
 
@@ -177,7 +170,7 @@ def report(command: list[str], environment: Mapping[str, str]) -> int:
 
 def row_text(row: dict[str, Any]) -> str:
     cells = [f"{row['grew'][name]:>+{len(name)}}" for name in growth.MEASURES]
-    text = f"{row['way']:<34} {row['cycles']:>7}  {'  '.join(cells)}   {row['memory']:>+10}"
+    text = f"{row['way']:<34} {row['cycles']:>7}  {'  '.join(cells)}"
     return f"{text}\n{row['details']}".rstrip()
 
 

@@ -26,9 +26,9 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import NamedTuple, Optional
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
+from harness.places import ROOT  # noqa: E402
 from soak.common.changes import Change, changes_in  # noqa: E402
 from soak.common.suite import TooSlow, quietly, run_tests  # noqa: E402
 

@@ -16,15 +16,11 @@ from collections.abc import Callable
 from pathlib import Path
 from typing import Any, NamedTuple
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT), str(ROOT / "tests")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness import patience  # noqa: E402
 from harness.display import x_server  # noqa: E402
-from harness.places import SEARCH_PATH  # noqa: E402
-
-sys.path[:0] = SEARCH_PATH
-
+from harness.places import ROOT  # noqa: E402
 from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
 
 SCREEN = (1024, 800)

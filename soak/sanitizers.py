@@ -7,7 +7,7 @@ Leaks are looked for at the end of each Python process, while its interpreter is
 common/usercustomize.py); not in the few that ignore the environment, as Python's own allocator
 hides them there.
 
-    soak/sanitizers.py [tests/test_pointer.py ...] [--with-random-user 1000000]
+    soak/sanitizers.py [tests/test_pointer.py ...] [--with "random_user.py --events 1000000"]
 """
 
 from __future__ import annotations
@@ -15,6 +15,7 @@ from __future__ import annotations
 import argparse
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -24,7 +25,7 @@ from contextlib import contextmanager
 from pathlib import Path
 from typing import NamedTuple
 
-sys.path[:0] = [str(root := Path(__file__).resolve().parent.parent), str(root / "tests")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness.places import ROOT  # noqa: E402
 from soak.common.suite import quietly, run_tests  # noqa: E402
@@ -33,12 +34,6 @@ from support.interpreters import VERSIONS  # noqa: E402
 BUILD = ROOT / "build" / "sanitize"
 AT_EXIT = ROOT / "soak" / "common" / "usercustomize.py"
 MODULE = "sketcher.abi3.so"
-# Other tools that can run: the command and its option for a size.
-TOOLS = {
-    "random user": ("soak/random_user.py", "--events"),
-    "hostile": ("soak/hostile.py", "--cases"),
-    "opening": ("soak/opening.py", "--cycles"),
-}
 NOT_HERE = [
     # AddressSanitizer needs more address space than a limit leaves, and where operator new has
     # no more memory it ends the process.
@@ -64,8 +59,7 @@ def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("tests", nargs="*", default=["tests"], help="all unless told otherwise")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, help="of the test suite")
-    for name in TOOLS:
-        parser.add_argument(f"--with-{name.replace(' ', '-')}", type=int, metavar="N", default=0)
+    parser.add_argument("--with", dest="tool", metavar="COMMAND", help="another tool to run, too")
     options = parser.parse_args(arguments)
     with tempfile.TemporaryDirectory(prefix="sanitizers-") as folder:
         return run_all(options, built(), Path(folder))
@@ -85,12 +79,10 @@ def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
     with sanitized(build, logs):
         passed, tests = run_suite(options.tests, options.jobs, build)
         done = [f"{tests:,} tests"]
-        for name, (script, option) in TOOLS.items():
-            size = getattr(options, f"with_{name.replace(' ', '_')}")
-            if size:
-                status = subprocess.run([sys.executable, script, option, str(size)], cwd=ROOT)
-                passed = passed and status.returncode == 0
-                done.append(f"{name} {size:,}")
+        if options.tool:
+            command = [sys.executable, *shlex.split(options.tool)]
+            passed &= subprocess.run(command, cwd=ROOT / "soak").returncode == 0
+            done.append(options.tool)
     reports = read(logs, build)
     for text in (*reports.faults, *reports.leaks):
         print(text, end="\n\n")

@@ -130,10 +130,3 @@ def growth(before: Measured, after: Measured, watched: Mapping[str, object]) -> 
 def _more(before: Mapping[str, int], after: Mapping[str, int]) -> dict[str, int]:
     more = {name: count - before.get(name, 0) for name, count in after.items()}
     return {name: by for name, by in more.items() if by > 0}
-
-
-def resident_kilobytes() -> int:
-    """The process's memory in use, for information: it includes what allocators keep."""
-    with open("/proc/self/statm", "rb") as numbers:
-        pages = int(numbers.read().split()[1])
-    return pages * os.sysconf("SC_PAGE_SIZE") // 1024

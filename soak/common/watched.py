@@ -116,8 +116,12 @@ def watch_all(
     silence: float,
     heard: Callable[[str, Any], None],
     environment: Mapping[str, str] | None = None,
+    jobs: int | None = None,
 ) -> list[Finding]:
-    """Run children side by side; what they found. Whatever else they tell is heard as it comes."""
+    """Run children, all or so many side by side; what they found, in the order in which it came.
+
+    Whatever else they tell is heard as it comes.
+    """
     findings: list[Finding] = []
     lock = threading.Lock()
 
@@ -126,7 +130,7 @@ def watch_all(
             with lock:
                 findings.append(value) if kind == "found" else heard(kind, value)
 
-    with ThreadPoolExecutor(len(commands)) as pool:
+    with ThreadPoolExecutor(jobs or len(commands)) as pool:
         list(pool.map(listen, commands))
     return findings
 

@@ -50,7 +50,7 @@ class Stage:
         arguments = {"sketch": self.sketch, "references": self.references, **arguments}
         return sketcher.SketchEditor(parent or self.root, **arguments)
 
-    def modal(self, *steps: Callable[[Any], object], **arguments: Any) -> Any:
+    def modal(self, *steps: Step, **arguments: Any) -> Any:
         """Run a dialog; what the steps, called with it while it is modal, leave must be closed."""
         editor = self.open(**arguments)
         failures: list[BaseException] = []
@@ -79,12 +79,18 @@ class Stage:
         self.raised.clear()
 
 
-def click(text: str) -> Callable[[Any], None]:
+Step = Callable[[Any], object]
+Way = Callable[[Stage], None]
+
+# -- what is done in a dialog ------------------------------------------------------------------
+
+
+def click(text: str) -> Step:
     """Press the button of this text."""
     return lambda editor: button(editor, text).invoke()
 
 
-def key(event: str) -> Callable[[Any], None]:
+def key(event: str) -> Step:
     """Run the dialog's own binding of a key, wherever the keyboard focus is."""
 
     def press(editor: Any) -> None:
@@ -104,125 +110,107 @@ def destroy(editor: Any) -> None:
     editor.destroy()
 
 
-def expect(condition: bool, what: str) -> None:
-    if not condition:
-        raise AssertionError(what)
+def begin_outline(editor: Any) -> None:
+    editor.tool.set("line")
+    Send(editor).click(100, 100)
+    assert len(editor.clicks) == 1, "no corner clicked"
 
 
-# -- endings -----------------------------------------------------------------------------------
+def begin_rectangle(editor: Any) -> None:
+    editor.tool.set("rectangle")
+    Send(editor).press(100, 100)
+    Send(editor).drag(150, 150)
 
 
-def accepted(stage: Stage) -> None:
-    result = stage.modal(click("OK"))
-    expect(result == stage.sketch and result is not stage.sketch, "not the edited sketch")
+def draw_rectangle(editor: Any) -> None:
+    begin_rectangle(editor)
+    Send(editor).release(150, 150)
+    assert editor.sk["entities"][-1]["type"] == "rectangle", "not drawn"
 
 
-def accepted_in_a_plane(stage: Stage) -> None:
-    expect(stage.modal(click("OK"), dim=2, allow_plane=False) == stage.sketch, "not the sketch")
+def choose_row(editor: Any) -> None:
+    editor.list.selection_set("1")
+    editor.update()
 
 
-def new_sketch(stage: Stage) -> None:
-    def draw_rectangle(editor: Any) -> None:
-        editor.tool.set("rectangle")
-        Send(editor).stroke((100, 100), (200, 160))
-
-    result = stage.modal(draw_rectangle, click("OK"), sketch=None, title="New")
-    expect([entity["type"] for entity in result["entities"]] == ["rectangle"], "not drawn")
+def be_refused(editor: Any) -> None:
+    with patch.object(sketcher.S, "check", lambda sketch: ["not closed", "too small"]):
+        click("OK")(editor)
+    assert "not closed" in str(editor.status.cget("text")), "no reason shown"
 
 
-def cancelled(stage: Stage) -> None:
-    expect(stage.modal(click("Cancel")) is None, "a result after Cancel")
+def mistype(editor: Any) -> None:
+    editor.offset.set("twelve")
+    click("OK")(editor)
+    assert "number" in str(editor.status.cget("text")), "no reason shown"
+    editor.offset.set("12")
 
 
-def escape_then_cancel(stage: Stage) -> None:
-    def begin_outline(editor: Any) -> None:
-        editor.tool.set("line")
-        Send(editor).click(100, 100)
-        expect(len(editor.clicks) == 1, "no corner clicked")
-
-    stage.modal(begin_outline, key("<Escape>"), click("Cancel"))
-
-
-def window_closed(stage: Stage) -> None:
-    expect(stage.modal(close_window) is None, "a result after closing the window")
-
-
-def destroyed(stage: Stage) -> None:
-    stage.modal(destroy)
+def every_tip(editor: Any) -> None:
+    """Let the pointer rest on each tool; the last tip is up when the dialog goes."""
+    with patch.object(widgets.Tooltip, "DELAY_MS", 0):
+        for tool in TOOLS:
+            choice = tool_button(editor, tool)
+            choice.event_generate("<Enter>")
+            editor.after(1, lambda: None)
+            while not choice.winfo_children():
+                editor.update()
+            if tool != TOOLS[-1]:
+                choice.event_generate("<Leave>")
 
 
-def never_run(stage: Stage) -> None:
+# -- ways --------------------------------------------------------------------------------------
+
+
+def given_up(*steps: Step, **arguments: Any) -> Way:
+    """A dialog that gives nothing back."""
+
+    def way(stage: Stage) -> None:
+        assert stage.modal(*steps, **arguments) is None, "a result"
+
+    return way
+
+
+def accepted(*steps: Step, **arguments: Any) -> Way:
+    """A dialog that gives back a sketch of its own, equal to the caller's if that had shapes."""
+
+    def way(stage: Stage) -> None:
+        result = stage.modal(*steps, click("OK"), **arguments)
+        assert result["entities"] and result is not stage.sketch
+        assert "sketch" in arguments or result["entities"] == stage.sketch["entities"]
+
+    return way
+
+
+def opened_only(stage: Stage) -> None:
     stage.open().destroy()
 
 
-def parent_destroyed(stage: Stage) -> None:
-    parent = tk.Toplevel(stage.root)
-    stage.modal(lambda editor: parent.destroy(), parent=parent)
+def without_its_parent(*steps: Step) -> Way:
+    """A dialog over a window that goes when these steps are done."""
+
+    def way(stage: Stage) -> None:
+        parent = tk.Toplevel(stage.root)
+        stage.modal(*steps, lambda editor: parent.destroy(), parent=parent)
+
+    return way
 
 
-def parent_destroyed_while_drawing(stage: Stage) -> None:
-    parent = tk.Toplevel(stage.root)
+def with_an_error(owner: Any, name: str, act: Step, ending: Step) -> Way:
+    """A dialog in which something is done while a name of an object raises when it is called."""
 
-    def begin(editor: Any) -> None:
-        editor.tool.set("rectangle")
-        Send(editor).press(100, 100)
-        Send(editor).drag(150, 150)
-        parent.destroy()
+    def way(stage: Stage) -> None:
+        def stumble(editor: Any) -> None:
+            with patch.object(owner, name, fail):
+                act(editor)
+            stage.take_raised(Failure)
 
-    stage.modal(begin, parent=parent)
+        stage.modal(stumble, ending)
 
-
-def refused_then_cancelled(stage: Stage) -> None:
-    def refuse(editor: Any) -> None:
-        with patch.object(sketcher.S, "check", lambda sketch: ["not closed", "too small"]):
-            button(editor, "OK").invoke()
-        expect("not closed" in str(editor.status.cget("text")), "no reason shown")
-
-    stage.modal(refuse, click("Cancel"))
+    return way
 
 
-def refused_then_accepted(stage: Stage) -> None:
-    def refuse(editor: Any) -> None:
-        editor.offset.set("twelve")
-        button(editor, "OK").invoke()
-        expect("number" in str(editor.status.cget("text")), "no reason shown")
-        editor.offset.set("12")
-
-    stage.modal(refuse, click("OK"))
-
-
-# -- errors ------------------------------------------------------------------------------------
-
-
-def error_in_a_handler(stage: Stage) -> None:
-    def hover(editor: Any) -> None:
-        with patch.object(sketcher.S, "corners", fail):
-            Send(editor).motion(100, 100)
-        stage.take_raised(Failure)
-
-    stage.modal(hover, destroy)
-
-
-def error_in_ok(stage: Stage) -> None:
-    def accept(editor: Any) -> None:
-        with patch.object(sketcher.S, "check", fail):
-            button(editor, "OK").invoke()
-        stage.take_raised(Failure)
-
-    stage.modal(accept, click("Cancel"))
-
-
-def error_in_the_form(stage: Stage) -> None:
-    def choose(editor: Any) -> None:
-        with patch.object(sketcher, "Form", fail):
-            editor.list.selection_set("1")
-            editor.update()
-        stage.take_raised(Failure)
-
-    stage.modal(choose, destroy)
-
-
-def constructor_fails(*broken: tuple[Any, str], sketch: bool = True) -> Callable[[Stage], None]:
+def constructor_fails(*broken: tuple[Any, str], sketch: bool = True) -> Way:
     """The constructor while these names of these objects raise when they are called."""
 
     def way(stage: Stage) -> None:
@@ -242,11 +230,11 @@ def not_opened(stage: Stage, sketch: Any, cls: Any = None) -> None:
         pass
     else:
         raise AssertionError("the constructor didn't fail")
-    expect(stage.root.winfo_children() == before, "a window is left")
+    assert stage.root.winfo_children() == before, "a window is left"
     stage.raised.clear()  # of laying out, which asks the same neighbours
 
 
-def constructor_fails_at_the_nth_call(name: str) -> Callable[[Stage], None]:
+def constructor_fails_at_the_nth_call(name: str) -> Way:
     """The constructor while a name of the module raises at its n-th call, each n in turn."""
     turn = 0
 
@@ -264,7 +252,7 @@ def constructor_fails_at_the_nth_call(name: str) -> Callable[[Stage], None]:
                 not_opened(stage, stage.sketch)
                 turn += 1
             except AssertionError:
-                expect(left >= 0 and turn > 0, f"{name} wasn't asked")
+                assert left >= 0 and turn > 0, f"{name} wasn't asked"
                 for window in stage.root.winfo_children():
                     window.destroy()
                 turn = 0
@@ -286,23 +274,7 @@ def overridden_build_fails(stage: Stage) -> None:
     not_opened(stage, stage.sketch, After)
 
 
-# -- uses --------------------------------------------------------------------------------------
-
-
-def every_tip(editor: Any) -> None:
-    """Let the pointer rest on each tool; the last tip is up when the dialog goes."""
-    with patch.object(widgets.Tooltip, "DELAY_MS", 0):
-        for tool in TOOLS:
-            choice = tool_button(editor, tool)
-            choice.event_generate("<Enter>")
-            editor.after(1, lambda: None)
-            while not choice.winfo_children():
-                editor.update()
-            if tool != TOOLS[-1]:
-                choice.event_generate("<Leave>")
-
-
-def random_use(seed: int) -> Callable[[Stage], None]:
+def random_use(seed: int) -> Way:
     """A dialog of the random user, the same one each time."""
 
     def way(stage: Stage) -> None:
@@ -319,13 +291,6 @@ def random_use(seed: int) -> Callable[[Stage], None]:
     return way
 
 
-def used(use: Callable[[Any], None], ending: Callable[[Any], None]) -> Callable[[Stage], None]:
-    def way(stage: Stage) -> None:
-        stage.modal(use, ending)
-
-    return way
-
-
 def long_outline(stage: Stage) -> None:
     """An outline that Tk gets by its second command, and one that is refused."""
     turns = np.linspace(0, 2 * np.pi, 65)[:-1]
@@ -334,22 +299,24 @@ def long_outline(stage: Stage) -> None:
     stage.modal(lambda editor: editor.select(0), destroy, sketch={"entities": [ring, crossing]})
 
 
-WAYS: dict[str, Callable[[Stage], None]] = {
-    "OK": accepted,
-    "OK in a plane": accepted_in_a_plane,
-    "OK of a new sketch": new_sketch,
-    "Cancel": cancelled,
-    "Escape, then Cancel": escape_then_cancel,
-    "window closed": window_closed,
-    "destroyed": destroyed,
-    "opened, never run": never_run,
-    "parent destroyed": parent_destroyed,
-    "parent destroyed while drawing": parent_destroyed_while_drawing,
-    "OK refused, then Cancel": refused_then_cancelled,
-    "OK refused, then OK": refused_then_accepted,
-    "error in a handler": error_in_a_handler,
-    "error in OK": error_in_ok,
-    "error in the form": error_in_the_form,
+WAYS: dict[str, Way] = {
+    "OK": accepted(),
+    "OK in a plane": accepted(dim=2, allow_plane=False),
+    "OK of a new sketch": accepted(draw_rectangle, sketch=None, title="New"),
+    "Cancel": given_up(click("Cancel")),
+    "Escape, then Cancel": given_up(begin_outline, key("<Escape>"), click("Cancel")),
+    "window closed": given_up(close_window),
+    "destroyed": given_up(destroy),
+    "opened, never run": opened_only,
+    "parent destroyed": without_its_parent(),
+    "parent destroyed while drawing": without_its_parent(begin_rectangle),
+    "OK refused, then Cancel": given_up(be_refused, click("Cancel")),
+    "OK refused, then OK": accepted(mistype),
+    "error in a handler": with_an_error(
+        sketcher.S, "corners", lambda editor: Send(editor).motion(100, 100), destroy
+    ),
+    "error in OK": with_an_error(sketcher.S, "check", click("OK"), click("Cancel")),
+    "error in the form": with_an_error(sketcher, "Form", choose_row, destroy),
     "constructor: S.new": constructor_fails((sketcher.S, "new"), sketch=False),
     "constructor: deepcopy": constructor_fails((sketcher.copy, "deepcopy")),
     "constructor: outline": constructor_fails((sketcher.S, "outline")),
@@ -361,7 +328,7 @@ WAYS: dict[str, Callable[[Stage], None]] = {
         f"constructor: n-th {name}": constructor_fails_at_the_nth_call(name)
         for name in ("tr", "units", "num_text", "Tooltip", "px")
     },
-    "every tip": used(every_tip, destroy),
+    "every tip": given_up(every_tip, destroy),
     **{f"random use {seed}": random_use(seed) for seed in range(RANDOM_USES)},
     "long outlines": long_outline,
 }

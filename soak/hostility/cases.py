@@ -7,6 +7,7 @@ editor that doesn't work any more, something that is still held after all is gon
 from __future__ import annotations
 
 import gc
+import inspect
 import random
 import sys
 from collections.abc import Callable, Iterator
@@ -37,9 +38,12 @@ ATTRIBUTES = (
     " plane vars points_text _pan offset result"
 ).split()
 REPLACED = "sk sel scale centre canvas vars list props clicks drag refs cursor".split()
-# Those that act on what there is; the others get arguments below.
-PLAIN = "redraw fit _preview _extent key_points grid_step _list_selected apply_props".split()
-PLAIN += "show_props refresh_list close_line cancel_drawing delete ok _plane_changed".split()
+PARAMETERS = {
+    name: set(inspect.signature(getattr(sketcher.SketchEditor, name)).parameters) - {"self", "keep"}
+    for name in METHODS
+}
+# Those that act on what there is, and don't show the dialog and wait.
+PLAIN = [name for name in METHODS if not PARAMETERS[name] and name != "run"]
 
 
 class Token:
@@ -217,9 +221,18 @@ class Case:
             name = dice.choice(sorted(OPERATIONS))
             return lambda: OPERATIONS[name](editor)
         name = dice.choice(METHODS)
-        if name in PLAIN or name not in _ARGUMENTS:
+        if not PARAMETERS[name]:
             return lambda: getattr(editor, dice.choice(PLAIN))()
-        return lambda: getattr(editor, name)(*_ARGUMENTS[name](self))
+        named = {key: self.argument(key) for key in sorted(PARAMETERS[name])}
+        return lambda: getattr(editor, name)(**named)
+
+    def argument(self, name: str) -> Any:
+        """What an operation may get for the parameter of this name."""
+        if name in ("p", "a", "b", "d"):
+            return self.point()
+        if name in ("e", "ent"):
+            return self.dice.choice([self.pointer, self.an_entity])()
+        return self.dice.choice([None, 0, 1, 99]) if name == "i" else self.number()
 
     def pointer(self) -> Any:
         return Event(self.number(), self.number())
@@ -280,29 +293,6 @@ class Case:
             if isinstance(getattr(editor, name), (dict, list, float)):
                 setattr(editor, name, hostile(getattr(editor, name), self.attack))
         return editor
-
-
-_ARGUMENTS: dict[str, Callable[[Case], tuple[Any, ...]]] = {
-    "_ok": lambda case: (case.an_entity(),),
-    "to_screen": lambda case: (case.point(),),
-    "to_world": lambda case: (case.number(), case.number()),
-    "_zoom": lambda case: (case.number(), case.number(), case.number()),
-    "_pan_start": lambda case: (case.pointer(),),
-    "_pan_move": lambda case: (case.pointer(),),
-    "snapped": lambda case: (case.number(), case.number()),
-    "_dimensions": lambda case: (case.an_entity(),),
-    "_motion": lambda case: (case.pointer(),),
-    "_press": lambda case: (case.pointer(),),
-    "_drag": lambda case: (case.pointer(),),
-    "_release": lambda case: (case.pointer(),),
-    "_from_drag": lambda case: (case.point(), case.point()),
-    "_slot": lambda case: (case.point(), case.point(), case.point()),
-    "add": lambda case: (case.an_entity(),),
-    "pick": lambda case: (case.number(), case.number()),
-    "select": lambda case: (case.dice.choice([None, 0, 1, 99, case.number()]),),
-    "_moved": lambda case: (case.an_entity(), case.point()),
-    "_build": lambda case: (case.number(),),
-}
 
 
 @contextmanager

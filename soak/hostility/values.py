@@ -7,7 +7,7 @@ from __future__ import annotations
 
 import math
 import os
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from typing import Any
 
 from soak.hostility.attack import Attack
@@ -30,32 +30,35 @@ class _Hostile:
         self.attack.hit(f"{type(self).__name__}.{name}")
 
 
+def _striking(base: type, striking: str, lying: str = "") -> Callable[[type], Any]:
+    """Has methods of a base strike before they answer; those that lie may answer nonsense."""
+
+    def method(name: str, lies: bool) -> Callable[..., Any]:
+        real = getattr(base, name)
+
+        def strike(self: Any, *arguments: Any) -> Any:
+            self.hit(name)
+            if lies:
+                return self.attack.answer(lambda: real(self, *arguments))
+            return real(self, *arguments)
+
+        return strike
+
+    def made(cls: type) -> type:
+        for name in striking.split() + lying.split():
+            setattr(cls, name, method(name, name in lying.split()))
+        return cls
+
+    return made
+
+
+@_striking(dict, "__setitem__ setdefault __contains__", lying="__getitem__ get")
 class HostileDict(_Hostile, dict[Any, Any]):
     """A dictionary whose methods strike and lie."""
 
     def __init__(self, value: dict[Any, Any], attack: Attack) -> None:
         dict.__init__(self, value)
         self.attack = attack
-
-    def __getitem__(self, key: Any) -> Any:
-        self.hit("__getitem__")
-        return self.attack.answer(lambda: dict.__getitem__(self, key))
-
-    def __setitem__(self, key: Any, value: Any) -> None:
-        self.hit("__setitem__")
-        dict.__setitem__(self, key, value)
-
-    def get(self, key: Any, default: Any = None) -> Any:
-        self.hit("get")
-        return self.attack.answer(lambda: dict.get(self, key, default))
-
-    def setdefault(self, key: Any, default: Any = None) -> Any:
-        self.hit("setdefault")
-        return dict.setdefault(self, key, default)
-
-    def __contains__(self, key: Any) -> bool:
-        self.hit("__contains__")
-        return dict.__contains__(self, key)
 
     def __bool__(self) -> bool:
         self.hit("__bool__")
@@ -66,6 +69,7 @@ class HostileDict(_Hostile, dict[Any, Any]):
         return self.attack.answer(lambda: HostileDict(self, self.attack))
 
 
+@_striking(list, "append", lying="__getitem__")
 class HostileList(_Hostile, list[Any]):
     """A list that tells wrong lengths, changes while it is read, and may never end."""
 
@@ -80,10 +84,6 @@ class HostileList(_Hostile, list[Any]):
             return self.attack.dice.choice(LENGTHS)
         return list.__len__(self)
 
-    def __getitem__(self, index: Any) -> Any:
-        self.hit("__getitem__")
-        return self.attack.answer(lambda: list.__getitem__(self, index))
-
     def __iter__(self) -> Iterator[Any]:
         for item in list.__iter__(self):
             self.hit("__iter__")
@@ -97,10 +97,6 @@ class HostileList(_Hostile, list[Any]):
         self.hit("__bool__")
         return list.__len__(self) > 0
 
-    def append(self, item: Any) -> None:
-        self.hit("append")
-        list.append(self, item)
-
 
 class HostileNumber(_Hostile):
     """No number by its class; converted to one it strikes, and is another one each time."""
@@ -110,69 +106,38 @@ class HostileNumber(_Hostile):
     def __init__(self, value: Any, attack: Attack) -> None:
         self.value, self.attack = value, attack
 
-    def _told(self, name: str) -> Any:
-        self.hit(name)
+    def _told(self, _other: Any = None) -> Any:
+        self.hit("arithmetic")
         return self.attack.answer(lambda: self.value)
 
-    def __float__(self) -> float:
-        return self._told("__float__")
+    __float__ = __neg__ = __abs__ = __add__ = __radd__ = __sub__ = __rsub__ = _told
+    __mul__ = __rmul__ = __truediv__ = __rtruediv__ = __mod__ = __rmod__ = _told
 
     def __index__(self) -> int:
-        return int(self._told("__index__"))
+        return int(self._told())
 
     def __bool__(self) -> bool:
         self.hit("__bool__")
         return True
 
     def __eq__(self, other: object) -> bool:
-        return bool(self._told("__eq__") == other)
+        return bool(self._told() == other)
 
     def __lt__(self, other: Any) -> bool:
-        return bool(self._told("__lt__") < other)
+        return bool(self._told() < other)
 
     def __gt__(self, other: Any) -> bool:
-        return bool(self._told("__gt__") > other)
-
-    def _calculated(self, _other: Any = None) -> float:
-        return self._told("arithmetic")
-
-    __add__ = __radd__ = __sub__ = __rsub__ = __mul__ = __rmul__ = _calculated
-    __truediv__ = __rtruediv__ = __mod__ = __rmod__ = __neg__ = __abs__ = _calculated
+        return bool(self._told() > other)
 
 
+@_striking(float, "__float__ __lt__ __add__ __radd__")
 class HostileFloat(_Hostile, float):
     """A number that strikes when it is compared or calculated with."""
 
-    attack: Attack
 
-    def __float__(self) -> float:
-        self.hit("__float__")
-        return float.__add__(self, 0.0)
-
-    def __lt__(self, other: Any) -> bool:
-        self.hit("__lt__")
-        return float.__lt__(self, other)
-
-    def __add__(self, other: Any) -> float:
-        self.hit("__add__")
-        return float.__add__(self, other)
-
-    __radd__ = __add__
-
-
+@_striking(str, "__eq__ __str__")
 class HostileText(_Hostile, str):
     """A text that strikes when it is compared."""
-
-    attack: Attack
-    __hash__ = str.__hash__
-
-    def __eq__(self, other: object) -> bool:
-        self.hit("__eq__")
-        return str.__eq__(self, other)
-
-    def __str__(self) -> str:
-        self.hit("__str__")
-        return str.__str__(self)
 
 
 def hostile(value: Any, attack: Attack) -> Any:

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import tkinter as tk
 from typing import Any, NamedTuple
 
 # Everything goes back as text but coordinates, which Tcl hands over as the doubles they are.
@@ -104,8 +103,3 @@ class Eye:
     def strays(self) -> str:
         """Options that no item should have."""
         return str(self._tk.call("soak::strays", self._canvas))
-
-
-def has_windows(root: tk.Tk) -> bool:
-    """Whether a dialog stands open over a main window."""
-    return any(isinstance(child, tk.Toplevel) for child in root.winfo_children())

@@ -16,7 +16,7 @@ from soak.user import random_sketches
 from soak.user.checks import Fault, Ledger, check_errors, check_screen, check_state, demand, same
 from soak.user.habits import Habits
 from soak.user.hands import Action, Hands
-from soak.user.screen import Eye, has_windows
+from soak.user.screen import Eye
 from soak.user.shadow import Shadow
 from tandrel.gui.i18n import languages, set_language
 from tandrel.gui.widgets import SYSTEMS, main_window, set_units
@@ -137,7 +137,7 @@ class Dialog:
         check_errors(expected, raised, self._session.sound)
         self._check_given()
         if expected:
-            demand(not has_windows(self._root), "a dialog that couldn't be made is left")
+            demand(not self._root.winfo_children(), "a dialog that couldn't be made is left")
             return None
         return shadow
 
