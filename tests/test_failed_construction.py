@@ -6,7 +6,6 @@ import tkinter as tk
 import pytest
 
 from support.neighbours import circle, one_of_each
-from support.plain import Recorder
 from support.widgets import tcl_state
 
 pytestmark = pytest.mark.usefixtures("neighbours", "only_new_garbage")
@@ -28,83 +27,36 @@ def what_is_left(root, neighbours):
     return tcl_state(root)
 
 
-def fail_unit(name):
-    def prepare(monkeypatch, sketcher, neighbours):
-        neighbours.units.fail[name] = lambda *args: Failure(name)
-
-    return prepare
-
-
-def fail_sketch(name):
-    def prepare(monkeypatch, sketcher, neighbours):
-        neighbours.S.fail[name] = lambda *args: Failure(name)
-
-    return prepare
+# Names of the module and operations of the class that raise when they are called, what neighbours
+# are asked for, and what is missing from a palette or a table.
+CALLED = "copy.deepcopy tr units num_text px Tooltip describe".split()
+CALLED += "_default_grid _extent _build refresh_list show_props fit redraw".split()
+ASKED = "units.from_si units.unit S.outline S.depths".split()
+MISSING = "PAL.panel PAL.line PAL.bg TOOL_TIPS.slot".split()
 
 
-def fail_name(name, replacement=raising):
-    def prepare(monkeypatch, sketcher, neighbours):
-        monkeypatch.setattr(sketcher, name, replacement)
-
-    return prepare
-
-
-def fail_palette(key):
-    def prepare(monkeypatch, sketcher, neighbours):
-        del neighbours.PAL[key]
-
-    return prepare
-
-
-def fail_operation(name):
-    def prepare(monkeypatch, sketcher, neighbours):
-        monkeypatch.setattr(sketcher.SketchEditor, name, raising)
-
-    return prepare
+def let_fail(patch, sketcher, name):
+    """Let what has this name fail; the error that comes of it."""
+    owner, _, part = name.rpartition(".")
+    of = getattr(sketcher, owner) if owner else sketcher
+    if name in MISSING:
+        patch.delitem(of, part)
+        return KeyError
+    if name in ASKED:
+        patch.setitem(of.fail, part, lambda *args: Failure(name))
+    else:
+        patch.setattr(of if hasattr(of, part) else sketcher.SketchEditor, part, raising)
+    return Failure
 
 
-def fail_last_tip(monkeypatch, sketcher, neighbours):
-    tips = dict(sketcher.TOOL_TIPS)
-    del tips["slot"]
-    monkeypatch.setattr(sketcher, "TOOL_TIPS", tips)
-
-
-def fail_describe(monkeypatch, sketcher, neighbours):
-    monkeypatch.setattr(sketcher, "describe", raising)
-
-
-FAILURES = {
-    "copy": (fail_name("copy", Recorder(deepcopy=raising)), Failure),
-    "tr": (fail_name("tr"), Failure),
-    "units": (fail_name("units"), Failure),
-    "from_si": (fail_unit("from_si"), Failure),
-    "unit": (fail_unit("unit"), Failure),
-    "num_text": (fail_name("num_text"), Failure),
-    "px": (fail_name("px"), Failure),
-    "Tooltip": (fail_name("Tooltip"), Failure),
-    "outline": (fail_sketch("outline"), Failure),
-    "depths": (fail_sketch("depths"), Failure),
-    "no panel colour": (fail_palette("panel"), KeyError),
-    "no line colour": (fail_palette("line"), KeyError),
-    "no background colour": (fail_palette("bg"), KeyError),
-    "tip missing": (fail_last_tip, KeyError),
-    "describe": (fail_describe, Failure),
-    **{
-        name: (fail_operation(name), Failure)
-        for name in "_default_grid _extent _build refresh_list show_props fit redraw".split()
-    },
-}
-
-
-@pytest.mark.parametrize("name", FAILURES)
+@pytest.mark.parametrize("name", CALLED + ASKED + MISSING)
 def test_failing_constructor_leaves_nothing_behind(
     root, sketcher, neighbours, monkeypatch, open_editor, name
 ):
     open_editor(one_of_each()).destroy()
     before = what_is_left(root, neighbours)
-    prepare, error = FAILURES[name]
     with monkeypatch.context() as patch:
-        prepare(patch, sketcher, neighbours)
+        error = let_fail(patch, sketcher, name)
         with pytest.raises(error) as caught:
             sketcher.SketchEditor(root, one_of_each())
         del caught
@@ -115,20 +67,13 @@ def test_failing_constructor_leaves_nothing_behind(
     assert what_is_left(root, neighbours) == before
 
 
-@pytest.mark.parametrize("failing", ["new", "references", "sketch", "entities"])
-def test_bad_arguments_leave_no_window(root, sketcher, neighbours, failing):
-    arguments = {"sketch": one_of_each(), "references": ()}
-    if failing == "new":
-        neighbours.S.fail["new"] = TypeError("new")
-        arguments["sketch"] = None
-    elif failing == "references":
-        arguments["references"] = 5
-    elif failing == "sketch":
-        arguments["sketch"] = 5
-    else:
-        arguments["sketch"] = {"entities": 5}
+@pytest.mark.parametrize(
+    "sketch, references", [(None, ()), (one_of_each(), 5), (5, ()), ({"entities": 5}, ())]
+)
+def test_bad_arguments_leave_no_window(root, sketcher, neighbours, sketch, references):
+    neighbours.S.fail["new"] = TypeError("new")
     with pytest.raises((TypeError, AttributeError)):
-        sketcher.SketchEditor(root, **arguments)
+        sketcher.SketchEditor(root, sketch, references=references)
     assert root.winfo_children() == []
 
 
