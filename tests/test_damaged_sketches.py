@@ -56,33 +56,25 @@ class TestRepaintingEnds:
         assert others(editor) == AXES_AND_DOT
         return grid_lines(editor)
 
-    @pytest.mark.parametrize("step", [NAN, INF, -INF, -1.0, -5e-324, -1e308, np.float64(NAN)])
-    def test_with_a_step_that_is_no_finite_length(self, neighbours, step):
-        assert self.repaint(step) == []
+    FAR = [1e17, -1e17, 1e20, -1e30, 1e300, -1.7e308]
 
     @pytest.mark.parametrize(
-        "step, scale, most",
-        [(step, 40.0, 2) for step in (0, 0.0, -0.0, np.float64(0))]
-        + [(1.0, scale, 2) for scale in (NAN, INF, -1.0, -INF)]
-        + [(1.0, scale, 72) for scale in (1e300, 1e308, 1e16, 1e-16, 1e-300)],
+        "step, attributes, most",
+        [(step, {}, 0) for step in (NAN, INF, -INF, -1.0, -5e-324, -1e308, np.float64(NAN))]
+        + [(step, {}, 2) for step in (0, 0.0, -0.0, np.float64(0))]
+        + [(1.0, {"scale": scale}, 2) for scale in (NAN, INF, -1.0, -INF)]
+        + [(1.0, {"scale": scale}, 72) for scale in (1e300, 1e308, 1e16, 1e-16, 1e-300)]
+        + [(1.0, {"centre": np.array([far, 0.0])}, 0) for far in (NAN, INF, -INF)]
+        + [(1.0, {"centre": np.array([0.0, far])}, 0) for far in (NAN, INF, -INF)]
+        + [(1.0, {"centre": np.array([far, 0.0])}, 14) for far in FAR]
+        + [(1.0, {"centre": np.array([0.0, far])}, 14) for far in FAR]
+        + [
+            (None, {"grid": Var(text)}, 72)
+            for text in ("0", "-1", "nan", "inf", "1e-320", "1e308", "5e-324", "")
+        ],
     )
-    def test_with_a_step_or_a_scale_of_no_sense(self, neighbours, step, scale, most):
-        assert len(self.repaint(step, scale=scale)) <= most
-
-    @pytest.mark.parametrize(
-        "far, most",
-        [(far, 0) for far in (NAN, INF, -INF)]
-        + [(far, 14) for far in (1e17, -1e17, 1e20, -1e30, 1e300, -1.7e308)],
-    )
-    @pytest.mark.parametrize("axis", [0, 1])
-    def test_with_a_centre_that_is_nowhere_or_far_away(self, neighbours, far, most, axis):
-        centre = np.zeros(2)
-        centre[axis] = far
-        assert len(self.repaint(1.0, centre=centre)) <= most
-
-    @pytest.mark.parametrize("text", ["0", "-1", "nan", "inf", "1e-320", "1e308", "5e-324", ""])
-    def test_with_any_text_in_the_grid_field(self, neighbours, text):
-        assert len(self.repaint(grid=Var(text))) <= 72
+    def test_with_a_step_a_scale_or_a_centre_of_no_sense(self, neighbours, step, attributes, most):
+        assert len(self.repaint(step, **attributes)) <= most
 
     @pytest.mark.parametrize("step", [5e-324, 1e-300, 1e-30, 1e-11])
     def test_with_a_tiny_step_the_lines_are_still_ten_pixels_apart(self, neighbours, step):

@@ -255,18 +255,6 @@ class TestDefaultGrid:
         with pytest.raises(OverflowError):
             editor._default_grid()
 
-    def test_the_default_grid_asks_the_module_s_own_math(self, editor, sketcher, monkeypatch):
-        asked = []
-
-        class Counted:
-            def __getattr__(self, name):
-                return lambda value: asked.append((name, value)) or getattr(math, name)(value)
-
-        editor._extent = lambda: (np.zeros(2), np.array([2000.0, 7.0]))
-        monkeypatch.setattr(sketcher, "math", Counted())
-        assert editor._default_grid() == 100
-        assert asked == [("log10", 100.0), ("floor", 2.0)]
-
 
 @pytest.mark.parametrize(
     "operation",

@@ -268,17 +268,6 @@ class TestPress:
             editor._press(Event(230, 100))
         assert editor.cursor.tolist() == [3.0, 5.0]
 
-    def test_closing_measures_from_the_first_corner_of_many(self, editor):
-        closed = []
-        editor.tool.set("line")
-        editor.close_line = lambda: closed.append(1)
-        editor.clicks = [point(0, 0), point(5, 0), point(5, 5), point(9, 9), point(0, 5)]
-        editor._press(Event(201, 149))
-        assert closed == [1]
-        editor._press(Event(253, 151))
-        assert closed == [1]
-        assert len(editor.clicks) == 6
-
     def test_a_slot_that_fails_keeps_its_ends(self, editor):
         def fail(a, b, p):
             raise RuntimeError("broken")

@@ -9,7 +9,7 @@ import pytest
 
 from support.events import focus
 from support.neighbours import circle, one_of_each, slot
-from support.plain import Event
+from support.plain import Event, PlainEditor, Var
 from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
@@ -66,6 +66,20 @@ def test_replaced_copy_is_used(open_editor, replaced, sketcher):
     editor.apply_props()
     editor._press(Event(*editor.to_screen((0.0, 0.0))))
     assert through.asked == ["deepcopy"] * 3
+
+
+@pytest.mark.parametrize(
+    "operation, asked",
+    [
+        (lambda e: e._default_grid(), ["log10", "floor"]),
+        (lambda e: e._from_drag(np.zeros(2), np.ones(2)), ["atan2", "degrees"]),
+    ],
+)
+def test_replaced_math_is_asked(replaced, operation, asked):
+    editor, through = PlainEditor(tool=Var("regular")), Through(math)
+    replaced("math", through)
+    operation(editor)
+    assert through.asked == asked
 
 
 def test_replaced_math_is_used(replaced, sketcher):

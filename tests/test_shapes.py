@@ -1,7 +1,6 @@
 """Shapes built from the points of a drag or of three clicks."""
 
 import copy
-import math
 import random
 
 import pytest
@@ -142,16 +141,3 @@ class TestFromDrag:
 
         made = sketcher.SketchEditor._from_drag(Tools(), point(0, 0), point(0, 2))
         assert made["n"] == 4
-
-
-def test_the_angle_of_a_drag_is_the_module_s_own_math_s(sketcher, monkeypatch):
-    asked = []
-
-    class Counted:
-        def __getattr__(self, name):
-            return lambda *args: asked.append((name, args)) or getattr(math, name)(*args)
-
-    editor = PlainEditor(tool=Var("regular"))
-    monkeypatch.setattr(sketcher, "math", Counted())
-    assert editor._from_drag(point(1, 1), point(1, 4))["angle"] == 90.0
-    assert asked == [("atan2", (3.0, 0.0)), ("degrees", (math.atan2(3.0, 0.0),))]

@@ -191,24 +191,6 @@ class TestSnapped:
         editor.to_world = lambda x, y: mine
         assert editor.snapped(0, 0) is mine
 
-    @pytest.mark.parametrize("pixel", [(208.99, 150), (206.3, 156.3), (200, 150)])
-    def test_the_module_s_own_measure_of_distance_counts(
-        self, editor, sketcher, monkeypatch, pixel
-    ):
-        class Halved:
-            def __getattr__(self, name):
-                return getattr(math, name)
-
-            def hypot(self, dx, dy):
-                return math.hypot(dx, dy) / 2
-
-        editor.snap = Var(False)
-        far = (2 * pixel[0] - 200, 2 * pixel[1] - 150)
-        if pixel != (200, 150):
-            assert is_point(editor.snapped(*far), *editor.to_world(*far))
-        monkeypatch.setattr(sketcher, "math", Halved())
-        assert is_point(editor.snapped(*far), 0.0, 0.0)
-
     def test_an_overridden_to_screen_gets_the_key_points_themselves(self, editor):
         corner = np.array([9.0, 9.0])
         asked = []
