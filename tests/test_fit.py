@@ -6,8 +6,7 @@ import random
 import numpy as np
 import pytest
 from support.neighbours import circle, one_of_each, rectangle
-from support.plain import PlainEditor, same_number
-from support.views import is_point
+from support.plain import PlainEditor, is_point, same_number
 
 NAN, INF = math.nan, math.inf
 

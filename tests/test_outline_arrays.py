@@ -3,8 +3,7 @@
 import numpy as np
 import pytest
 from support.neighbours import circle, polygon
-from support.plain import PlainEditor, Var
-from support.views import is_point
+from support.plain import PlainEditor, Var, is_point
 
 POINTS = [[1.0, 2.0], [4.0, -1.0], [3.0, 3.0]]
 

@@ -175,9 +175,6 @@ class TestMoved:
         assert list(result) == list(before)
         assert card.sample == before
 
-    def test_is_reached_through_an_editor_too(self, editor):
-        assert editor._moved(circle(), (1, 2)) == circle(1.0, 2.0)
-
     def test_shares_nothing_with_the_entity(self, moved):
         entity = {**polygon(), "extra": {"list": [1, 2]}}
         result = moved(entity, (0, 0))
@@ -202,33 +199,17 @@ class TestMoved:
         result = moved({"type": "arcs", **pairs, "w": 5.0}, (1, 2))
         assert list(result.values()) == ["arcs", 1.0, 2.0, 1.0, 2.0, 1.0, 2.0, 1.0, 2.0, 5.0]
 
-    def test_points_belong_to_outlines_only(self, moved):
-        entity = {"type": "arcs", "points": [[0, 0]]}
-        assert moved(entity, (1, 2)) == entity
-
-    def test_a_second_key_alone_is_not_moved(self, moved):
-        assert moved({"type": "arcs", "y": 1.0, "y2": 2}, (5, 5)) == {
-            "type": "arcs",
-            "y": 1.0,
-            "y2": 2,
-        }
-
     @pytest.mark.parametrize(
-        "first, second", [("x", "y"), ("xc", "yc"), ("x1", "y1"), ("x2", "y2")]
+        "entity", [{"type": "arcs", "points": [[0, 0]]}, {"type": "arcs", "y": 1.0, "y2": 2}]
     )
-    def test_a_missing_second_key_is_an_error(self, moved, first, second):
-        entity = {"type": "arcs", first: 1.0}
-        with pytest.raises(KeyError, match=second):
-            moved(entity, (1, 2))
-        assert entity == {"type": "arcs", first: 1.0}
-
-    def test_a_missing_type_is_an_error(self, moved):
-        with pytest.raises(KeyError, match="type"):
-            moved({"x": 1.0, "y": 1.0}, (1, 2))
+    def test_points_of_no_outline_and_a_second_key_alone_are_not_moved(self, moved, entity):
+        assert moved(entity, (1, 2)) == entity
 
     @pytest.mark.parametrize(
         "entity, d, error",
         [
+            *(({"type": "arcs", key: 1.0}, (1, 2), KeyError) for key in ("x", "xc", "x1", "x2")),
+            ({"x": 1.0, "y": 1.0}, (1, 2), KeyError),
             (circle("left"), (1, 2), ValueError),
             (circle(None), (1, 2), TypeError),
             (circle(), (1,), IndexError),

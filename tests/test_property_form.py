@@ -12,19 +12,6 @@ from support.widgets import walk
 
 pytestmark = pytest.mark.usefixtures("neighbours")
 
-HINT = "Select a shape to type its exact size."
-
-
-# --- without a selection
-
-
-def test_hint_replaces_the_form(select):
-    editor = select(circle())
-    variables = editor.vars
-    editor.select(None)
-    assert [w.cget("text") for w in editor.props.winfo_children()] == [HINT]
-    assert editor.vars is variables
-
 
 # --- the fields
 

@@ -7,9 +7,8 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 from support.neighbours import circle, rectangle, slot
-from support.plain import PlainEditor, Var
+from support.plain import PlainEditor, Var, is_point, random_views
 from support.types import CARDS
-from support.views import is_point, random_views
 
 NAN, INF = math.nan, math.inf
 

@@ -2,8 +2,7 @@
 
 import numpy as np
 import pytest
-from support.plain import Event, PlainEditor, same_number
-from support.views import is_point, random_views
+from support.plain import Event, PlainEditor, is_point, random_views, same_number
 
 
 @pytest.fixture

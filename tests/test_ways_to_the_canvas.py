@@ -285,17 +285,12 @@ def test_any_colour_looks_the_same_either_way(selected, sketcher, monkeypatch, r
 
 @pytest.mark.parametrize("detour", [False, True])
 def test_what_tk_refuses_is_its_error_either_way(editor, sketcher, monkeypatch, detour):
-    monkeypatch.setattr(sketcher, "PAL", {**sketcher.PAL, "bg": "no such colour"})
+    """A colour, and to paint on a canvas that is gone."""
     if detour:
         through_methods(editor.canvas)
-    with pytest.raises(tk.TclError, match="no such colour"):
+    with monkeypatch.context() as patch, pytest.raises(tk.TclError, match="no such colour"):
+        patch.setattr(sketcher, "PAL", {**sketcher.PAL, "bg": "no such colour"})
         editor.redraw()
-
-
-@pytest.mark.parametrize("detour", [False, True])
-def test_a_canvas_that_is_gone_is_tk_s_error_either_way(editor, detour):
-    if detour:
-        through_methods(editor.canvas)
     editor.canvas.destroy()
     with pytest.raises(tk.TclError):
         editor.redraw()

@@ -1,13 +1,10 @@
 """Opening and closing at a small size, and that whatever a way leaves behind is told."""
 
-import sys
-from pathlib import Path
 
 import pytest
 from soak import opening
 from soak.common.growth import MEASURES
 
-ROOT = Path(__file__).resolve().parents[2]
 NOTHING = ", ".join(f"{measure} +0" for measure in MEASURES)
 
 
@@ -19,8 +16,7 @@ def test_nothing_is_left_of_any_way(capsys):
 
 
 PLANTED = """
-import os, signal, sys, time, tkinter as tk
-sys.path[:0] = [{root!r}, {tests!r}]
+import os, signal
 from soak import opening
 
 kept = []
@@ -64,16 +60,9 @@ opening.serve(10, [name], {{name: WAYS[name]}})
 
 
 @pytest.fixture
-def planted(tmp_path, capsys):
-    """What the tool tells of a way that leaves something behind: its status and lines."""
-
-    def run(way):
-        script = tmp_path / "planted.py"
-        script.write_text(PLANTED.format(root=str(ROOT), tests=str(ROOT / "tests"), way=way))
-        status = opening.main([], [sys.executable, str(script)])
-        return status, capsys.readouterr().out.splitlines()
-
-    return run
+def planted(told_of):
+    """What the tool tells of a way that leaves something behind."""
+    return lambda way: told_of(opening, PLANTED.format(way=way))
 
 
 def test_a_way_that_leaves_nothing(planted):
