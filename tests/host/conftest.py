@@ -13,9 +13,12 @@ import pytest
 import tandrel.gui
 from demo.draughtsman import Draughtsman
 from harness.display import x_server
+from harness.places import HOST
 from harness.user import User, play
 from support.application import Person, shown
 from support.roots import close_root, open_root
+from support.shapes import document
+from tandrel import storage
 from tandrel.application import progress
 from tandrel.application.recovery import Recovery
 from tandrel.application.session import Session
@@ -24,7 +27,6 @@ from tandrel.application.window import App
 from tandrel.gui import i18n, theme, widgets
 
 LOCALE = Path(i18n.__file__).parent / "locale"
-FLANGE = LOCALE.parents[2] / "parts" / "flange.json"
 
 
 @pytest.fixture(scope="session")
@@ -91,19 +93,31 @@ def large_root(screen_of):
 @pytest.fixture
 def part(tmp_path):
     """A copy of the flange."""
-    return Path(shutil.copy(FLANGE, tmp_path))
+    return Path(shutil.copy(HOST / "parts" / "flange.json", tmp_path))
+
+
+@pytest.fixture
+def part_of(tmp_path):
+    """part_of(*entities, name): the file of a part with these shapes."""
+
+    def write(*entities, name="part"):
+        path = tmp_path / f"{name}.json"
+        storage.write(path, document(*entities, name=name))
+        return path
+
+    return write
 
 
 @pytest.fixture
 def start(request, catalogues):
-    """start(path, found, root): the application's window, shown; on the shared root unless told."""
+    """start(path, root): the application's window, shown; on the shared root unless told."""
 
-    def open_window(path=None, found=(), root=None):
+    def open_window(path=None, root=None):
         root = root or request.getfixturevalue("root")
         root.geometry("")
         widgets.install(root)
         path = None if path is None else os.fspath(path)
-        started = App(root, Session(Recovery()), Settings.load(), path, found)
+        started = App(root, Session(Recovery()), Settings.load(), path)
         shown(started)
         return started
 

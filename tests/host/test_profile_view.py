@@ -5,22 +5,15 @@ import math
 import numpy as np
 import pytest
 from harness.user import find, until
-from support.application import in_editor
+from support.application import fills, in_editor, outlines
 from support.events import settle
 from tandrel.gui.widgets import PAL
-
-DISC = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
 
 
 @pytest.fixture
 def view(start, part):
     """The view of the flange."""
     return start(part).view
-
-
-def outlines(view):
-    items = [i for i in view.find_all() if view.type(i) == "polygon"]
-    return [np.array(view.coords(i)).reshape(-1, 2) for i in items]
 
 
 def wheel(view, x, y, notches):
@@ -106,8 +99,7 @@ def test_an_edit_keeps_the_view_and_another_part_is_shown_whole(start, part):
 def test_of_a_view_close_by_what_is_out_of_sight_is_not_painted(view):
     x, y = outlines(view)[1][0]
     wheel(view, round(x), round(y), 20)
-    shown = [view.itemcget(i, "fill") for i in view.find_all() if view.type(i) == "polygon"]
-    assert shown == [PAL["accent_soft"], PAL["panel"]]
+    assert fills(view) == [PAL["accent_soft"], PAL["panel"]]
     assert sum(map(len, outlines(view))) < 5000
 
 
@@ -121,12 +113,11 @@ def test_a_hand_zooms_and_pans(acted, part):
         yield until(lambda: view._scale > 1.7 * scale, "three notches")
         assert place(view, 120, 130) == pytest.approx(before, abs=1e-9)
         for button in (2, 3):
-            before = place(view, 120, 130)
+            dragged = place(view, 120, 130)
             yield from person.over(view, 120, 130)
             person.press(button)
             yield from person.over(view, 150, 110)
             person.release(button)
-            dragged = before
             yield until(lambda: np.allclose(place(view, 150, 110), dragged), "the profile to come")
         person.key("ctrl+0")
         yield until(lambda: view._scale == view._fitted_scale(view._box), "all of it")

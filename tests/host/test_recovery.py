@@ -2,19 +2,19 @@
 
 import json
 import os
-import signal
-import subprocess
-import sys
+from dataclasses import replace
 from datetime import datetime, timedelta, timezone
 from pathlib import Path
 
 import pytest
+from harness.places import HOST
 from support.children import before_calls, in_child, kill_oneself
+from support.shapes import document
 from tandrel import storage
 from tandrel.application.recovery import Recovery
-from tandrel.storage import Document, SketchFileError
+from tandrel.application.session import Session
+from tandrel.storage import SketchFileError
 
-HOST = Path(storage.__file__).parents[1]
 FLANGE = HOST / "parts" / "flange.json"
 
 
@@ -24,7 +24,7 @@ def folder(tmp_path):
 
 
 def part(number):
-    return Document(f"bore {number}", {"plane": "XY", "offset": number, "entities": []})
+    return document(name=f"bore {number}", offset=number)
 
 
 def left_by_a_crash(folder, *numbers, path=None):
@@ -44,32 +44,17 @@ def found(folder):
     return in_child(lambda: " ".join(r.document.name for r in Recovery(folder).found()))
 
 
-WORK = """
-import sys
-from pathlib import Path
-from tandrel.application.recovery import Recovery
-from tandrel.application.session import Session
-session = Session(Recovery(Path(sys.argv[1])))
-session.open(sys.argv[2])
-sketch = dict(session.document.sketch, offset=0.25)
-assert session.accept(sketch) and not session.autosave_failed
-print("accepted", flush=True)
-sys.stdin.read()
-"""
-
-
 def test_an_accepted_edit_outlives_a_killed_program(folder):
-    command = [sys.executable, "-X", "dev", "-c", WORK, folder, os.path.relpath(FLANGE)]
-    environment = {**os.environ, "PYTHONPATH": str(HOST)}
-    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
-    with subprocess.Popen(command, env=environment, **pipes) as program:
-        assert program.stdout.readline() == b"accepted\n"
-        assert Recovery(folder).found() == []
-        program.kill()
-    assert program.returncode == -signal.SIGKILL
+    def work():
+        session = Session(Recovery(folder))
+        session.open(os.path.relpath(FLANGE))
+        assert session.accept({**session.document.sketch, "offset": 0.25})
+        kill_oneself()
+
+    assert in_child(work) is None
     (record,) = Recovery(folder).found()
-    assert record.document.sketch == {**storage.read(FLANGE).sketch, "offset": 0.25}
-    assert record.document.references == storage.read(FLANGE).references
+    flange = storage.read(FLANGE)
+    assert record.document == replace(flange, sketch={**flange.sketch, "offset": 0.25})
     assert record.path == str(FLANGE)
     assert timedelta(0) <= datetime.now(timezone.utc) - record.saved_at < timedelta(minutes=5)
     record.discard()
@@ -82,36 +67,26 @@ def test_a_program_s_latest_document_takes_the_place_of_the_one_before(folder):
     assert len(list(folder.iterdir())) == 2
 
 
-def test_killed_before_any_call_a_program_leaves_its_last_or_present_document(tmp_path):
+@pytest.mark.parametrize("earlier, last", [([1], "bore 1"), ([], "")])
+def test_killed_before_any_call_a_program_leaves_its_last_or_present_document(
+    tmp_path, earlier, last
+):
     seen, ended = [], None
     while ended is None:
         folder = tmp_path / str(len(seen))
 
         def work():
             recovery = Recovery(folder)
-            recovery.keep(part(1), None)
+            for number in earlier:
+                recovery.keep(part(number), None)
             before_calls(lambda number: number == len(seen) and kill_oneself())
             recovery.keep(part(2), None)
 
         ended = in_child(work)
         seen.append(found(folder))
-    assert set(seen) == {"bore 1", "bore 2"} and len(seen) > 5
+    assert set(seen) == {last, "bore 2"} and len(seen) > 5
     assert seen == sorted(seen) and ended == "None"
-
-
-def test_killed_at_its_first_record_a_program_leaves_it_or_nothing(tmp_path):
-    seen, ended = [], None
-    while ended is None:
-        folder = tmp_path / str(len(seen))
-
-        def work():
-            before_calls(lambda number: number == len(seen) and kill_oneself())
-            Recovery(folder).keep(part(1), None)
-
-        ended = in_child(work)
-        seen.append(found(folder))
-    assert set(seen) == {"", "bore 1"} and len(seen) > 5
-    assert not [file for file in tmp_path.glob("*/*") if file.suffix == ".damaged"]
+    assert not list(tmp_path.glob("*/*.damaged"))
 
 
 def test_dropped_work_is_gone_and_new_work_is_kept_again(folder):
@@ -216,14 +191,10 @@ def test_a_folder_that_can_t_be_read_offers_nothing(folder, tmp_path):
         Recovery(folder).keep(part(1), None)
 
 
-@pytest.mark.parametrize(
-    "named, place",
-    [("/elsewhere", "/elsewhere"), ("not/absolute", "{home}/.local/state"), ("", None)],
-)
-def test_the_usual_folder_is_where_the_environment_says(monkeypatch, tmp_path, named, place):
-    monkeypatch.setenv("HOME", str(tmp_path))
+@pytest.mark.parametrize("named, place", [("/elsewhere", "/elsewhere"), ("", "/.local/state")])
+def test_the_usual_folder_is_where_the_environment_says(monkeypatch, named, place):
+    monkeypatch.setenv("HOME", "/")
     monkeypatch.setenv("XDG_STATE_HOME", named)
-    place = (place or "{home}/.local/state").format(home=tmp_path)
     assert Recovery().folder == Path(place, "tandrel")
 
 

@@ -4,20 +4,24 @@ import copy
 import json
 import re
 import resource
+from contextlib import nullcontext
+from functools import reduce
+from operator import getitem
 from pathlib import Path
 
 import numpy as np
 import pytest
+from harness.places import HOST
 from hypothesis import given
 from hypothesis import strategies as st
 from support.children import in_child
-from support.shapes import EVERY_KIND
-from tandrel import sketch, storage
+from support.neighbours import circle, regular
+from support.shapes import EVERY_KIND, document
+from tandrel import storage
 from tandrel.kinds import KINDS
 from tandrel.progress import Stopped
 from tandrel.storage import Document, SketchFileError
 
-HOST = Path(storage.__file__).parents[1]
 FLANGE = HOST / "parts" / "flange.json"
 
 number = st.floats(allow_nan=False, allow_infinity=False)
@@ -65,134 +69,92 @@ def refused(tmp_path):
     return read
 
 
-def test_the_flange_is_a_sound_part():
-    flange = storage.read(FLANGE)
-    assert flange.name == "Mounting flange"
-    assert sketch.check(flange.sketch) == []
-    assert sketch.depths(flange.sketch) == [0, 1, 1, 1, 1, 1, 1, 2, 3]
-    kinds = [e["type"] for e in flange.sketch["entities"]]
-    assert kinds == ["rectangle"] + 5 * ["circle"] + ["slot"] + 2 * ["circle"]
-
-
 @given(documents)
-def test_what_is_written_is_read_number_by_number(tmp_path_factory, document):
+def test_what_is_written_is_read_number_by_number(tmp_path_factory, part):
     path = tmp_path_factory.mktemp("files") / "sketch.json"
-    before = copy.deepcopy(document)
-    storage.write(path, document)
-    assert storage.read(path) == document == before
-    assert repr(storage.read(path).sketch) == repr(document.sketch)
+    before = copy.deepcopy(part)
+    storage.write(path, part)
+    assert storage.read(path) == part == before
+    assert repr(storage.read(path).sketch) == repr(part.sketch)
 
 
-def test_a_file_may_be_without_references(content, tmp_path):
+def test_a_file_may_be_without_references(content):
     del content["references"]
-    path = tmp_path / "sketch.json"
-    path.write_text(json.dumps(content))
-    assert storage.read(path).references == []
+    assert storage.loads(json.dumps(content).encode()).references == []
 
 
-def test_whole_numbers_are_read_as_lengths(content, tmp_path):
+def test_whole_numbers_are_read_as_lengths(content):
     content["sketch"]["offset"] = 2
-    path = tmp_path / "sketch.json"
-    path.write_text(json.dumps(content))
-    assert repr(storage.read(path).sketch["offset"]) == "2.0"
+    assert repr(storage.loads(json.dumps(content).encode()).sketch["offset"]) == "2.0"
 
 
-def test_numbers_of_numpy_are_written_as_plain_ones(tmp_path):
-    circle = {"type": "circle", "xc": np.float64(0.5), "yc": 0, "r": np.float64(1)}
-    document = Document("part", {"plane": "XY", "offset": 0.0, "entities": [circle]})
-    storage.write(tmp_path / "sketch.json", document)
-    (read,) = storage.read(tmp_path / "sketch.json").sketch["entities"]
-    assert read == {"type": "circle", "xc": 0.5, "yc": 0.0, "r": 1.0}
+def test_numbers_of_numpy_are_written_as_plain_ones():
+    entity = circle(np.float64(0.5), 0, np.float64(1))
+    (read,) = storage.loads(storage.dumps(document(entity))).sketch["entities"]
+    assert read == circle(0.5, 0.0, 1.0)
 
 
 def test_a_file_saved_again_is_the_same_line_by_line():
     assert storage.dumps(storage.read(FLANGE)) == FLANGE.read_bytes()
 
 
-def set_at(place, value):
-    """A change of one value in a file's content; `...` takes the key away."""
-
-    def change(content):
-        *way, last = place
-        for step in way:
-            content = content[step]
-        if value is ...:
-            del content[last]
-        else:
-            content[last] = value
-
-    return change
-
-
-ENTITY = ["sketch", "entities", 1]
 EXPECTED = " / ".join(KINDS)
 
 
 @pytest.mark.parametrize(
-    "place, value, message",
+    "line, place, value, why",
     [
-        (["format"], "other", 'line 2, format: expected "tandrel sketch", found "other"'),
-        (["version"], 0, "line 3, version: expected 1, found 0"),
-        (["version"], True, "line 3, version: expected 1, found true"),
-        (["version"], 1.0, "line 3, version: expected 1, found 1.0"),
+        (2, "format", "other", 'expected "tandrel sketch", found "other"'),
+        (3, "version", 0, "expected 1, found 0"),
+        (3, "version", True, "expected 1, found true"),
+        (3, "version", 1.0, "expected 1, found 1.0"),
+        (3, "version", 2, "the file was written by a newer version of this program"),
+        (5, "length_unit", "mm", 'expected "m", found "mm"'),
+        (4, "name", 7, "expected a text, found 7"),
+        (24, "extra", 0, "this key is not known"),
+        (6, "sketch", [], "expected an object, found []"),
+        (8, "sketch.offset", "0", 'expected a finite number, found "0"'),
+        (8, "sketch.offset", True, "expected a finite number, found true"),
+        (8, "sketch.offset", None, "expected a finite number, found null"),
+        (9, "sketch.entities", {}, "expected a list, found {}"),
+        (11, "sketch.entities[1]", 3, "expected an object, found 3"),
+        (11, "sketch.entities[1].type", "spline", f'expected {EXPECTED}, found "spline"'),
+        (11, "sketch.entities[1].type", [1], f"expected {EXPECTED}, found [1]"),
+        (11, "sketch.entities[1].raduis", 1, "this key is not known"),
+        (22, "references[0].points[2]", [1.0], "expected a pair of numbers, found [1.0]"),
         (
-            ["version"],
-            2,
-            "line 3, version: the file was written by a newer version of this program",
-        ),
-        (["version"], ..., 'line 1: "version" is missing'),
-        (["length_unit"], "mm", 'line 5, length_unit: expected "m", found "mm"'),
-        (["name"], 7, "line 4, name: expected a text, found 7"),
-        (["extra"], 0, "line 24, extra: this key is not known"),
-        (["not a\nname"], 0, 'line 24, ["not a\\nname"]: this key is not known'),
-        (["sketch"], [], "line 6, sketch: expected an object, found []"),
-        (
-            ["sketch", "offset"],
-            "0",
-            'line 8, sketch.offset: expected a finite number, found "0"',
-        ),
-        (
-            ["sketch", "offset"],
-            True,
-            "line 8, sketch.offset: expected a finite number, found true",
-        ),
-        (
-            ["sketch", "offset"],
-            None,
-            "line 8, sketch.offset: expected a finite number, found null",
-        ),
-        (["sketch", "plane"], ..., 'line 6, sketch: "plane" is missing'),
-        (["sketch", "entities"], {}, "line 9, sketch.entities: expected a list, found {}"),
-        (ENTITY, 3, "line 11, sketch.entities[1]: expected an object, found 3"),
-        (
-            [*ENTITY, "type"],
-            "spline",
-            f'line 11, sketch.entities[1].type: expected {EXPECTED}, found "spline"',
-        ),
-        (
-            [*ENTITY, "type"],
-            [1],
-            f"line 11, sketch.entities[1].type: expected {EXPECTED}, found [1]",
-        ),
-        ([*ENTITY, "type"], ..., 'line 11, sketch.entities[1]: "type" is missing'),
-        ([*ENTITY, "r"], ..., 'line 11, sketch.entities[1]: "r" is missing'),
-        ([*ENTITY, "raduis"], 1, "line 11, sketch.entities[1].raduis: this key is not known"),
-        (
-            ["references", 0, "points", 2],
-            [1.0],
-            "line 22, references[0].points[2]: expected a pair of numbers, found [1.0]",
-        ),
-        (
-            ["references", 0, "points", 2, 1],
+            22,
+            "references[0].points[2][1]",
             "x" * 99,
-            "line 22, references[0].points[2][1]: expected a finite number, found " f'"{38 * "x"}…',
+            f'expected a finite number, found "{38 * "x"}…',
         ),
     ],
 )
-def test_a_damaged_file_is_refused_by_line_and_key(content, refused, place, value, message):
-    set_at(place, value)(content)
+def test_a_damaged_file_is_refused_by_line_and_key(content, refused, line, place, value, why):
+    *way, last = [int(step) if step.isdigit() else step for step in re.findall(r"\w+", place)]
+    reduce(getitem, way, content)[last] = value
     # In the lines of a saved file, whatever it holds.
-    assert refused(storage._laid_out(content).encode()) == message
+    assert refused(storage._laid_out(content).encode()) == f"line {line}, {place}: {why}"
+
+
+@pytest.mark.parametrize(
+    "place, key, where",
+    [
+        ([], "version", "line 1"),
+        (["sketch"], "plane", "line 6, sketch"),
+        (["sketch", "entities", 1], "type", "line 11, sketch.entities[1]"),
+        (["sketch", "entities", 1], "r", "line 11, sketch.entities[1]"),
+    ],
+)
+def test_a_missing_key_is_named(content, refused, place, key, where):
+    del reduce(getitem, place, content)[key]
+    assert refused(storage._laid_out(content).encode()) == f'{where}: "{key}" is missing'
+
+
+def test_a_key_that_is_no_name_is_quoted(content, refused):
+    content["not a\nname"] = 0
+    told = refused(storage._laid_out(content).encode())
+    assert told == 'line 24, ["not a\\nname"]: this key is not known'
 
 
 DIGITS = 38 * "1" + "1…"
@@ -285,11 +247,11 @@ def test_a_file_cut_short_is_refused_where_it_ends(refused, cut):
 def test_whatever_is_damaged_is_read_or_refused(at, new, gone):
     data = FLANGE.read_bytes()
     try:
-        document = storage.loads(data[:at] + new + data[at + gone :])
+        part = storage.loads(data[:at] + new + data[at + gone :])
     except SketchFileError as error:
         assert re.fullmatch(r"line \d+(, [\w\[].*)?: .+", str(error))
     else:
-        assert storage.loads(storage.dumps(document)) == document
+        assert storage.loads(storage.dumps(part)) == part
 
 
 def test_a_mark_before_the_text_is_no_part_of_it():
@@ -321,35 +283,28 @@ def test_a_long_reading_tells_how_far_it_is():
 def test_a_long_reading_can_be_stopped_at_any_time(damage):
     data = many(3_000).replace(b'"references"', damage + b'"references"')
     told = []
-
-    def count(done):
-        told.append(done)
-
-    try:
-        storage.loads(data, count)
-    except SketchFileError:
-        assert damage
+    with pytest.raises(SketchFileError) if damage else nullcontext():
+        storage.loads(data, told.append)
     assert len(told) > 5
-    for last in range(len(told)):
+    for last in range(1, len(told) + 1):
 
         def stop(_done):
             told.append(_done)
-            if len(told) > last:
+            if len(told) == last:
                 raise Stopped
 
         told.clear()
         with pytest.raises(Stopped):
             storage.loads(data, stop)
-        assert len(told) == last + 1
+        assert len(told) == last
 
 
 def test_a_count_too_long_to_be_read_is_not_written():
-    entity = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0, "angle": 0.0, "n": 10**309}
-    document = Document("part", {"plane": "XY", "offset": 0.0, "entities": [entity]})
+    part = document(regular(n=10**309))
     with pytest.raises(SketchFileError, match=r"^sketch.entities\[0\].n: expected a whole number"):
-        storage.dumps(document)
-    entity["n"] = 2**1023 - 1
-    assert storage.loads(storage.dumps(document)) == document
+        storage.dumps(part)
+    part = document(regular(n=2**1023 - 1))
+    assert storage.loads(storage.dumps(part)) == part
 
 
 @pytest.mark.parametrize(
@@ -360,9 +315,9 @@ def test_a_count_too_long_to_be_read_is_not_written():
 def test_what_could_not_be_read_is_not_written(tmp_path, damage):
     path = tmp_path / "sketch.json"
     path.write_text("as it was")
-    document = storage.read(FLANGE)
-    document.sketch["offset"] = damage
+    part = storage.read(FLANGE)
+    part.sketch["offset"] = damage
     with pytest.raises(SketchFileError, match="^sketch.offset: expected a finite number, found "):
-        storage.write(path, document)
+        storage.write(path, part)
     assert path.read_text() == "as it was"
     assert [path.name for path in tmp_path.iterdir()] == ["sketch.json"]

@@ -8,9 +8,8 @@ from support.application import dialogs, in_editor, labels, shown
 from support.events import Send, settle
 from support.types import CARDS
 from support.widgets import walk
-from tandrel import storage
 from tandrel.application.dialogs import Question
-from tandrel.gui import i18n
+from tandrel.gui import i18n, widgets
 
 LANGUAGES = ("en", "de", "fr", "zh", "qps")
 # The part's own name, units, planes, axes and keys: the same in every language.
@@ -32,12 +31,9 @@ def language(start, catalogues, monkeypatch, request):
 
 
 @pytest.fixture
-def every_type(tmp_path):
+def every_type(part_of):
     """A file with a shape of each type."""
-    sketch = {"plane": "XY", "offset": 0.0, "entities": [card.sample for card in CARDS]}
-    path = tmp_path / "TEST.json"
-    storage.write(path, storage.Document("TEST", sketch))
-    return path
+    return part_of(*(card.sample for card in CARDS), name="TEST")
 
 
 def texts_in(window):
@@ -223,16 +219,21 @@ IN_EVERY_LANGUAGE = pytest.mark.parametrize("language", LANGUAGES, indirect=True
 @SCREENS
 @IN_EVERY_LANGUAGE
 def test_nothing_is_cut_off_in_the_smallest_window(language, start, every_type, screen):
+    i18n.set_language("en")
     app = start(every_type, root=screen)
-    width, height = app.root.minsize()
-    app.root.geometry(f"{width}x{height}")
-    settle(app.root, lambda: app.root.winfo_width() == width)
-    app.perform("save")
-    shown(app)
-    assert list(cut_off(app.root)) == []
-    app.new()
-    shown(app)
-    assert list(cut_off(app.root)) == []
+    app.language_choice.set(language)
+    app.perform("change_language")
+    for name in widgets.SYSTEMS:
+        app.unit_choice.set(name)
+        app.perform("change_units")
+        width, height = app.root.minsize()
+        app.root.geometry(f"{width}x{height}")
+        settle(app.root, lambda: app.root.winfo_width() == width)
+        assert list(cut_off(app.root)) == []
+    for operation in ("save", "new"):
+        app.perform(operation)
+        shown(app)
+        assert list(cut_off(app.root)) == []
     (text,) = [i for i in app.view.find_all() if app.view.type(i) == "text"]
     x1, y1, x2, y2 = app.view.bbox(text)
     assert 0 < x1 and x2 < app.view.winfo_width() and 0 < y1 and y2 < app.view.winfo_height()

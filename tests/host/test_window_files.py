@@ -5,13 +5,12 @@ import time
 
 import pytest
 from support.application import accept_bore, answering, choose, in_editor, labels, state
-from support.events import settle
+from support.neighbours import circle
+from support.shapes import document
 from tandrel import exchange, profile, storage
 from tandrel.application.recovery import Recovery
 from tandrel.application.settings import Settings
 from tandrel.progress import Stopped
-
-CIRCLE = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
 
 
 def radius(path):
@@ -69,10 +68,13 @@ def test_a_missing_or_damaged_file_gives_a_message(start, tmp_path, data, why):
 
 def test_a_part_stays_open_where_the_next_can_t_be_read(start, part, tmp_path):
     app = start(part)
-    app.open(str(tmp_path / "missing.json"))
-    assert "missing.json" in app.message.cget("text")
-    assert app.session.path == str(part)
-    assert app.name.cget("text") == "Mounting flange"
+    before = app.session.document
+    (tmp_path / "bad.dxf").write_bytes(b"\0\1\2 no drawing")
+    for name in ("missing.json", "bad.dxf"):
+        app.open(str(tmp_path / name))
+        assert f"{name} can't be opened" in app.message.cget("text")
+        assert (app.session.document, app.session.path) == (before, str(part))
+        assert app.name.cget("text") == "Mounting flange"
     app.open(str(part))
     assert app.message.cget("style") == "Muted.TLabel"
 
@@ -102,11 +104,8 @@ def test_the_file_dialog_opens_a_part(start, part, picks):
 
 
 @pytest.mark.parametrize("step", ["read", "contours"])
-def test_stopping_while_a_file_opens_leaves_everything(start, part, tmp_path, monkeypatch, step):
-    other = tmp_path / "other.json"
-    storage.write(other, storage.Document("Other", {"plane": "XY", "offset": 0.0, "entities": []}))
-    app = start(part)
-    in_editor(app, accept_bore)
+def test_stopping_while_a_file_opens_leaves_everything(changed, part, part_of, monkeypatch, step):
+    app, other = changed, part_of(name="other")
     before, drawn = app.session.document, app.view.find_all()
 
     def stop(*_):
@@ -121,16 +120,14 @@ def test_stopping_while_a_file_opens_leaves_everything(start, part, tmp_path, mo
     assert app.view.find_all() == drawn
     assert app.message.cget("text").startswith("Stopped.")
     app.open(str(other))
-    assert app.name.cget("text") == "Other"
+    assert app.name.cget("text") == "other"
 
 
 # Recent files.
 
 
-def test_files_are_found_again(start, part, tmp_path):
-    app = start(part)
-    other = tmp_path / "other.json"
-    other.write_bytes(part.read_bytes())
+def test_files_are_found_again(start, part, part_of):
+    app, other = start(part), part_of(name="other")
     app.open(str(other))
     assert Settings.load().recent == [str(other), str(part)]
     first, second = labels(app.menus["recent"])
@@ -140,9 +137,8 @@ def test_files_are_found_again(start, part, tmp_path):
     assert Settings.load().recent == [str(part), str(other)]
 
 
-def test_a_file_that_has_gone_leaves_the_list(start, part, tmp_path):
-    other = tmp_path / "other.json"
-    other.write_bytes(part.read_bytes())
+def test_a_file_that_has_gone_leaves_the_list(start, part, part_of):
+    other = part_of(name="other")
     app = start(other)
     app.open(str(part))
     other.unlink()
@@ -200,6 +196,8 @@ def test_saving_under_another_name_leaves_the_first_file(changed, part, tmp_path
     assert asked[0]["initialfile"] == "flange.json"
     assert (radius(part), radius(other)) == (0.031, 0.033)
     assert changed.session.path == str(other)
+    assert changed.name.cget("text") == "other" == storage.read(other).name
+    assert changed.root.title() == "other – tandrel"
     picks("")
     changed.perform("save_as")
     assert changed.session.path == str(other)
@@ -258,13 +256,6 @@ def test_what_was_written_here_is_overwritten_without_asking(changed, part):
     assert (asked, radius(part)) == ([], 0.03)
 
 
-def test_saving_under_another_name_names_the_part(changed, tmp_path, picks):
-    picks(tmp_path / "cover.json")
-    changed.perform("save_as")
-    assert changed.name.cget("text") == "cover" == storage.read(tmp_path / "cover.json").name
-    assert changed.root.title() == "cover – tandrel"
-
-
 # Work that isn't saved.
 
 
@@ -299,7 +290,7 @@ def test_leaving_stays_where_saving_fails(changed, part, full_disk, leaves):
 
 def test_leaving_stays_where_no_file_is_picked(start, picks, leaves):
     app = start()
-    app.session.adopt(storage.Document("Import", {**_empty(), "entities": [CIRCLE]}))
+    app.session.adopt(document(circle()))
     picks("")
     answering(app.root, "save")
     assert not leaves(app)
@@ -310,34 +301,27 @@ def test_leaving_without_unsaved_work_doesn_t_ask(start, part, leaves):
     assert leaves(start(part))
 
 
-def _empty():
-    return {"plane": "XY", "offset": 0.0, "entities": []}
-
-
 # Recovered work.
 
 
 @pytest.fixture
 def lost(tmp_path):
     """What programs that are gone left: two sketches, the older first."""
-    documents = [
-        storage.Document(name, {**_empty(), "entities": [{**CIRCLE, "r": r}]})
-        for name, r in (("Older", 0.01), ("Newer", 0.02))
-    ]
-    for document in documents:
+    parts = [document(circle(r=r), name=name) for name, r in (("Older", 0.01), ("Newer", 0.02))]
+    for part in parts:
         recovery = Recovery()
-        recovery.keep(document, str(tmp_path / "lost.json"))
+        recovery.keep(part, str(tmp_path / "lost.json"))
         # The lock goes with its program; here the program goes on.
         os.close(recovery._claim._handle)
         time.sleep(0.02)
-    return documents
+    return parts
 
 
 def records():
     return len(list(Recovery().folder.glob("*.sketch")))
 
 
-def offered(start, path, *answers):
+def offered(start, *answers):
     app = start()
     asked = answering(app.root, *answers)
     app._one_at_a_time(lambda: app.offer(Recovery().found()))
@@ -345,7 +329,7 @@ def offered(start, path, *answers):
 
 
 def test_lost_work_is_offered_and_taken_up(start, lost):
-    app, asked = offered(start, None, "take")
+    app, asked = offered(start, "take")
     assert len(asked) == 1 and asked[0].startswith("Newer has unsaved changes of 2")
     assert app.session.document.sketch == lost[1].sketch
     assert app.size.cget("text") == "40 mm × 40 mm"
@@ -357,27 +341,20 @@ def test_lost_work_is_offered_and_taken_up(start, lost):
 
 @pytest.mark.parametrize("answers", [("later", "later"), (None, None), ("drop", None, "later")])
 def test_lost_work_outlasts_a_wrong_key(start, lost, answers):
-    app, asked = offered(start, None, *answers)
+    app, asked = offered(start, *answers)
     assert len(asked) == len(answers)
     assert records() == 2
     assert not app.session.dirty
 
 
 def test_lost_work_that_nobody_wants_goes(start, lost):
-    app, asked = offered(start, None, "drop", "drop", "later")
+    app, asked = offered(start, "drop", "drop", "later")
     assert asked[1] == "Discard the unsaved changes to Newer for good?"
     assert records() == 1
 
 
-def test_lost_work_is_offered_at_the_start(root, start, lost, part):
-    answering(root, "take")
-    app = start(part, Recovery().found())
-    settle(root, lambda: app.session.dirty)
-    assert app.name.cget("text") == "Newer"
-
-
 def test_a_record_stays_where_taking_it_up_can_t_be_recorded(start, lost, full_disk):
-    app, _ = offered(start, None, "take")
+    app, _ = offered(start, "take")
     assert app.session.dirty
     assert records() == 2
 
@@ -385,26 +362,9 @@ def test_a_record_stays_where_taking_it_up_can_t_be_recorded(start, lost, full_d
 # Drawings.
 
 
-@pytest.fixture
-def drawing(tmp_path):
-    """A DXF drawing of a circle of 10 mm."""
-    path = tmp_path / "ring.dxf"
-    exchange.export(storage.Document("ring", {**_empty(), "entities": [CIRCLE]}), path)
-    return path
-
-
-@pytest.fixture
-def without_units(drawing):
-    """The same without a word on its units."""
-    import ezdxf
-
-    content = ezdxf.readfile(drawing)
-    content.header["$INSUNITS"] = 0
-    content.saveas(drawing)
-    return drawing
-
-
-def test_a_drawing_is_opened_like_a_sketch(start, drawing, picks):
+def test_a_drawing_is_opened_like_a_sketch(start, tmp_path, picks):
+    drawing = tmp_path / "ring.dxf"
+    exchange.export(document(circle(r=0.01)), drawing)
     app = start(drawing)
     assert app.size.cget("text") == "20 mm × 20 mm"
     assert app.session.path is None and app.session.dirty
@@ -415,35 +375,6 @@ def test_a_drawing_is_opened_like_a_sketch(start, drawing, picks):
         app.perform(operation)
         assert {".dxf", ".DXF", ".svg", ".SVG"} <= {*asked[-1]["filetypes"][0][1]}
     assert app.size.cget("text") == "20 mm × 20 mm"
-
-
-@pytest.mark.parametrize("unit, size", [("mm", "20 mm × 20 mm"), ("in", "508 mm × 508 mm")])
-def test_missing_units_are_asked_for(start, without_units, unit, size):
-    app = start()
-    asked = answering(app.root, unit)
-    app.open(str(without_units))
-    assert "ring.dxf" in asked[0]
-    assert app.size.cget("text") == size
-
-
-def test_without_an_answer_on_units_nothing_changes(start, part, without_units):
-    app = start(part)
-    before = app.session.document
-    answering(app.root, None)
-    app.open(str(without_units))
-    assert app.session.document is before
-    assert app.root.title() == "Mounting flange – tandrel"
-    assert app.message.cget("text") == "ring.dxf isn't opened. Everything is as it was."
-
-
-def test_a_damaged_drawing_gives_a_message(start, part, tmp_path):
-    path = tmp_path / "bad.dxf"
-    path.write_bytes(b"\0\1\2 no drawing")
-    app = start(part)
-    before = app.session.document
-    app.open(str(path))
-    assert "bad.dxf can't be opened" in app.message.cget("text")
-    assert app.session.document is before
 
 
 # What the window tells.

@@ -4,7 +4,7 @@ import math
 
 import ezdxf
 import pytest
-from support.application import answering, dialogs
+from support.application import answering, dialogs, outlines
 from support.events import settle
 from tandrel.application.importing import Layers, Report
 
@@ -28,6 +28,11 @@ def rectangle(space, u, v, w, h, layer="0"):
     space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
 
 
+def too_large(space, drawing):
+    """In inches."""
+    rectangle(space, 0, 0, 370, 370)
+
+
 def with_frame(space, drawing):
     rectangle(space, 0, 0, 297, 210, "FRAME")
     rectangle(space, 50, 50, 100, 60, "PART")
@@ -48,10 +53,6 @@ def with_texts(space, drawing):
 
 def size(app):
     return app.size.cget("text")
-
-
-def message(app):
-    return app.message.cget("text")
 
 
 def ticking(root, *toggled, ends=True):
@@ -79,14 +80,26 @@ def ticking(root, *toggled, ends=True):
 def test_units_that_make_no_part_are_asked_about(start, drawn, unit, shown):
     app = start()
     asked = answering(app.root, unit)
-    app.open(str(drawn(lambda space, _: rectangle(space, 0, 0, 370, 370), units=1)))
-    assert "9398 mm × 9398 mm" in asked[0]
+    app.open(str(drawn(too_large, units=1)))
+    assert asked[0].startswith("part.dxf") and "9398 mm × 9398 mm" in asked[0]
     assert size(app) == shown
+
+
+@pytest.mark.parametrize("draw", [too_large, with_frame])
+def test_without_an_answer_nothing_changes(start, part, drawn, draw):
+    app = start(part)
+    before = app.session.document
+    answering(app.root, None)
+    ticking(app.root, ends=False)
+    app.open(str(drawn(draw, units=1 if draw is too_large else 4)))
+    assert app.session.document is before
+    assert app.root.title() == "Mounting flange – tandrel"
+    assert app.message.cget("text") == "part.dxf isn't opened. Everything is as it was."
 
 
 def test_a_unit_from_the_command_line_is_not_asked_about(start, drawn):
     app = start()
-    app.open(str(drawn(lambda space, _: rectangle(space, 0, 0, 370, 370), units=1)), "mm")
+    app.open(str(drawn(too_large, units=1)), "mm")
     assert size(app) == "370 mm × 370 mm"
     (report,) = dialogs(app.root, Report)
     assert report.list.item("0", "text").startswith("The drawing says that its unit is in")
@@ -107,15 +120,6 @@ def test_the_frame_of_the_sheet_is_left_out_unless_it_is_ticked(start, drawn):
     assert dialogs(app.root, Report) == []
 
 
-def test_without_layers_nothing_can_be_imported(start, drawn):
-    app = start()
-    before = app.session.document
-    ticking(app.root, "PART", ends=False)
-    app.open(str(drawn(with_frame)))
-    assert app.session.document is before
-    assert "isn't opened" in message(app)
-
-
 @pytest.mark.parametrize("answer, shown", [("go on", "10 mm × 10 mm"), ("stay", ""), (None, "")])
 def test_an_outline_is_not_lost_silently(start, drawn, answer, shown):
     app = start()
@@ -126,21 +130,19 @@ def test_an_outline_is_not_lost_silently(start, drawn, answer, shown):
 
 
 def test_what_was_left_out_is_listed_and_shown(start, drawn):
-    app = start()
-    app.open(str(drawn(with_texts)))
+    app = start(drawn(with_texts))
     (report,) = dialogs(app.root, Report)
     rows = [report.list.item(row, "text") for row in report.list.get_children()]
     assert rows == [
         "Left out (3): texts, near u = 200 mm, v = 20 mm",
         "Left out (1): points, near u = 10 mm, v = 10 mm",
     ]
-    assert "the list tells" in message(app)
+    assert "the list tells" in app.message.cget("text")
     report.button.invoke()
     (ring,) = [i for i in app.view.find_withtag("mark") if app.view.type(i) == "oval"]
     x1, y1, x2, y2 = app.view.coords(ring)
     # It lies to the right of the profile, which makes room for it.
-    outlines = [i for i in app.view.find_all() if app.view.type(i) == "polygon"]
-    assert x1 > app.view.bbox(*outlines)[2]
+    assert x1 > max(outline[:, 0].max() for outline in outlines(app.view))
     assert x2 < app.view.winfo_width() and math.isclose(x2 - x1, y2 - y1)
     report.close()
     assert app.view.find_withtag("mark") == ()
@@ -151,8 +153,7 @@ def test_what_has_no_place_cannot_be_shown(start, drawn):
         rectangle(space, 0, 0, 100, 50)
         rectangle(space, 0, 0, 100, 50)
 
-    app = start()
-    app.open(str(drawn(twice)))
+    app = start(drawn(twice))
     (report,) = dialogs(app.root, Report)
     assert report.button.instate(["disabled"])
 

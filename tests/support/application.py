@@ -2,9 +2,11 @@
 
 import os
 
+import numpy as np
 from harness.user import User, handle, until
 from tandrel.application.dialogs import Dialog, Question
 
+from .canvas import of_kind
 from .events import settle
 
 
@@ -65,16 +67,19 @@ def answering(root, *answers):
     return asked
 
 
-def fills(app):
-    """The colours of the outlines on the canvas, bottom up."""
-    view = app.view
-    return [view.itemcget(i, "fill") for i in view.find_all() if view.type(i) == "polygon"]
+def fills(view):
+    """The colours of the outlines on a canvas, bottom up."""
+    return [item.options["fill"] for item in of_kind(view, "polygon")]
 
 
-def texts(app):
-    """The texts on the canvas."""
-    view = app.view
-    return [view.itemcget(i, "text") for i in view.find_all() if view.type(i) == "text"]
+def outlines(view):
+    """The outlines on a canvas, bottom up: arrays of their points."""
+    return [np.array(item.coords).reshape(-1, 2) for item in of_kind(view, "polygon")]
+
+
+def texts(view):
+    """The texts on a canvas."""
+    return [item.options["text"] for item in of_kind(view, "text")]
 
 
 def labels(menu):
