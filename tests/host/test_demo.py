@@ -14,49 +14,17 @@ from demo.drawing import PARTS, flat_bracket
 from harness import patience
 from harness.display import x_server
 from harness.patience import wait_for
+from harness.places import ROOT
 from PIL import Image
+from support.children import printed
 from support.events import settle
 from tandrel.gui import theme
-
-ROOT = Path(__file__).resolve().parents[2]
-
-
-def answers(display_name):
-    """Whether an X server answers, asked by a program of its own."""
-    command = [sys.executable, "-c", "import tkinter; tkinter.Tk()"]
-    environment = {**os.environ, "DISPLAY": display_name}
-    return subprocess.run(command, env=environment, stderr=subprocess.DEVNULL).returncode == 0
 
 
 def servers_here():
     """The X servers that this process runs."""
     children = Path(f"/proc/self/task/{os.getpid()}/children").read_text().split()
     return {child for child in children if Path(f"/proc/{child}/comm").read_text() == "Xvfb\n"}
-
-
-def test_servers_are_apart_and_end_with_their_block():
-    display, servers = os.environ.get("DISPLAY"), servers_here()
-    with x_server(320, 200) as one, x_server(320, 200) as other:
-        assert one != other
-        assert answers(one) and answers(other)
-        assert len(servers_here() - servers) == 2
-        assert os.environ.get("DISPLAY") == display
-    assert servers_here() == servers
-
-
-def test_a_server_ends_with_an_error_too():
-    servers = servers_here()
-    with pytest.raises(ZeroDivisionError):
-        with x_server(320, 200, window_manager=True):
-            assert len(servers_here() - servers) == 1
-            raise ZeroDivisionError
-    assert servers_here() == servers
-
-
-def told_by(code, display_name):
-    """What a program of its own prints on a display."""
-    environment = {**os.environ, "DISPLAY": display_name}
-    return subprocess.check_output([sys.executable, "-c", code], env=environment, text=True)
 
 
 SIZE = """
@@ -66,10 +34,25 @@ print(root.winfo_screenwidth(), root.winfo_screenheight(), round(root.winfo_fpix
 """
 
 
-def test_a_server_has_the_size_asked_for():
-    with x_server(640, 480, dpi=192) as name:
-        found = told_by(SIZE, name)
-    assert [int(n) for n in found.split()] == [640, 480, pytest.approx(192, abs=2)]
+def test_servers_are_apart_as_large_as_asked_and_end_with_their_block():
+    display, servers = os.environ.get("DISPLAY"), servers_here()
+    with x_server(320, 200) as one, x_server(640, 480, dpi=192) as other:
+        sizes = [printed("-c", SIZE, DISPLAY=name).split() for name in (one, other)]
+        assert one != other
+        assert len(servers_here() - servers) == 2
+        assert os.environ.get("DISPLAY") == display
+    assert servers_here() == servers
+    found = [int(n) for size in sizes for n in size]
+    assert found == [320, 200, pytest.approx(96, abs=2), 640, 480, pytest.approx(192, abs=2)]
+
+
+def test_a_server_ends_with_an_error_too():
+    servers = servers_here()
+    with pytest.raises(ZeroDivisionError):
+        with x_server(320, 200, window_manager=True):
+            assert len(servers_here() - servers) == 1
+            raise ZeroDivisionError
+    assert servers_here() == servers
 
 
 @pytest.mark.parametrize("managed", [True, False])
@@ -168,14 +151,10 @@ def test_a_bracket_with_four_equal_holes_takes_fifteen_acts():
     assert len(flat_bracket(Mock())) == 15
 
 
-def test_the_replayed_session_leaves_other_parts_alone(replayed):
-    folder, _ = replayed
-    assert (folder / "replayed-flange.json").read_bytes() == run.PART.read_bytes()
-
-
-def test_the_replayed_session_keeps_nothing_at_home(replayed):
+def test_the_replayed_session_leaves_other_parts_alone_and_keeps_nothing_at_home(replayed):
     """Neither settings nor autosaved work, wherever the user has them."""
     folder, _ = replayed
+    assert (folder / "replayed-flange.json").read_bytes() == run.PART.read_bytes()
     assert {path.suffix for path in folder.rglob("*")} == {".json", ".png", ""}
     assert list((folder / "home").iterdir()) == []
 
@@ -223,13 +202,6 @@ def test_the_replay_notices_the_smallest_difference(replayed, tmp_path, part):
 # -- what the replayed user notices on the way -------------------------------------------------
 
 
-def look_at_both_windows(person):
-    yield from person.see_profile("window")
-    yield from person.open_editor()
-    yield from person.see_profile("editor")
-    yield from person.cancel()
-
-
 def painted(shown, canvas, operation, colour):
     """From now on what is shown is painted right and then filled with a colour."""
     paint = getattr(shown, operation)
@@ -242,10 +214,6 @@ def painted(shown, canvas, operation, colour):
 
     setattr(shown, operation, wrong)
     wrong()
-
-
-def test_what_is_painted_right_is_seen_so(hands):
-    hands(look_at_both_windows)
 
 
 @pytest.mark.parametrize("colour, seen", [(None, "material is"), ("accent_soft", "holes look")])

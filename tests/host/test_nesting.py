@@ -8,7 +8,7 @@ from hypothesis import given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Polygon
 from shapely.prepared import prep
-from support.neighbours import circle, polygon, rectangle
+from support.neighbours import circle, polygon, rectangle, regular, slot
 from tandrel import sketch as S
 from tandrel._shapes import shape
 from tandrel.geometry import nesting
@@ -25,35 +25,49 @@ def check(*entities):
 PLATE, HOLE, ISLAND = rectangle(0.0, 0.0, 10.0, 10.0), circle(5.0, 5.0, 3.0), circle(5.0, 5.0, 1.0)
 
 
+ELL = polygon((0, 0), (10, 0), (10, 2), (2, 2), (2, 10), (0, 10))
+TWO_PLATES = [rectangle(0.0, 0.0, 6.0, 6.0), rectangle(2.0, 2.0, 6.0, 7.0)]
+# The points of the circle lie inside, but the circle between them does not.
+RIM = regular(r=1.0005, n=64)
+NESTED = {
+    "apart": ([circle(), circle(5.0, 0.0, 2.0)], [0, 0]),
+    "hole and island": ([PLATE, HOLE, ISLAND], [0, 1, 2]),
+    "in another order": ([ISLAND, PLATE, HOLE], [2, 0, 1]),
+    "a hole in what two plates have in common is a hole": (
+        [*TWO_PLATES, circle(4.0, 4.0, 1.0), circle(1.0, 1.0, 0.5)],
+        [0, 0, 1, 1],
+    ),
+    # The island stands in a hole of one plate and, with that, on another one.
+    "the longest chain counts whatever else lies around": (
+        [rectangle(4.0, -5.0, 20.0, 20.0), PLATE, HOLE, circle(5.5, 5.0, 1.0)],
+        [0, 0, 1, 2],
+    ),
+    "equal shapes do not hold each other": ([PLATE, PLATE, HOLE, HOLE], [0, 0, 1, 1]),
+    "nor in another way": ([PLATE, polygon((0, 0), (10, 0), (10, 10), (0, 10))], [0, 0]),
+    "what touches from inside does not lie in it": (
+        [PLATE, rectangle(0.0, 2.0, 3.0, 3.0), circle(5.0, 5.0, 5.0)],
+        [0, 0, 0],
+    ),
+    "nor a circle in a circle": ([circle(r=3.0), circle(1.0, 0.0, 2.0)], [0, 0]),
+    "outlines touch within a billionth": ([PLATE, rectangle(9e-9, 1.0)], [0, 0]),
+    "but not further": ([PLATE, rectangle(11e-9, 1.0)], [0, 1]),
+    "never inside one of smaller area": ([RIM, circle()], [0, 0]),
+    "in the box but not in the shape": ([ELL, circle(6.0, 6.0), circle(1.0, 1.0, 0.5)], [0, 0, 1]),
+    "a larger box of a smaller shape": ([ELL, rectangle(3.0, 3.0, 6.5, 6.5)], [0, 0]),
+    "what cannot be built has no depth and holds nothing": (
+        [{**rectangle(-1.0, -1.0, 20.0), "h": None}, HOLE, None, ISLAND, {"type": "circle"}],
+        [0, 0, 0, 1, 0],
+    ),
+}
+
+
 class TestDepths:
     def test_an_empty_sketch(self):
         assert S.depths({}) == S.depths(S.new()) == []
 
-    def test_a_plate_its_hole_and_an_island_in_whatever_order(self):
-        assert depths(PLATE, HOLE, ISLAND) == [0, 1, 2]
-        assert depths(ISLAND, PLATE, HOLE) == [2, 0, 1]
-
-    def test_apart(self):
-        assert depths(circle(0.0, 0.0, 1.0), circle(5.0, 0.0, 2.0)) == [0, 0]
-
-    def test_a_hole_in_what_two_plates_have_in_common_is_a_hole(self):
-        two = rectangle(0.0, 0.0, 6.0, 6.0), rectangle(2.0, 2.0, 6.0, 7.0)
-        assert depths(*two, circle(4.0, 4.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 1, 1]
-
-    def test_the_longest_chain_counts_whatever_else_lies_around(self):
-        """The island stands in a hole of one plate and, with that, on another one."""
-        other = rectangle(4.0, -5.0, 20.0, 20.0)
-        assert depths(other, PLATE, HOLE, circle(5.5, 5.0, 1.0)) == [0, 0, 1, 2]
-
-    def test_equal_shapes_do_not_hold_each_other(self):
-        assert depths(PLATE, PLATE, HOLE, HOLE) == [0, 0, 1, 1]
-        square = polygon((0, 0), (10, 0), (10, 10), (0, 10))
-        assert depths(PLATE, square) == [0, 0]
-
-    def test_a_shape_that_touches_another_from_inside_does_not_lie_in_it(self):
-        assert depths(PLATE, rectangle(0.0, 2.0, 3.0, 3.0)) == [0, 0]
-        assert depths(PLATE, circle(5.0, 5.0, 5.0)) == [0, 0]
-        assert depths(circle(0.0, 0.0, 3.0), circle(1.0, 0.0, 2.0)) == [0, 0]
+    @pytest.mark.parametrize("entities, found", NESTED.values(), ids=NESTED)
+    def test_shapes_lie_in_others(self, entities, found):
+        assert depths(*entities) == found
 
     @pytest.mark.parametrize("far", [0.0, 1e6])
     @pytest.mark.parametrize("across", [False, True])
@@ -66,33 +80,6 @@ class TestDepths:
             outer = placed(u, 0.0, w, w)
             for inner_u in (u, math.nextafter(u, math.inf), u + w - w / 3):
                 assert depths(outer, placed(inner_u, w / 4, w / 3, w / 2)) == [0, 0]
-
-    def test_outlines_touch_within_a_billionth_of_the_larger_shape(self):
-        assert depths(PLATE, rectangle(9e-9, 1.0, 2.0, 2.0)) == [0, 0]
-        assert depths(PLATE, rectangle(11e-9, 1.0, 2.0, 2.0)) == [0, 1]
-
-    def test_a_shape_is_never_inside_one_of_smaller_area(self):
-        # The points of the circle lie inside, but the circle between them does not.
-        rim = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0005, "n": 64, "angle": 0.0}
-        assert S.area(rim) < S.area(circle(0.0, 0.0, 1.0))
-        assert depths(rim, circle(0.0, 0.0, 1.0)) == [0, 0]
-
-    def test_in_the_box_of_a_shape_but_not_in_it(self):
-        ell = polygon((0, 0), (10, 0), (10, 2), (2, 2), (2, 10), (0, 10))
-        assert depths(ell, circle(6.0, 6.0, 1.0), circle(1.0, 1.0, 0.5)) == [0, 0, 1]
-
-    def test_a_smaller_shape_with_the_larger_box_holds_nothing_of_the_larger_one(self):
-        ell = polygon((0, 0), (10, 0), (10, 1), (1, 1), (1, 10), (0, 10))
-        assert depths(ell, rectangle(2.0, 2.0, 7.0, 7.0)) == [0, 0]
-
-    def test_shapes_that_cannot_be_built_have_no_depth_and_hold_nothing(self):
-        bad = {**PLATE, "x": -1.0, "y": -1.0, "w": 20.0, "h": None}
-        assert depths(bad, HOLE, None, ISLAND, {"type": "circle"}) == [0, 0, 0, 1, 0]
-
-    @pytest.mark.parametrize("sk", [None, [], {"entities": None}, {"entities": "circle"}])
-    def test_something_without_a_list_of_shapes(self, sk):
-        with pytest.raises(ValueError, match="The list of shapes is damaged"):
-            S.depths(sk)
 
     def test_a_shape_changed_in_place_is_seen(self):
         hole = dict(HOLE)
@@ -194,18 +181,9 @@ class TestChecks:
 
     def test_a_shape_drawn_twice_in_another_way(self):
         square = polygon((10, 10), (10, 0), (0, 0), (0, 10))
-        turned = {
-            "type": "regular",
-            "xc": 5.0,
-            "yc": 5.0,
-            "r": math.sqrt(50),
-            "n": 4,
-            "angle": 45.0,
-        }
+        turned = regular(5.0, 5.0, math.sqrt(50), 4, 45.0)
         assert len(check(PLATE, square)) == len(check(PLATE, turned)) == 1
-        slot = {"type": "slot", "x1": 0.1, "y1": 0.2, "x2": 0.7, "y2": 0.9, "r": 0.3}
-        back = {"type": "slot", "x1": 0.7, "y1": 0.9, "x2": 0.1, "y2": 0.2, "r": 0.3}
-        assert check(slot, back) == [
+        assert check(slot(0.1, 0.2, 0.7, 0.9, 0.3), slot(0.7, 0.9, 0.1, 0.2, 0.3)) == [
             "Shape 2 (Slot) lies exactly on Shape 1 (Slot): delete one of them"
         ]
 
@@ -221,8 +199,7 @@ class TestChecks:
         assert not any("exactly" in message for message in check(PLATE, rounded))
         up, down = polygon((0, 0), (4, 0), (0, 4)), polygon((4, 4), (0, 4), (4, 0))
         assert check(up, down) == []
-        many = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0, "n": 64, "angle": 0.0}
-        assert not any("exactly" in message for message in check(circle(0.0, 0.0, 1.0), many))
+        assert not any("exactly" in message for message in check(circle(), regular(n=64)))
 
     @pytest.mark.parametrize(
         "inner, place",
@@ -249,18 +226,22 @@ class TestChecks:
             (message,) = check(outer, inner)
             assert "from inside" in message
 
-    def test_shapes_that_touch_from_outside_or_overlap_may_do_so(self):
-        assert check(PLATE, rectangle(10.0, 0.0, 5.0, 5.0)) == []
-        assert check(PLATE, rectangle(10.0, 10.0, 5.0, 5.0)) == []
-        assert check(PLATE, rectangle(5.0, 5.0, 15.0, 5.0)) == []
-        assert check(PLATE, circle(10.0, 5.0, 2.0)) == []
+    @pytest.mark.parametrize(
+        "others",
+        [
+            [rectangle(10.0, 0.0, 5.0, 5.0)],
+            [rectangle(10.0, 10.0, 5.0, 5.0)],
+            [rectangle(5.0, 5.0, 15.0, 5.0)],
+            [circle(10.0, 5.0, 2.0)],
+            [circle(2.001, 5.0, 2.0)],
+            [circle(3.0, 5.0, 1.0), circle(5.0, 5.0, 1.0)],
+        ],
+        ids=["outside", "at a corner", "sharing a side", "across", "close", "holes side by side"],
+    )
+    def test_what_touches_from_outside_overlaps_or_keeps_clear_may_do_so(self, others):
+        assert check(PLATE, *others) == []
 
-    def test_a_hole_close_to_the_edge_but_clear_of_it(self):
-        assert check(PLATE, circle(2.001, 5.0, 2.0)) == []
-
-    def test_holes_may_touch_each_other_and_islands_must_keep_clear(self):
-        holes = circle(3.0, 5.0, 1.0), circle(5.0, 5.0, 1.0)
-        assert check(PLATE, *holes) == []
+    def test_islands_must_keep_clear(self):
         (message,) = check(PLATE, HOLE, circle(6.0, 5.0, 2.0))
         assert message.startswith("Shape 3 (Circle) touches Shape 2 (Circle) from inside")
 

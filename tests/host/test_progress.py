@@ -1,21 +1,13 @@
 """Long tasks: when their window appears, what it shows, and how they are stopped."""
 
+from unittest.mock import Mock
+
 import pytest
 from support.application import dialogs
 from support.events import settle
 from tandrel.application import progress
 from tandrel.gui import widgets
 from tandrel.progress import Stopped
-
-
-class Clock:
-    """A time that passes only when told to."""
-
-    def __init__(self):
-        self.now = 100.0
-
-    def __call__(self):
-        return self.now
 
 
 @pytest.fixture(autouse=True)
@@ -25,7 +17,10 @@ def half_a_second(monkeypatch):
 
 @pytest.fixture
 def clock():
-    return Clock()
+    """A time that passes only when told to."""
+    clock = Mock(now=100.0)
+    clock.side_effect = lambda: clock.now
+    return clock
 
 
 @pytest.fixture
@@ -39,7 +34,10 @@ def shown(root):
     return dialogs(root, progress._Progress)
 
 
-def test_the_result_of_a_short_task_comes_without_a_window(themed, clock):
+def test_a_short_task_has_no_window_and_lets_no_event_through(themed, clock):
+    happened = []
+    themed.after(0, lambda: happened.append(True))
+
     def task(tick):
         for k in range(40):
             clock.now += 0.01
@@ -48,18 +46,6 @@ def test_the_result_of_a_short_task_comes_without_a_window(themed, clock):
         return "result"
 
     assert progress.run(themed, "Working", task, clock) == "result"
-
-
-def test_a_short_task_lets_no_event_through(themed, clock):
-    happened = []
-    themed.after(0, lambda: happened.append(True))
-
-    def task(tick):
-        for _ in range(9):
-            clock.now += 0.05
-            tick(0.5)
-
-    progress.run(themed, "Working", task, clock)
     assert happened == []
 
 
@@ -134,24 +120,15 @@ def test_what_a_task_raises_comes_out_and_the_window_goes(themed, clock):
     assert not shown(themed)
 
 
-def test_the_window_takes_what_the_user_does(themed, clock):
+def test_the_window_takes_what_the_user_does_and_shows_any_fraction(themed, clock):
     def task(tick):
-        clock.now += 1
-        tick(0.0)
-        (window,) = shown(themed)
+        for fraction, value in ((-1, 0), (0.25, 0.25), (7, 1)):
+            clock.now += 1
+            tick(fraction)
+            (window,) = shown(themed)
+            assert float(window.bar.cget("value")) == value
         assert themed.grab_current() is window
         assert window.focus_lastfor() is window.button
-
-    progress.run(themed, "Working", task, clock)
-
-
-@pytest.mark.parametrize("fraction, value", [(-1, 0), (0.25, 0.25), (7, 1)])
-def test_any_fraction_is_shown(themed, clock, fraction, value):
-    def task(tick):
-        clock.now += 1
-        tick(fraction)
-        (window,) = shown(themed)
-        assert float(window.bar.cget("value")) == value
 
     progress.run(themed, "Working", task, clock)
 

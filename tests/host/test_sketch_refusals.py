@@ -1,7 +1,6 @@
 """What can't be built is refused with a reason; nothing that a sketch may hold does more harm."""
 
 import math
-import sys
 import warnings
 from decimal import Decimal
 from fractions import Fraction
@@ -10,17 +9,16 @@ import numpy as np
 import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
+from support.neighbours import circle, polygon, rectangle, regular, slot
+from support.shapes import sketch
 from support.types import CARDS
 from tandrel import _reasons
 from tandrel import sketch as S
-from tandrel.kinds import polygon
+from tandrel.kinds.polygon import _complain
 from tandrel.units import set_units
 
-RECTANGLE = {"type": "rectangle", "x": 0.0, "y": 0.0, "w": 0.04, "h": 0.02, "radius": 0.0}
-CIRCLE = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
-REGULAR = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 0.01, "n": 6, "angle": 0.0}
-SLOT = {"type": "slot", "x1": 0.0, "y1": 0.0, "x2": 0.03, "y2": 0.0, "r": 0.004}
-OUTLINE = {"type": "polygon", "points": [[0.0, 0.0], [0.02, 0.0], [0.0, 0.01]], "radius": 0.0}
+RECTANGLE, CIRCLE, REGULAR = rectangle(w=0.04, h=0.02), circle(r=0.01), regular(r=0.01)
+SLOT, OUTLINE = slot(x2=0.03, r=0.004), polygon((0.0, 0.0), (0.02, 0.0), (0.0, 0.01))
 EVERY_KIND = [card.sample for card in CARDS]
 
 
@@ -34,17 +32,15 @@ OF_WRONG_TYPE = [
     (None, "a shape must be a dictionary"),
     ("circle", "a shape must be a dictionary"),
     ([("type", "circle")], "a shape must be a dictionary"),
-    ({**CIRCLE, "r": None}, "Radius: not a number"),
-    ({**CIRCLE, "r": "0.01"}, "Radius: not a number"),
-    ({**CIRCLE, "r": True}, "Radius: not a number"),
-    ({**CIRCLE, "r": 1j}, "Radius: not a number"),
-    ({**CIRCLE, "r": [0.01]}, "Radius: not a number"),
-    ({**CIRCLE, "r": np.array(0.01)}, "Radius: not a number"),
-    ({**CIRCLE, "r": Decimal("0.01")}, "Radius: not a number"),
-    ({**REGULAR, "n": "6"}, "Sides: not a number"),
-    ({**OUTLINE, "points": None}, "the corners must be a list"),
-    ({**OUTLINE, "points": "0 0"}, "the corners must be a list"),
-    ({**OUTLINE, "points": np.array(1.0)}, "the corners must be a list"),
+    *(
+        (circle(r=r), "Radius: not a number")
+        for r in (None, "0.01", True, 1j, [0.01], np.array(0.01), Decimal("0.01"))
+    ),
+    (regular(n="6"), "Sides: not a number"),
+    *(
+        ({**OUTLINE, "points": points}, "the corners must be a list")
+        for points in (None, "0 0", np.array(1.0))
+    ),
     ({**OUTLINE, "points": [["0", "0"], ["1", "0"], ["0", "1"]]}, "corner 1: not a number"),
     ({**OUTLINE, "points": [[0.0, 0.0], [True, False], [0.0, 1.0]]}, "corner 2: not a number"),
 ]
@@ -90,11 +86,11 @@ def test_whole_numbers_of_any_type_are_numbers():
 
 def test_the_greatest_and_smallest_shapes_are_drawn():
     for e in (
-        {**CIRCLE, "xc": 1e9, "yc": -1e9, "r": 1e9},
-        {**CIRCLE, "xc": 1e9, "r": 10.0},
-        {**CIRCLE, "r": 1.1e-11},
-        {**REGULAR, "n": 1000},
-        {**REGULAR, "n": 3},
+        circle(1e9, -1e9, 1e9),
+        circle(1e9, r=10.0),
+        circle(r=1.1e-11),
+        regular(n=1000),
+        regular(n=3),
         {**RECTANGLE, "radius": 0.01},
     ):
         assert S.area(e) > 0
@@ -126,7 +122,7 @@ def test_a_reason_speaks_the_units_and_the_language_of_the_moment(monkeypatch):
 
 def test_a_verdict_without_a_place_is_still_a_reason():
     with pytest.raises(ValueError, match="the outline is not a simple closed line"):
-        polygon._complain("Hole lies outside shell", "", "")
+        _complain("Hole lies outside shell", "", "")
 
 
 def cyclic():
@@ -244,16 +240,13 @@ def test_whatever_a_sketch_holds_the_check_says_what_is_wrong_and_depths_are_tol
 
 
 class TestCheck:
-    def sketch(self, *entities, **others):
-        return {"plane": "XY", "offset": 0.0, "entities": list(entities), **others}
-
     def test_a_good_sketch_has_no_problems(self):
         outer = {**RECTANGLE, "x": -0.02, "y": -0.02, "h": 0.04, "radius": 0.005}
-        assert S.check(self.sketch(outer, CIRCLE)) == []
+        assert S.check(sketch(outer, CIRCLE)) == []
         for plane in S.PLANES:
-            assert S.check(self.sketch(CIRCLE, plane=plane, offset=-3)) == []
+            assert S.check(sketch(CIRCLE, plane=plane, offset=-3)) == []
         assert S.check({"entities": [SLOT]}) == []
-        assert S.check(self.sketch(CIRCLE, offset=None)) == []
+        assert S.check(sketch(CIRCLE, offset=None)) == []
 
     @pytest.mark.parametrize("sk", [None, [], "sketch", 3])
     def test_something_else_is_no_sketch(self, sk):
@@ -269,28 +262,29 @@ class TestCheck:
 
     @pytest.mark.parametrize("plane", ["ZX", None, ["XY"], ""])
     def test_an_unknown_plane(self, plane):
-        assert S.check(self.sketch(CIRCLE, plane=plane)) == [
+        assert S.check(sketch(CIRCLE, plane=plane)) == [
             f"{plane!r} is no sketch plane, choose one of XY, XZ, YZ"
         ]
 
     def test_a_plane_of_any_length_is_said_shortly(self):
-        (message,) = S.check(self.sketch(CIRCLE, plane="XY" * 10_000))
+        (message,) = S.check(sketch(CIRCLE, plane="XY" * 10_000))
         assert len(message) < 100
 
-    @pytest.mark.parametrize("offset", [math.nan, "0", True, [0.0], 1j])
-    def test_an_offset_that_is_no_number(self, offset):
-        messages = S.check(self.sketch(CIRCLE, offset=offset))
-        assert messages == ["Offset along the normal: not a number"]
-
-    @pytest.mark.parametrize("offset", [math.inf, -math.inf, 10**400, 1e10])
-    def test_an_offset_beyond_reach(self, offset):
-        messages = S.check(self.sketch(CIRCLE, offset=offset))
-        assert messages == ["Offset along the normal: the number is too large"]
+    @pytest.mark.parametrize(
+        "why, offsets",
+        [
+            ("not a number", [math.nan, "0", True, [0.0], 1j]),
+            ("the number is too large", [math.inf, -math.inf, 10**400, 1e10]),
+        ],
+    )
+    def test_an_offset_that_is_no_place(self, why, offsets):
+        for offset in offsets:
+            assert S.check(sketch(CIRCLE, offset=offset)) == [f"Offset along the normal: {why}"]
 
     def test_each_shape_that_cannot_be_built_is_named(self):
         bad = [{**CIRCLE, "r": 0.0}, {**RECTANGLE, "w": None}, {"type": "regular"}, None]
         bad += [{"type": "spline"}, {}, {**SLOT, "r": -1.0}]
-        assert S.check(self.sketch(OUTLINE, *bad)) == [
+        assert S.check(sketch(OUTLINE, *bad)) == [
             "Shape 2 (Circle): the radius must be greater than zero",
             "Shape 3 (Rectangle): Width: not a number",
             "Shape 4 (Polygon): xc is missing",
@@ -299,15 +293,15 @@ class TestCheck:
             "Shape 7: type is missing",
             "Shape 8 (Slot): the half width must be greater than zero",
         ]
-        assert S.check(self.sketch({**OUTLINE, "points": []}))[0].startswith("Shape 1 (Outline): ")
+        assert S.check(sketch({**OUTLINE, "points": []}))[0].startswith("Shape 1 (Outline): ")
 
     def test_of_many_problems_the_first_are_said_and_the_others_counted(self):
         bad = {**CIRCLE, "r": 0.0}
-        nine = S.check(self.sketch(*[bad] * 9))
+        nine = S.check(sketch(*[bad] * 9))
         assert len(nine) == 9 and nine[-1] == "Further problems: 1"
-        many = S.check(self.sketch(*[bad] * 1000))
+        many = S.check(sketch(*[bad] * 1000))
         assert len(many) == 9 and many[-1] == "Further problems: 992"
-        assert len(S.check(self.sketch(*[bad] * 8))) == 8
+        assert len(S.check(sketch(*[bad] * 8))) == 8
 
     def test_messages_are_translated(self, monkeypatch):
         german = {
@@ -317,14 +311,4 @@ class TestCheck:
             "the radius must be greater than zero": "Radius fehlt",
         }
         monkeypatch.setattr(_reasons, "tr", lambda text: german.get(text, text))
-        assert S.check(self.sketch({**CIRCLE, "r": 0.0})) == ["Form 1, Kreis - Radius fehlt"]
-
-
-def test_geometry_loads_without_tk():
-    import subprocess
-
-    code = "import sys; sys.modules['tkinter'] = None; import tandrel.sketch as S; S.check({})"
-    path = [folder for folder in sys.path if folder]
-    subprocess.run(
-        [sys.executable, "-c", f"import sys; sys.path[:] = {path!r}; {code}"], check=True
-    )
+        assert S.check(sketch({**CIRCLE, "r": 0.0})) == ["Form 1, Kreis - Radius fehlt"]

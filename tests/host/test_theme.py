@@ -5,12 +5,15 @@ from itertools import product
 from tkinter import ttk
 
 import pytest
+from PIL import ImageGrab
+from support.canvas import items
+from support.desk import ORANGE
 from support.events import focus, settle
+from support.neighbours import circle, rectangle
 from tandrel.gui import theme, widgets
 from tandrel.gui.theme import PAL, PALETTES
 
-# Colours of the editor's own.
-ORANGE, FIRST_AXIS, SECOND_AXIS = "#E8833A", "#D2504B", "#3E9B5B"
+FIRST_AXIS, SECOND_AXIS = "#D2504B", "#3E9B5B"  # the editor's own, as the orange is
 TEXT, LINE = 4.5, 3.0
 
 # (foreground, ground, least contrast); names of the palette or colours.
@@ -69,23 +72,16 @@ def test_the_grid_stays_behind_and_a_hole_differs_from_a_region(palette):
 
 def test_the_editor_s_colours_are_those_tested(root, open_editor):
     """Each colour of a busy canvas is one whose contrast is known."""
-    entities = [
-        {"type": "rectangle", "x": -0.05, "y": -0.04, "w": 0.1, "h": 0.08, "radius": 0.0},
-        {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.02},
-    ]
     references = [("blank", [[-0.06, -0.05], [0.06, -0.05], [0.06, 0.05]])]
-    editor = open_editor({"entities": entities}, references=references)
+    shapes = [rectangle(-0.05, -0.04, 0.1, 0.08), circle(r=0.02)]
+    editor = open_editor({"entities": shapes}, references=references)
     used = set()
     for selected in (None, 0, 1):
         editor.select(selected)
         editor.redraw()
-        for item in editor.canvas.find_all():
-            options = ("fill", "outline") if editor.canvas.type(item) != "text" else ("fill",)
-            used |= {
-                editor.canvas.itemcget(item, option)
-                for option in options
-                if option in editor.canvas.itemconfigure(item)
-            }
+        for item in items(editor.canvas):
+            used.add(item.options["fill"])
+            used.add(item.options.get("outline", "") if item.kind != "text" else "")
     known = {PAL.get(name, name) for row in DRAWING for name in row[:2]}
     assert used - {"", PAL["bg"]} <= known
     assert {ORANGE, FIRST_AXIS, SECOND_AXIS} <= used
@@ -147,8 +143,6 @@ def test_open_windows_take_the_new_colours(root):
 
 
 def test_what_is_on_the_screen_changes(root):
-    from PIL import ImageGrab
-
     theme.install(root)
     root.geometry("200x100+0+0")
     ttk.Frame(root, style="Panel.TFrame").pack(fill="both", expand=True)

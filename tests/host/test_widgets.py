@@ -1,17 +1,16 @@
 """Palette, theme, sizes, form and tooltip on a real screen."""
 
-import os
-import subprocess
-import sys
 import tkinter as tk
+from functools import partial
 from itertools import product
-from pathlib import Path
 from tkinter import ttk
 
 import pytest
 from harness.display import x_server
+from support.children import printed
 from support.events import settle
-from tandrel.gui import theme, widgets
+from support.widgets import tcl_state, walk
+from tandrel.gui import widgets
 from tandrel.gui.widgets import PAL, Form, Tooltip, px
 
 STYLES = {
@@ -102,18 +101,15 @@ def test_clicking_a_canvas_gives_it_the_focus(managed_root):
     assert len(pressed) == 1
 
 
-def test_px_follows_the_scaling_of_the_screen(root):
-    try:
-        root.tk.call("tk", "scaling", 96 / 72)
+def test_px_follows_the_scaling_of_the_screen(root, request):
+    request.addfinalizer(partial(widgets.install, root))
+    request.addfinalizer(partial(root.tk.call, "tk", "scaling", 96 / 72))
+    for dpi, sizes in ((96, [0, 1, 260, 8]), (192, [0, 2, 520, 15])):
+        root.tk.call("tk", "scaling", dpi / 72)
         widgets.install(root)
-        assert [px(n) for n in (0, 1, 260, 7.6)] == [0, 1, 260, 8]
-        assert isinstance(px(7.6), int)
-        root.tk.call("tk", "scaling", 192 / 72)
-        widgets.install(root)
-        assert px(260) == pytest.approx(520, abs=1)
-    finally:
-        root.tk.call("tk", "scaling", 96 / 72)
-        widgets.install(root)
+        found = [px(n) for n in (0, 1, 260, 7.6)]
+        assert found == pytest.approx(sizes, abs=1 if dpi > 96 else 0)
+        assert {type(n) for n in found} == {int}
 
 
 SIZES = """
@@ -126,9 +122,7 @@ print(window.winfo_class(), widgets.px(1000), font.nametofont("TkTextFont").metr
 
 def sizes(display_name, home):
     """What a program of its own finds: a display that has gone would end this one."""
-    folder = str(Path(theme.__file__).parents[2])
-    environment = {**os.environ, "PYTHONPATH": folder, "DISPLAY": display_name, "HOME": str(home)}
-    found = subprocess.check_output([sys.executable, "-c", SIZES], env=environment, text=True)
+    found = printed("-c", SIZES, DISPLAY=display_name, HOME=str(home))
     name, pixels, line = found.split()
     assert name == "Tandrel"
     return int(pixels), int(line)
@@ -163,26 +157,22 @@ def children(widget, kind):
     return [child for child in widget.winfo_children() if type(child) is kind]
 
 
-def test_a_form_row_has_label_entry_and_unit(themed, form):
+def test_form_rows_have_label_entry_and_unit_and_stand_one_below_the_other(themed, form):
     variable = tk.StringVar(themed, "12.5")
     entry = form.entry("Width", variable, "mm", width=10)
+    others = [form.entry(name, tk.StringVar(themed), "") for name in ("b", "c")]
     settle(themed)
     assert type(entry) is ttk.Entry
     assert entry.cget("width") == 10
     assert entry.get() == "12.5"
-    label, unit = children(form, ttk.Label)
+    label, unit = children(form, ttk.Label)[:2]
     assert (label.cget("text"), unit.cget("text")) == ("Width", "mm")
     assert label.winfo_x() < entry.winfo_x() < unit.winfo_x()
     assert label.winfo_rooty() < entry.winfo_rooty() + entry.winfo_height()
     entry.insert("end", "0")
     assert variable.get() == "12.50"
-
-
-def test_form_rows_stand_one_below_the_other(themed, form):
-    entries = [form.entry(name, tk.StringVar(themed), "") for name in ("a", "b", "c")]
-    settle(themed)
-    assert len({entry.winfo_x() for entry in entries}) == 1
-    tops = [entry.winfo_y() for entry in entries]
+    assert {other.winfo_x() for other in others} == {entry.winfo_x()}
+    tops = [field.winfo_y() for field in (entry, *others)]
     assert tops == sorted(set(tops))
 
 
@@ -229,20 +219,49 @@ def button(themed):
 
 def hint(widget):
     """The hint that is shown for a widget."""
-    shown = [child for child in widget.winfo_children() if isinstance(child, tk.Toplevel)]
+    shown = children(widget, tk.Toplevel)
     return shown[0] if shown and shown[0].winfo_viewable() else None
 
 
-def test_a_hint_appears_while_the_pointer_rests(themed, button, quick):
+def rest_on(widget):
+    """Let the pointer rest on a widget until its hint is there."""
+    widget.event_generate("<Enter>")
+    settle(widget.winfo_toplevel(), lambda: hint(widget))
+    return hint(widget)
+
+
+def test_a_hint_appears_below_its_widget_while_the_pointer_rests(button, quick):
+    entered = []
+    button.bind("<Enter>", entered.append)
     Tooltip(button, "Drag from corner to corner.")
     assert hint(button) is None
-    button.event_generate("<Enter>")
-    settle(themed, lambda: hint(button))
-    (label,) = hint(button).winfo_children()
-    assert label.cget("text") == "Drag from corner to corner."
-    assert hint(button).winfo_rooty() >= button.winfo_rooty() + button.winfo_height()
-    button.event_generate("<Leave>")
-    assert not children(button, tk.Toplevel)
+    for times in (1, 2):
+        (label,) = rest_on(button).winfo_children()
+        assert label.cget("text") == "Drag from corner to corner."
+        assert hint(button).winfo_rooty() >= button.winfo_rooty() + button.winfo_height()
+        assert (len(children(button, tk.Toplevel)), len(entered)) == (1, times)
+
+
+def leave_by_keys(button):
+    button.focus_force()
+    settle(button.winfo_toplevel(), lambda: button.focus_get() is button)
+    button.event_generate("<KeyPress-a>")
+
+
+ENDS = {
+    "the pointer leaves": lambda button: button.event_generate("<Leave>"),
+    "a press": lambda button: button.event_generate("<ButtonPress-1>"),
+    "a key": leave_by_keys,
+    "its widget goes": lambda button: button.destroy(),
+}
+
+
+@pytest.mark.parametrize("end", ENDS.values(), ids=ENDS)
+def test_a_hint_goes_when_the_user_goes_on(themed, button, quick, end):
+    Tooltip(button, "text")
+    rest_on(button)
+    end(button)
+    assert not [widget for widget in walk(themed) if type(widget) is tk.Toplevel]
 
 
 def test_a_hint_waits(themed, button):
@@ -254,46 +273,11 @@ def test_a_hint_waits(themed, button):
     assert not themed.tk.call("after", "info")
 
 
-@pytest.mark.parametrize("event", ["<Leave>", "<ButtonPress-1>", "<KeyPress-a>"])
-def test_a_hint_goes_when_the_user_goes_on(themed, button, quick, event):
-    Tooltip(button, "text")
-    button.focus_force()
-    settle(themed, lambda: themed.focus_get() is button)
-    button.event_generate("<Enter>")
-    settle(themed, lambda: hint(button))
-    button.event_generate(event)
-    assert not children(button, tk.Toplevel)
-
-
-def test_a_hint_goes_with_its_widget(themed, button, quick):
-    Tooltip(button, "text")
-    button.event_generate("<Enter>")
-    settle(themed, lambda: hint(button))
-    button.destroy()
-    assert not [w for w in themed.winfo_children() if isinstance(w, tk.Toplevel)]
-
-
 def test_a_widget_may_go_while_its_hint_waits(themed, button, quick):
     Tooltip(button, "text")
     button.event_generate("<Enter>")
     button.destroy()
     assert not themed.tk.call("after", "info")
-
-
-def test_entering_twice_shows_one_hint(themed, button, quick):
-    Tooltip(button, "text")
-    for _ in range(2):
-        button.event_generate("<Enter>")
-        settle(themed, lambda: hint(button))
-    assert len(children(button, tk.Toplevel)) == 1
-
-
-def test_a_hint_keeps_other_bindings(themed, button, quick):
-    entered = []
-    button.bind("<Enter>", entered.append)
-    Tooltip(button, "text")
-    button.event_generate("<Enter>")
-    assert len(entered) == 1
 
 
 def test_a_hint_stays_on_the_screen(themed, quick):
@@ -303,28 +287,22 @@ def test_a_hint_stays_on_the_screen(themed, quick):
     made.pack(fill="both", expand=True)
     settle(themed, lambda: themed.winfo_rooty() > height - 100)
     Tooltip(made, "a long hint " * 20)
-    made.event_generate("<Enter>")
-    settle(themed, lambda: hint(made))
-    shown = hint(made)
+    shown = rest_on(made)
     assert shown.winfo_rootx() + shown.winfo_width() <= width
     assert shown.winfo_rooty() + shown.winfo_height() <= made.winfo_rooty()
 
 
 def test_hints_leave_nothing_behind(themed, quick):
-    def commands():
-        return len(themed.tk.splitlist(themed.tk.call("info", "commands")))
-
     def show_and_destroy():
         made = ttk.Button(themed, text="tool")
         made.pack()
         Tooltip(made, "text")
         settle(themed)
-        made.event_generate("<Enter>")
-        settle(themed, lambda: hint(made))
+        rest_on(made)
         made.destroy()
 
     show_and_destroy()
-    before = commands()
+    before, _ = tcl_state(themed)
     for _ in range(5):
         show_and_destroy()
-    assert commands() == before
+    assert tcl_state(themed)[0] == before

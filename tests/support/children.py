@@ -9,7 +9,7 @@ import subprocess
 import sys
 import textwrap
 
-from harness.places import BUILD, ROOT, SEARCH_PATH
+from harness.places import BUILD, HOST, ROOT, SEARCH_PATH
 
 TESTS = ROOT / "tests"
 
@@ -17,11 +17,11 @@ TESTS = ROOT / "tests"
 CALLS = ("open", "fchmod", "fsync", "link", "replace", "unlink", "close")
 
 
-def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
-    """Run code in a fresh process and return what it printed as JSON."""
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(map(str, paths))}
+def printed(*arguments, interpreter=sys.executable, paths=(HOST, BUILD, TESTS), **variables):
+    """What a fresh Python prints, which must neither fail nor complain; environment variables."""
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(map(str, paths)), **variables}
     process = subprocess.run(
-        [str(interpreter), *options, "-c", textwrap.dedent(code), *arguments],
+        [str(interpreter), *map(str, arguments)],
         env=environment,
         capture_output=True,
         text=True,
@@ -29,7 +29,15 @@ def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), argume
     )
     assert process.returncode == 0, process.stderr
     assert not process.stderr, process.stderr
-    return json.loads(process.stdout)
+    return process.stdout
+
+
+def run(code, *options, interpreter=sys.executable, paths=(BUILD, TESTS), arguments=()):
+    """Run code in a fresh process and return what it printed as JSON."""
+    code = textwrap.dedent(code)
+    return json.loads(
+        printed(*options, "-c", code, *arguments, interpreter=interpreter, paths=paths)
+    )
 
 
 def run_on_plain_editors(program):
