@@ -1,5 +1,6 @@
 """What the tests of the application share."""
 
+import copy
 import math
 import os
 import shutil
@@ -16,8 +17,9 @@ from harness.display import x_server
 from harness.places import HOST
 from harness.user import User, play
 from support.application import Person, shown
+from support.events import Send
 from support.roots import close_root, open_root
-from support.shapes import document
+from support.shapes import document, sketch
 from tandrel import storage
 from tandrel.application import progress
 from tandrel.application.recovery import Recovery
@@ -122,6 +124,20 @@ def start(request, catalogues):
         return started
 
     return open_window
+
+
+@pytest.fixture
+def habit(open_editor, root):
+    """habit(cls, *entities): a user's hands on an editor with some of the application's habits."""
+
+    def begin(cls, *entities, **arguments):
+        widgets.install(root)
+        editor = open_editor(copy.deepcopy(sketch(*entities)), cls, **arguments)
+        editor.geometry("900x700")
+        editor.update()
+        return Send(editor)
+
+    return begin
 
 
 @pytest.fixture

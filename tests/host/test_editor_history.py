@@ -3,13 +3,12 @@
 import copy
 
 import pytest
-from support.events import Send
-from support.neighbours import rectangle
-from support.widgets import walk
+from support.desk import field
+from support.neighbours import circle, rectangle
+from support.shapes import sketch
 from tandrel.application.history import MOST, History, State, Undoing
 
-PLATE, HOLE = rectangle(0.0, 0.0, 0.1, 0.05, 0.0), {"type": "circle", "xc": 0.05, "yc": 0.02}
-SKETCH = {"plane": "XY", "entities": [PLATE, {**HOLE, "r": 0.01}]}
+SKETCH = sketch(rectangle(0.0, 0.0, 0.1, 0.05), circle(0.05, 0.02, 0.01))
 
 
 def states(*numbers):
@@ -45,12 +44,12 @@ def test_the_oldest_states_go_where_there_are_too_many():
 
 
 @pytest.fixture
-def hands(open_editor):
+def hands(habit):
     """A user at an editor with undo, and with nothing else of the application's."""
-    editor = open_editor(copy.deepcopy(SKETCH), Undoing)
-    editor.changes = []
+    hands = habit(Undoing, *SKETCH["entities"])
+    editor, hands.editor.changes = hands.editor, []
     editor.changed = lambda: editor.changes.append(copy.deepcopy(editor.sk))
-    return Send(editor)
+    return hands
 
 
 def draw(hands):
@@ -128,7 +127,7 @@ def test_the_sketch_handed_back_is_the_one_shown(hands):
     hands.key("Delete")
     hands.key("Control-z")
     editor.ok()
-    assert editor.result == {**SKETCH, "offset": 0.0}
+    assert editor.result == SKETCH
 
 
 def test_a_field_has_its_own_paste_and_no_undo(hands):
@@ -136,11 +135,8 @@ def test_a_field_has_its_own_paste_and_no_undo(hands):
     hands.key("Delete")
     editor.select(1)
     type_in(hands)
-    field = next(w for w in walk(editor.props) if hasattr(w, "icursor"))
-    hands.key("Control-z", field)
-    assert editor.sk == SKETCH
-    field = next(w for w in walk(editor.props) if hasattr(w, "icursor"))
-    hands.key("Control-y", field)
-    assert editor.sk == SKETCH
+    for key in ("Control-z", "Control-y"):
+        hands.key(key, field(editor, "r"))
+        assert editor.sk == SKETCH
     hands.key("Control-y")
     assert editor.sk != SKETCH

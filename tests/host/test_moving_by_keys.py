@@ -3,21 +3,19 @@
 import copy
 
 import pytest
-from support.events import Send
+from support.desk import field
+from support.neighbours import circle, slot
 from tandrel.application.moving_by_keys import MovingByKeys
-from tandrel.gui import widgets
 
-CIRCLE = {"type": "circle", "xc": 0.02, "yc": 0.0, "r": 0.01}
-SLOT = {"type": "slot", "x1": 0.0, "y1": 0.05, "x2": 0.02, "y2": 0.05, "r": 0.004}
+CIRCLE, SLOT = circle(0.02, 0.0, 0.01), slot(0.0, 0.05, 0.02, 0.05, 0.004)
 
 
 @pytest.fixture
-def hands(open_editor, root):
-    widgets.install(root)
-    editor = open_editor({"entities": [dict(CIRCLE), dict(SLOT)]}, MovingByKeys)
-    editor.grid.set("5")
-    editor.select(0)
-    return Send(editor)
+def hands(habit):
+    hands = habit(MovingByKeys, CIRCLE, SLOT)
+    hands.editor.grid.set("5")
+    hands.editor.select(0)
+    return hands
 
 
 def test_a_duplicate_lies_one_step_aside_and_is_selected(hands):
@@ -51,11 +49,8 @@ def test_an_arrow_key_moves_the_selected_shape(hands):
 
 def test_keys_of_fields_and_of_the_list_are_theirs(hands):
     editor = hands.editor
-    entry = next(
-        w for w in editor.props.winfo_children()[0].winfo_children() if hasattr(w, "icursor")
-    )
     for key in ("Control-d", "Left", "Shift-Up"):
-        hands.key(key, entry)
+        hands.key(key, field(editor, "xc"))
         assert editor.sk["entities"] == [CIRCLE, SLOT]
     editor.list.focus("0")
     hands.key("Down", editor.list)

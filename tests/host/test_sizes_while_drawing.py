@@ -1,17 +1,16 @@
 """The size of what is being drawn, beside the pointer."""
 
 import pytest
-from support.events import Send
+
 from tandrel.application.sizes_while_drawing import COLOUR, SizesWhileDrawing
 from tandrel.gui import widgets
 
 
 @pytest.fixture
-def hands(open_editor, root):
-    widgets.install(root)
-    editor = open_editor(None, SizesWhileDrawing)
-    editor.fit()
-    return Send(editor)
+def hands(habit):
+    hands = habit(SizesWhileDrawing)
+    hands.editor.fit()
+    return hands
 
 
 def labels(editor):

@@ -3,34 +3,22 @@
 import copy
 
 import pytest
+from support.application import status
+from support.desk import entry_of
 from support.events import Send, focus, type_text
-from support.widgets import walk
+from support.neighbours import circle, polygon, regular
+from support.shapes import sketch
 from tandrel.application.typed_sizes import TypedSizes
-from tandrel.gui import i18n, widgets
+from tandrel.gui import i18n
 
-CIRCLE = {"type": "circle", "xc": 0.01, "yc": 0.0, "r": 0.004}
-NUT = {"type": "regular", "xc": 0.1, "yc": 0.0, "r": 0.004, "n": 6, "angle": 0.0}
-OUTLINE = {"type": "polygon", "points": [[0.0, 0.1], [0.02, 0.1], [0.0, 0.12]], "radius": 0.0}
-SKETCH = {"plane": "XY", "offset": 0.0, "entities": [CIRCLE, NUT, OUTLINE]}
+OUTLINE = polygon((0.0, 0.1), (0.02, 0.1), (0.0, 0.12))
+SKETCH = sketch(circle(0.01, 0.0, 0.004), regular(0.1, 0.0, 0.004), OUTLINE)
 
 
 @pytest.fixture
-def editor(open_editor, root, catalogues):
+def editor(habit, catalogues):
     """One that reads what people type, and with nothing else of the application's."""
-    widgets.install(root)
-    return open_editor(copy.deepcopy(SKETCH), TypedSizes)
-
-
-def status(editor):
-    return str(editor.status.cget("text"))
-
-
-def entry_of(editor, variable):
-    return next(
-        w
-        for w in walk(editor)
-        if "textvariable" in (w.keys() or ()) and str(w.cget("textvariable")) == str(variable)
-    )
+    return habit(TypedSizes, *SKETCH["entities"]).editor
 
 
 SUMS = [
@@ -171,11 +159,8 @@ def test_what_was_typed_is_taken_back_or_applied_by_ok(editor):
     editor.vars["r"].set("7")
     editor.offset.set("1/2 in")
     editor.ok()
-    assert editor.result == {
-        **SKETCH,
-        "offset": 0.0127,
-        "entities": [{**CIRCLE, "r": 0.007}, NUT, OUTLINE],
-    }
+    bored = circle(0.01, 0.0, 0.007)
+    assert editor.result == sketch(bored, *SKETCH["entities"][1:], offset=0.0127)
 
 
 def test_an_offset_that_cannot_be_read_is_named(editor):

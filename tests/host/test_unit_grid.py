@@ -3,7 +3,10 @@
 from itertools import islice
 
 import pytest
+from support.application import status
+from support.canvas import of_kind
 from support.events import Send
+from support.neighbours import circle
 from tandrel.application.unit_grid import UnitGrid, line_step, steps
 from tandrel.gui import widgets
 from tandrel.gui.widgets import units
@@ -44,12 +47,10 @@ def test_lines_are_a_whole_number_of_steps_apart(step, least, unit, lines):
 
 
 @pytest.fixture
-def open_one(open_editor, root):
+def open_one(habit):
     def open_in(unit, size=0.1):
-        widgets.install(root)
         widgets.set_units(unit)
-        circle = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": size / 2}
-        return open_editor({"entities": [circle]}, UnitGrid)
+        return habit(UnitGrid, circle(r=size / 2)).editor
 
     return open_in
 
@@ -66,10 +67,7 @@ def test_the_step_offered_suits_the_unit(open_one, unit, size, text):
 
 def line_distances(editor):
     """How far apart the vertical grid lines are, in the display unit."""
-    canvas = editor.canvas
-    ground = widgets.PAL["bg"]
-    lines = [i for i in canvas.find_all() if canvas.type(i) == "line"]
-    xs = [canvas.coords(i)[0] for i in lines if canvas.itemcget(i, "fill") == ground]
+    xs = [line.coords[0] for line in of_kind(editor.canvas, "line", fill=widgets.PAL["bg"])]
     xs = [x for x in xs if xs.count(x) == 1]
     return {round(units().from_si((b - a) / editor.scale, "length"), 6) for a, b in zip(xs, xs[1:])}
 
@@ -92,7 +90,7 @@ def test_the_status_line_says_what_is_drawn(open_one, unit):
         editor.grid.set(text)
         editor.scale = zoom * 1000.0
         Send(editor).motion(100, 100)
-        assert said in str(editor.status.cget("text")).split("     ")
+        assert said in status(editor).split("     ")
         assert line_distances(editor) == {lines}
         # What snaps is the step itself.
         assert editor.grid_step() == units().to_si(float(text), "length")
@@ -103,4 +101,4 @@ def test_a_view_beyond_all_numbers_is_painted(open_one):
     for scale in (1e-300, 1e-9, 1e9):
         editor.scale = scale
         Send(editor).motion(100, 100)
-        assert "Grid 1 mm" in str(editor.status.cget("text"))
+        assert "Grid 1 mm" in status(editor)

@@ -3,9 +3,7 @@
 import math
 
 import pytest
-from support.events import Send
 from tandrel.application.without_dust import WithoutDust, dusted
-from tandrel.gui import widgets
 
 THIRD = 0.01 / 3
 
@@ -32,22 +30,12 @@ def test_numbers_that_are_none_stay():
 
 
 @pytest.fixture
-def hands(open_editor, root):
-    widgets.install(root)
-    editor = open_editor(None, WithoutDust)
-    editor.geometry("900x700")
-    editor.update()
+def hands(habit):
+    hands = habit(WithoutDust)
+    editor = hands.editor
     editor.scale, editor.centre = 8000.0, editor.centre + [0.03, 0.02]
     editor.redraw()
-    return Send(editor)
-
-
-def numbers(entity):
-    for value in entity.values():
-        if isinstance(value, list):
-            yield from (c for point in value for c in point)
-        elif isinstance(value, float):
-            yield value
+    return hands
 
 
 def test_drawn_and_moved_shapes_have_the_numbers_of_the_grid(hands):

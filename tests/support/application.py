@@ -67,6 +67,11 @@ def answering(root, *answers):
     return asked
 
 
+def status(editor):
+    """What the editor's status line says."""
+    return str(editor.status.cget("text"))
+
+
 def fills(view):
     """The colours of the outlines on a canvas, bottom up."""
     return [item.options["fill"] for item in of_kind(view, "polygon")]
