@@ -12,6 +12,9 @@ import pytest
 from harness import patience
 from harness.patience import wait_for
 from harness.places import HOST, SEARCH_PATH
+from support.neighbours import circle
+from support.shapes import document
+from support.widgets import walk
 from tandrel import exchange, storage
 from tandrel._packages import how_to_get
 from tandrel.application import commands
@@ -40,50 +43,33 @@ def run(*arguments, display_name=None, program=("-m", "tandrel")):
     )
 
 
-WITHOUT_TK = """
-import sys
-for name in ("tkinter", "_tkinter"):
-    sys.modules[name] = None
-from tandrel.application.commands import main
-sys.exit(main())
-"""
-
-
-@pytest.mark.parametrize("kind", ["dxf", "svg", "png"])
-def test_exporting_needs_no_tk(part, tmp_path, kind):
-    target = tmp_path / f"flange.{kind}"
-    ended = run("export", part, target, program=("-c", WITHOUT_TK))
+def test_exporting_needs_no_tk(part, tmp_path):
+    target = tmp_path / "flange.dxf"
+    code = WITHOUT.format(names=["tkinter", "_tkinter"])
+    ended = run("export", part, target, program=("-c", code))
     assert (ended.returncode, ended.stderr, ended.stdout) == (0, "", "")
     assert target.stat().st_size > 100
 
 
-@pytest.mark.parametrize("unit, code", [("mm", 4), ("cm", 5), ("m", 6), ("in", 1)])
-def test_the_export_has_the_unit_asked_for(part, tmp_path, unit, code):
+@pytest.mark.parametrize(
+    "told, code", [("--unit=cm", 5), ("--unit=m", 6), ("--unit=in", 1), (None, 4)]
+)
+def test_the_export_has_the_unit_asked_for_or_millimetres(part, tmp_path, told, code):
     target = tmp_path / "flange.dxf"
-    assert run("export", part, target, "--unit", unit).returncode == 0
+    assert commands.main(["export", str(part), str(target), *filter(None, [told])]) == 0
     assert ezdxf.readfile(target).header["$INSUNITS"] == code
 
 
-def test_the_export_is_in_millimetres_unless_told(part, tmp_path):
-    assert commands.main(["export", str(part), str(tmp_path / "a.dxf")]) == 0
-    assert ezdxf.readfile(tmp_path / "a.dxf").header["$INSUNITS"] == 4
-
-
-def test_what_the_user_should_know_of_an_export_is_said(tmp_path):
-    target = tmp_path / "spanner.dxf"
-    ended = run("export", PARTS / "spanner.json", target, "--contours")
-    assert (ended.returncode, ended.stdout, len(ended.stderr.splitlines())) == (0, "", 1)
-    assert ended.stderr.startswith("tandrel: Shapes that overlap")
-    assert target.exists()
-
-
-@pytest.mark.parametrize("options, parts", [([], 3), (["--contours"], 4)])
+@pytest.mark.parametrize("options, parts, said", [([], 3, 0), (["--contours"], 4, 1)])
 def test_overlapping_shapes_are_joined_unless_their_contours_are_asked_for(
-    tmp_path, options, parts
+    tmp_path, capsys, options, parts, said
 ):
     target = tmp_path / "spanner.dxf"
     assert commands.main(["export", str(PARTS / "spanner.json"), str(target), *options]) == 0
     assert len(ezdxf.readfile(target).modelspace()) == parts
+    told = capsys.readouterr()
+    assert (told.out, len(told.err.splitlines())) == ("", said)
+    assert told.err.startswith("tandrel: Shapes that overlap" if said else "")
 
 
 def test_a_drawing_is_exported_like_a_sketch(part, tmp_path, capsys):
@@ -120,11 +106,10 @@ def test_a_drawing_without_units_is_exported_in_the_one_that_is_told(part, tmp_p
     assert 'width="1400mm"' in picture.read_text()
 
 
-def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
+def test_what_can_t_be_exported_is_said_on_one_line(part, part_of, tmp_path, capsys):
     damaged = tmp_path / "damaged.json"
     damaged.write_text('{\n"format": "other"}')
-    empty = tmp_path / "empty.json"
-    storage.write(empty, storage.Document("", {"plane": "XY", "offset": 0.0, "entities": []}))
+    empty = part_of(name="empty")
     for source, name, at_fault in (
         (tmp_path / "missing.json", "a.dxf", "missing.json can't be opened"),
         (damaged, "a.dxf", "damaged.json can't be opened"),
@@ -280,18 +265,10 @@ def test_the_program_opens_the_file_it_is_given(opened, part):
 
 def test_a_drawing_has_the_unit_asked_for(opened, tmp_path):
     drawing = tmp_path / "part.dxf"
-    disc = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
-    sketch = {"plane": "XY", "offset": 0.0, "entities": [disc]}
-    exchange.export(storage.Document("part", sketch), drawing)
+    exchange.export(document(circle(r=0.01)), drawing)
     window = opened("--unit", "in", drawing)
-    labels = [w.cget("text") for f in window.winfo_children() for w in _all(f, "TLabel")]
-    assert "508 mm × 508 mm" in labels
-
-
-def _all(widget, kind):
-    """The widgets of a class in another one."""
-    for child in widget.winfo_children():
-        yield from [child] if child.winfo_class() == kind else _all(child, kind)
+    labels = [widget for widget in walk(window) if widget.winfo_class() == "TLabel"]
+    assert "508 mm × 508 mm" in [label.cget("text") for label in labels]
 
 
 def test_without_a_file_it_begins_a_new_part(opened):
