@@ -6,6 +6,7 @@ import numpy as np
 import pytest
 from hypothesis import assume, example, given, settings
 from shapely.geometry import Point, Polygon
+from support.neighbours import rectangle, slot
 from support.shapes import EVERY_KIND, entities
 from support.types import CARDS
 from tandrel import sketch as S
@@ -68,7 +69,7 @@ def test_contours_have_as_few_edges_as_they_can(variant):
 
 def test_a_line_too_short_to_be_drawn_between_two_arcs_keeps_them_apart():
     """The sketch module leaves it out; without it the arcs would be bent to meet."""
-    entity = {"type": "rectangle", "x": 0.0, "y": 0.0, "w": 1.0, "h": 0.5, "radius": 0.25 - 2e-9}
+    entity = rectangle(w=1.0, h=0.5, radius=0.25 - 2e-9)
     edges = contour(entity)
     assert len(edges) == 8
     assert sum(0 < edge.chord < 5e-9 for edge in edges) == 2
@@ -85,8 +86,8 @@ def test_the_box_of_a_contour_holds_it_and_touches_it_on_all_sides(entity):
 
 
 def test_the_box_of_a_turned_slot_is_exact():
-    slot = {"type": "slot", "x1": 0.0, "y1": 0.0, "x2": 3.0, "y2": 4.0, "r": 1.0}
-    assert box(contour(slot)) == pytest.approx((-1.0, -1.0, 4.0, 5.0), rel=1e-15)
+    turned = slot(0.0, 0.0, 3.0, 4.0, 1.0)
+    assert box(contour(turned)) == pytest.approx((-1.0, -1.0, 4.0, 5.0), rel=1e-15)
 
 
 @every_kind

@@ -1,16 +1,14 @@
 """The parts that come with the application: sound, true to their drawings, fit to be cut."""
 
-import subprocess
-import sys
-from pathlib import Path
-
 import pytest
+from harness.places import HOST
 from shapely.geometry import Polygon
+from support.children import printed
 from tandrel import profile, storage
 from tandrel import sketch as S
 from tandrel.units import num_text, units
 
-PARTS = Path(storage.__file__).parents[1] / "parts"
+PARTS = HOST / "parts"
 NAMES = ["bracket", "flange", "gasket", "gear", "panel", "spanner"]
 
 
@@ -30,20 +28,15 @@ def lengths(sketch):
 def drawn(tmp_path_factory):
     """A folder with every part, made from its drawing."""
     folder = tmp_path_factory.mktemp("drawn")
-    environment = {"PYTHONPATH": str(PARTS.parent)}
-    subprocess.run([sys.executable, PARTS / "drawings.py", folder], env=environment, check=True)
+    printed(PARTS / "drawings.py", folder)
     return folder
 
 
-def test_there_is_a_drawing_of_every_part(drawn):
+def test_the_files_of_the_parts_are_what_their_drawings_say(drawn):
     for folder in (PARTS, drawn):
         assert sorted(path.stem for path in folder.glob("*.json")) == NAMES
-
-
-@pytest.mark.parametrize("name", NAMES)
-def test_the_file_of_a_part_is_what_the_drawing_says(drawn, name):
-    file = f"{name}.json"
-    assert (PARTS / file).read_bytes() == (drawn / file).read_bytes()
+    for name in NAMES:
+        assert (PARTS / f"{name}.json").read_bytes() == (drawn / f"{name}.json").read_bytes()
 
 
 @pytest.mark.parametrize("name", NAMES)

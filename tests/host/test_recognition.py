@@ -4,6 +4,7 @@ import math
 
 import pytest
 from shapely.geometry import Polygon
+from support.neighbours import polygon, rectangle, regular, slot
 from support.shapes import ELL, EVERY_KIND
 from tandrel import sketch as S
 from tandrel._shapes import contour
@@ -13,10 +14,6 @@ from tandrel.geometry.loops import enclosed
 
 HALF = math.tan(math.radians(45.0))
 every_kind = pytest.mark.parametrize("entity", EVERY_KIND.values(), ids=EVERY_KIND)
-
-
-def contents(entity):
-    return {key: value for key, value in entity.items() if key != "points"}
 
 
 @every_kind
@@ -37,7 +34,7 @@ def test_contours_are_recognised_wherever_they_start_and_whichever_way_they_run(
         Polygon(S.outline(entity))
     ).area <= 1e-3 * S.area(entity)
     if entity["type"] == "rectangle":
-        assert contents(found) == pytest.approx(entity, abs=1e-15)
+        assert found == pytest.approx(entity, abs=1e-15)
     if entity["type"] == "polygon":
         assert found["radius"] == pytest.approx(entity["radius"], abs=1e-15)
         rounded = {(round(u, 12), round(v, 12)) for u, v in found["points"]}
@@ -69,28 +66,26 @@ def test_arcs_of_one_circle_that_go_round_twice_are_no_circle():
 
 def test_repeated_corners_do_not_count():
     found, _ = recognised(polyline((0, 0), (0, 0), (2, 0), (2, 1), (2, 1), (2, 1), (0, 1), (0, 0)))
-    assert contents(found) == {"type": "rectangle", "x": 0, "y": 0, "w": 2, "h": 1, "radius": 0}
+    assert found == rectangle(0, 0, 2, 1)
 
 
 def test_edges_too_short_for_where_their_arcs_reach_do_not_count():
     """No point could be told from the next one there."""
     found, _ = recognised(polyline((0, 0, 1e9), (1, 0)))
     assert S.area(found) == pytest.approx(math.pi * 2.5e8**2, rel=1e-5)
-    slot = {"type": "slot", "x1": 3e3, "y1": 0.0, "x2": 3e3 + 3e-5, "y2": 0.0, "r": 3.0}
-    found, _ = recognised(contour(slot))
-    assert S.area(found) == pytest.approx(S.area(slot), rel=1e-9)
+    short = slot(3e3, 0.0, 3e3 + 3e-5, 0.0, 3.0)
+    found, _ = recognised(contour(short))
+    assert S.area(found) == pytest.approx(S.area(short), rel=1e-9)
 
 
 def test_squares_that_stand_straight_are_rectangles_and_others_regular_polygons():
     for angle, kind in ((45.0, "rectangle"), (44.0, "regular")):
-        square = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 1.0, "n": 4, "angle": angle}
-        assert recognised(contour(square))[0]["type"] == kind
+        assert recognised(contour(regular(n=4, angle=angle)))[0]["type"] == kind
 
 
 def test_a_polygon_that_is_hardly_regular_stays_as_it_is():
     corners = [[math.cos(k), math.sin(k)] for k in (0.0, math.pi * 2 / 3, math.pi * 4 / 3 + 1e-9)]
-    found, _ = recognised(contour({"type": "polygon", "points": corners, "radius": 0.0}))
-    assert (found["type"], found["points"]) == ("polygon", corners)
+    assert recognised(contour(polygon(*corners)))[0] == polygon(*corners)
 
 
 def test_digits_that_another_program_cut_off_do_not_hide_what_a_contour_was():

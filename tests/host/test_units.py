@@ -71,17 +71,16 @@ def test_ordinary_numbers_are_plain_digits_and_as_few_as_possible(number):
 
 @pytest.mark.parametrize("name", SYSTEMS)
 @given(shown=typed(12, -6, 6))
-def test_a_typed_length_is_the_double_next_to_the_exact_length(name, shown):
-    exact = Fraction(Decimal(num_text(shown))) * METRES[name]
-    assert SYSTEMS[name].to_si(shown, "length") == exact.numerator / exact.denominator
-
-
-@pytest.mark.parametrize("name", SYSTEMS)
-@given(shown=typed(12, -6, 6))
-def test_a_typed_length_shows_again_as_typed(name, shown):
+def test_a_typed_length_is_the_double_next_to_the_exact_length_and_shows_as_typed(name, shown):
     system = SYSTEMS[name]
-    again = system.from_si(system.to_si(shown, "length"), "length")
-    assert num_text(again) == num_text(shown)
+    exact = Fraction(Decimal(num_text(shown))) * METRES[name]
+    length = system.to_si(shown, "length")
+    assert length == exact.numerator / exact.denominator
+    assert num_text(system.from_si(length, "length")) == num_text(shown)
+
+
+def shown_and_read(system, length):
+    return system.to_si(float(num_text(system.from_si(length, "length"))), "length")
 
 
 @pytest.mark.parametrize("name", SYSTEMS)
@@ -89,13 +88,7 @@ def test_a_typed_length_shows_again_as_typed(name, shown):
 @example(length=1.001)
 @example(length=0.0123)
 def test_a_length_shown_and_read_back_is_the_same_double(name, length):
-    system = SYSTEMS[name]
-    text = num_text(system.from_si(length, "length"))
-    assert system.to_si(float(text), "length") == length
-
-
-def shown_and_read(system, length):
-    return system.to_si(float(num_text(system.from_si(length, "length"))), "length")
+    assert shown_and_read(SYSTEMS[name], length) == length
 
 
 @given(any_system, st.floats(-1e6, 1e6))
@@ -106,19 +99,15 @@ def test_any_length_comes_back_but_for_noise_and_then_stays(system, length):
     assert shown_and_read(system, once) == once
 
 
-@given(st.integers(-(10**5), 10**5))
-@example(36)
-def test_lengths_drawn_on_a_grid_show_without_noise(steps):
-    assert num_text(SYSTEMS["mm"].from_si(steps * 0.001, "length")) == str(steps)
-    assert shown_and_read(SYSTEMS["mm"], steps * 0.001) == steps / 1000
-
-
 @given(st.integers(-1000, 1000), st.integers(-1000, 1000))
 @example(39, 35)
 @example(1000, 999)
-def test_distances_between_grid_points_show_without_noise(one, other):
+@example(36, 0)
+@example(99_999, 0)
+def test_distances_between_grid_points_show_and_are_read_without_noise(one, other):
     between = one * 0.001 - other * 0.001
     assert num_text(SYSTEMS["mm"].from_si(between, "length")) == str(one - other)
+    assert shown_and_read(SYSTEMS["mm"], between) == (one - other) / 1000
 
 
 @pytest.mark.parametrize(
@@ -162,17 +151,11 @@ def test_short_text_of_a_length(name, length, text):
     assert SYSTEMS[name].fmt(length, "length") == text
 
 
-@given(any_system, st.floats())
-def test_no_number_is_too_odd_for_any_conversion(system, value):
-    assert isinstance(system.from_si(value, "length"), float)
-    assert isinstance(system.to_si(value, "length"), float)
+@given(any_system, st.floats() | st.floats().map(np.float64))
+def test_no_number_is_too_odd_for_a_conversion_to_a_plain_one(system, value):
+    assert type(system.from_si(value, "length")) is float
+    assert type(system.to_si(value, "length")) is float
     assert system.fmt(value, "length").endswith(f" {system.name}")
-
-
-def test_conversions_give_plain_floats_of_numpy_numbers():
-    system = SYSTEMS["mm"]
-    assert type(system.from_si(np.float64(0.5), "length")) is float
-    assert type(system.to_si(np.float64(0.5), "length")) is float
 
 
 @pytest.mark.parametrize(
@@ -207,11 +190,9 @@ def test_areas_are_shown_in_squares_of_the_unit(name, shown):
 
 
 def test_only_lengths_and_areas_are_known():
-    for call in (units().from_si, units().to_si, units().fmt):
+    for call in (units().from_si, units().to_si, units().fmt, lambda _, q: units().unit(q)):
         with pytest.raises(KeyError):
             call(1.0, "weight")
-    with pytest.raises(KeyError):
-        units().unit("weight")
 
 
 def test_units_are_those_last_set():
