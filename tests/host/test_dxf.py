@@ -2,20 +2,17 @@
 
 import io
 import math
-import os
-import subprocess
-import sys
-from pathlib import Path
 
 import ezdxf
 import ezdxf.path
 import pytest
-import tandrel
 from hypothesis import example, given, settings
 from hypothesis import strategies as st
 from shapely.geometry import Polygon
+from support.children import printed
 from support.drawings import binary, new_drawing, opened, raw, read, sketch_in, text_of
 from support.shapes import EVERY_KIND, PAIR, PLATE, document, entities, sketch
+from support.ticks import stopping_at
 from support.types import CARD
 from tandrel import exchange, profile
 from tandrel import sketch as S
@@ -23,7 +20,6 @@ from tandrel.exchange import ExchangeError, UnitsMissing, dxf
 from tandrel.progress import Stopped
 from tandrel.storage import Document
 
-HOST = Path(tandrel.__file__).resolve().parent.parent
 METRES = {"mm": 0.001, "cm": 0.01, "m": 1.0, "in": 0.0254}
 CODES = {"mm": 4, "cm": 5, "m": 6, "in": 1}
 every_unit = pytest.mark.parametrize("unit", METRES)
@@ -153,33 +149,15 @@ class TestWriting:
         code = (
             "import sys; from support.shapes import PLATE, document;"
             "from tandrel.exchange import dxf; from tandrel.progress import no_tick;"
-            "sys.stdout.buffer.write(dxf.written(document(*PLATE), 'mm', no_tick))"
+            "print(dxf.written(document(*PLATE), 'mm', no_tick).decode(), end='')"
         )
-        tests = str(Path(__file__).resolve().parent.parent)
-        results = {
-            subprocess.run(
-                [sys.executable, "-c", code],
-                env={**os.environ, "PYTHONPATH": f"{HOST}:{tests}", "PYTHONHASHSEED": seed},
-                stdout=subprocess.PIPE,
-                check=True,
-            ).stdout
-            for seed in ("1", "4")
-        }
-        assert results == {text_of(*PLATE).encode()}
+        results = {printed("-c", code, PYTHONHASHSEED=seed) for seed in ("1", "4")}
+        assert results == {text_of(*PLATE)}
         assert not ezdxf.options.write_fixed_meta_data_for_testing
 
     def test_a_tick_stops_it(self):
         with pytest.raises(Stopped):
             dxf.written(document(*PLATE), "mm", stopping_at(0.5))
-
-
-def stopping_at(most):
-    def tick(done):
-        assert 0 <= done <= 1
-        if done > most:
-            raise Stopped
-
-    return tick
 
 
 class TestRoundTrip:

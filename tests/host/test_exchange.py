@@ -1,19 +1,16 @@
 """Export by the name of the file, whole or not at all, without a display."""
 
 import os
-import subprocess
-import sys
-from pathlib import Path
 
 import pytest
-import tandrel
+from support.children import printed
 from support.shapes import PLATE, document
+from support.ticks import stop
 from tandrel import exchange
 from tandrel.exchange import ExchangeError, export, import_
 from tandrel.gui import i18n
 from tandrel.progress import Stopped
 
-HOST = Path(tandrel.__file__).resolve().parent.parent
 SIGNATURES = {".dxf": b"  0\nSECTION", ".svg": b"<?xml", ".png": b"\x89PNG"}
 every_suffix = pytest.mark.parametrize("suffix", exchange.SUFFIXES)
 
@@ -84,9 +81,6 @@ def test_what_stops_it_leaves_the_old_file(suffix, tmp_path):
     path = tmp_path / f"part{suffix}"
     path.write_text("old")
 
-    def stop(_done):
-        raise Stopped
-
     with pytest.raises(Stopped):
         export(document(*PLATE), path, tick=stop)
     assert (path.read_text(), os.listdir(tmp_path)) == ("old", [path.name])
@@ -143,7 +137,5 @@ imported = exchange.import_(sys.argv[1] + ".dxf")
 assert len(profile.contours(imported.document.sketch)) == len(PLATE)
 assert not {"tkinter", "_tkinter"} & set(sys.modules)
 """
-    environment = {k: v for k, v in os.environ.items() if k != "DISPLAY"}
-    environment["PYTHONPATH"] = f"{HOST}:{Path(__file__).resolve().parent.parent}"
-    subprocess.run([sys.executable, "-c", code, tmp_path / "part"], env=environment, check=True)
+    printed("-c", code, tmp_path / "part", DISPLAY="")
     assert len(os.listdir(tmp_path)) == 3

@@ -7,6 +7,7 @@ from hypothesis import given, settings
 from PIL import Image
 from support.neighbours import circle, polygon, rectangle
 from support.shapes import PAIR, PLATE, document, entities, sketch
+from support.ticks import stop
 from tandrel import profile
 from tandrel.exchange import png
 from tandrel.progress import Stopped, no_tick
@@ -92,8 +93,5 @@ def test_parts_of_odd_sizes_have_a_picture(w, h):
 
 
 def test_a_tick_stops_it():
-    def stop(_done):
-        raise Stopped
-
     with pytest.raises(Stopped):
         png.written(document(*PLATE), "mm", stop)

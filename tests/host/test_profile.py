@@ -8,6 +8,7 @@ from hypothesis import strategies as st
 from shapely.geometry import Point
 from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.shapes import EVERY_KIND, PAIR, PLATE, sketch
+from support.ticks import stop
 from tandrel import profile
 from tandrel import sketch as S
 from tandrel.geometry import joining
@@ -158,9 +159,6 @@ def test_a_tick_can_stop_it_and_later_it_starts_again():
     assert len(told) > 2
     assert told == sorted(told)
     assert 0 <= told[0] and told[-1] <= 1
-
-    def stop(_done):
-        raise Stopped
 
     other = sketch(*[circle(3.0 * k, 1.0, 1.0) for k in range(500)])
     with pytest.raises(Stopped):

@@ -15,6 +15,7 @@ from hypothesis import strategies as st
 from hypothesis.stateful import RuleBasedStateMachine, initialize, invariant, rule
 from support.children import in_child, plain_user
 from support.neighbours import circle
+from support.ticks import stop
 from tandrel import sketch, storage
 from tandrel.application.recovery import Recovery
 from tandrel.application.session import Session
@@ -213,9 +214,6 @@ def test_what_fails_leaves_everything_as_it_was(session, recovery, tmp_path, tas
     session.undo()
     (tmp_path / "damaged.json").write_bytes(FLANGE.read_bytes()[:-2])
     before = state(session), records(recovery)
-
-    def stop(_done):
-        raise Stopped
 
     failing = {
         "open": lambda: session.open(tmp_path / "nothing.json"),

@@ -10,11 +10,11 @@ from support.canvas import shapes
 from support.events import settle
 from support.neighbours import circle
 from support.shapes import PAIR
+from support.ticks import stop
 from tandrel import profile, storage
 from tandrel.application.settings import Settings
 from tandrel.gui import i18n, widgets
 from tandrel.gui.widgets import PAL
-from tandrel.progress import Stopped
 
 
 def test_the_window_shows_name_measures_and_profile(start, part):
@@ -265,10 +265,6 @@ def test_an_edit_that_can_t_be_kept_for_a_crash_says_so(start, part, monkeypatch
     assert "No space left on device" in app.message.cget("text")
     assert app.message.cget("style") == "Warning.TLabel"
     assert bore(app) == 0.033
-
-
-def stop(*_):
-    raise Stopped
 
 
 def test_stopping_the_drawing_keeps_the_edit(start, part, monkeypatch):

@@ -7,10 +7,10 @@ import pytest
 from support.application import accept_bore, answering, choose, in_editor, labels, state
 from support.neighbours import circle
 from support.shapes import document
+from support.ticks import stop
 from tandrel import exchange, profile, storage
 from tandrel.application.recovery import Recovery
 from tandrel.application.settings import Settings
-from tandrel.progress import Stopped
 
 
 def radius(path):
@@ -107,9 +107,6 @@ def test_the_file_dialog_opens_a_part(start, part, picks):
 def test_stopping_while_a_file_opens_leaves_everything(changed, part, part_of, monkeypatch, step):
     app, other = changed, part_of(name="other")
     before, drawn = app.session.document, app.view.find_all()
-
-    def stop(*_):
-        raise Stopped
 
     module = storage if step == "read" else profile
     with monkeypatch.context() as patch:
