@@ -51,20 +51,6 @@ def test_leaving_asks_and_the_keys_answer(acted, part):
     assert Settings.load().geometry
 
 
-def test_what_another_program_wrote_is_kept_by_a_key(acted, part):
-    def script(app, person):
-        yield from person.change_the_bore()
-        part.write_text("theirs")
-        person.key("ctrl+s")
-        yield from person.asked()
-        person.key("Escape")
-        yield until(lambda: not dialogs(app.root), "the question to go")
-        assert app.session.dirty
-
-    acted(script, part)
-    assert part.read_text() == "theirs"
-
-
 def test_units_colours_and_language_are_chosen_by_keyboard(acted, part):
     def script(app, person):
         yield from person.menu("v", "Right", "Up", "Return")

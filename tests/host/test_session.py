@@ -13,7 +13,6 @@ from harness.places import HOST
 from hypothesis import settings
 from hypothesis import strategies as st
 from hypothesis.stateful import RuleBasedStateMachine, initialize, invariant, rule
-from support.children import in_child, plain_user
 from support.neighbours import circle
 from support.ticks import stop
 from tandrel import sketch, storage
@@ -259,18 +258,6 @@ def test_an_autosave_that_fails_is_told_and_stops_nobody(session, recovery, tmp_
     assert session.accept(drawn(2.0)) and session.autosave_failed == ""
     assert session.accept(drawn(math.inf))
     assert session.autosave_failed.startswith("sketch.entities[0].r: expected a finite number")
-
-
-def test_an_autosave_without_permission_is_told(session, tmp_path):
-    def edit():
-        plain_user()
-        return session.accept(drawn(1.0)), session.autosave_failed
-
-    mode = tmp_path.stat().st_mode
-    tmp_path.chmod(0)
-    told = in_child(edit)
-    tmp_path.chmod(mode)
-    assert told == "(True, 'Permission denied')"
 
 
 class Work(RuleBasedStateMachine):
