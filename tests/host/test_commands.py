@@ -106,10 +106,11 @@ def test_a_drawing_without_units_is_exported_in_the_one_that_is_told(part, tmp_p
     assert 'width="1400mm"' in picture.read_text()
 
 
-def test_what_can_t_be_exported_is_said_on_one_line(part, part_of, tmp_path, capsys):
+def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
     damaged = tmp_path / "damaged.json"
     damaged.write_text('{\n"format": "other"}')
-    empty = part_of(name="empty")
+    empty = tmp_path / "empty.json"
+    storage.write(empty, document(name=""))
     for source, name, at_fault in (
         (tmp_path / "missing.json", "a.dxf", "missing.json can't be opened"),
         (damaged, "a.dxf", "damaged.json can't be opened"),

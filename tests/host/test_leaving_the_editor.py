@@ -8,25 +8,26 @@ import sys
 
 import pytest
 from harness.places import SEARCH_PATH
-from support.application import answering, dialogs, in_editor, status
+from support.application import answering, dialogs, in_editor
 from support.events import Send
-from support.neighbours import circle
-from support.shapes import sketch
 from support.widgets import button
 from tandrel import storage
 from tandrel.application.dialogs import Question
 from tandrel.application.leaving import Leaving
 from tandrel.application.recovery import Recovery
+from tandrel.gui import widgets
 from tandrel.storage import SketchFileError
 
-CIRCLE = circle(0.02, 0.0, 0.01)
+CIRCLE = {"type": "circle", "xc": 0.02, "yc": 0.0, "r": 0.01}
+SKETCH = {"plane": "XY", "offset": 0.0, "entities": [CIRCLE]}
 
 
 @pytest.fixture
-def editor(habit):
+def editor(open_editor, root):
+    widgets.install(root)
     kept = []
     keep = lambda sketch: kept.append(copy.deepcopy(sketch)) or ""  # noqa: E731
-    opened = habit(Leaving, CIRCLE, keep=keep).editor
+    opened = open_editor(copy.deepcopy(SKETCH), Leaving, keep=keep)
     opened.kept = kept
     return opened
 
@@ -95,20 +96,26 @@ def test_each_change_is_kept(editor):
     editor.undo()
     editor.redo()
     editor.select(None)
-    assert editor.kept == [sketch(), sketch(CIRCLE), sketch()]
+    assert editor.kept == [{**SKETCH, "entities": entities} for entities in ([], [CIRCLE], [])]
 
 
-def test_a_size_is_applied_though_the_sketch_cannot_be_kept_which_is_told_once(editor):
+def test_what_cannot_be_kept_is_told_once(editor):
+    editor._keep = lambda sketch: "no room"
+    delete(editor)
+    assert str(editor.status.cget("text")) == "Not kept for a crash: no room"
+    editor.status.configure(text="")
+    editor.undo()
+    assert str(editor.status.cget("text")) == ""
+
+
+def test_a_size_is_applied_though_the_sketch_cannot_be_kept(editor):
     editor._keep = lambda sketch: "no room"
     editor.select(0)
     editor.vars["r"].set("10/2")
     editor.apply_props()
-    assert status(editor) == "Not kept for a crash: no room"
+    assert str(editor.status.cget("text")) == "Not kept for a crash: no room"
     assert (editor.vars["r"].get(), editor.is_unapplied()) == ("5", False)
     assert editor.sk["entities"][0]["r"] == 0.005
-    editor.status.configure(text="")
-    editor.undo()
-    assert status(editor) == ""
 
 
 # In the application.
@@ -134,10 +141,9 @@ commands.main([sys.argv[1]])
 
 
 def test_the_open_editor_s_sketch_outlives_a_killed_program(part, display):
+    command = [sys.executable, "-c", CRASH, part]
     environment = {**os.environ, "PYTHONPATH": os.pathsep.join(SEARCH_PATH)}
-    ended = subprocess.run(
-        [sys.executable, "-c", CRASH, part], env=environment, capture_output=True
-    )
+    ended = subprocess.run(command, env=environment, capture_output=True)
     assert (ended.returncode, ended.stderr) == (-signal.SIGKILL, b"")
     (found,) = Recovery().found()
     whole = storage.read(part)
@@ -160,17 +166,24 @@ def test_an_editor_that_is_left_keeps_what_was_there_before(start, part):
         editor.select(1)
         editor.delete()
         editor.undo()
-        seen.append(len(records()))
+        kept.append(len(records()))
         editor.redo()
-        seen.extend(len(r.sketch["entities"]) for r in records())
+        seen.extend(records())
 
+    kept = []
     in_editor(app, change)
     # What is undone is no unsaved work.
-    assert seen == [0, len(app.session.document.sketch["entities"]) - 1]
+    assert kept == [0]
+    assert [len(r.sketch["entities"]) for r in seen] == [
+        len(app.session.document.sketch["entities"]) - 1
+    ]
     assert records() == []
-    for act in (lambda editor: (change(editor), editor.ok()), change):
-        in_editor(app, act)
-        assert [r.sketch for r in records()] == [app.session.document.sketch]
+    in_editor(app, lambda editor: (change(editor), editor.ok()))
+    assert [r.sketch for r in records()] == [app.session.document.sketch]
+    seen.clear()
+    in_editor(app, change)
+    assert len(seen) == 1
+    assert [r.sketch for r in records()] == [app.session.document.sketch]
 
 
 def test_a_draft_that_cannot_be_kept_is_told(start, part, monkeypatch):

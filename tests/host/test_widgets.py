@@ -1,7 +1,6 @@
 """Palette, theme, sizes, form and tooltip on a real screen."""
 
 import tkinter as tk
-from functools import partial
 from itertools import product
 from tkinter import ttk
 
@@ -101,15 +100,18 @@ def test_clicking_a_canvas_gives_it_the_focus(managed_root):
     assert len(pressed) == 1
 
 
-def test_px_follows_the_scaling_of_the_screen(root, request):
-    request.addfinalizer(partial(widgets.install, root))
-    request.addfinalizer(partial(root.tk.call, "tk", "scaling", 96 / 72))
-    for dpi, sizes in ((96, [0, 1, 260, 8]), (192, [0, 2, 520, 15])):
-        root.tk.call("tk", "scaling", dpi / 72)
+def test_px_follows_the_scaling_of_the_screen(root):
+    try:
+        root.tk.call("tk", "scaling", 96 / 72)
         widgets.install(root)
-        found = [px(n) for n in (0, 1, 260, 7.6)]
-        assert found == pytest.approx(sizes, abs=1 if dpi > 96 else 0)
-        assert {type(n) for n in found} == {int}
+        assert [px(n) for n in (0, 1, 260, 7.6)] == [0, 1, 260, 8]
+        assert isinstance(px(7.6), int)
+        root.tk.call("tk", "scaling", 192 / 72)
+        widgets.install(root)
+        assert px(260) == pytest.approx(520, abs=1)
+    finally:
+        root.tk.call("tk", "scaling", 96 / 72)
+        widgets.install(root)
 
 
 SIZES = """
