@@ -5,12 +5,14 @@ import math
 import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
-from support.drawings import new_drawing, opened, read, text_of
-from support.shapes import EVERY_KIND
+from support.drawings import new_drawing, opened, read, sketch_in, text_of
+from support.shapes import EVERY_KIND, document
 from tandrel import sketch as S
+from tandrel.exchange import dxf, svg, svg_reading
 from tandrel.exchange.curves import arcs_again, as_edges, contour_with_arcs
 from tandrel.geometry.edges import Edge, arc
 from tandrel.geometry.loops import divided, enclosed
+from tandrel.progress import no_tick
 
 MICRON = 1e-6
 
@@ -60,7 +62,12 @@ def test_corners_of_polygons_stay(sides):
 
 @settings(max_examples=50)
 @given(
-    st.lists(st.tuples(st.floats(-1, 1), st.floats(-1, 1)), min_size=2, max_size=40, unique=True)
+    st.lists(
+        st.tuples(st.floats(-1, 1), st.floats(-1, 1)),
+        min_size=2,
+        max_size=40,
+        unique=True,
+    )
 )
 def test_any_points_are_kept_to_within_the_error(points):
     edges = arcs_again(points, MICRON)
@@ -98,7 +105,8 @@ class TestDrawings:
         radii = sorted(
             round(math.dist((u1, v1), (u2, v2)) / 2 / math.sin(2 * math.atan(bulge)), 6)
             for (u1, v1, bulge), (u2, v2, _) in zip(
-                part.get_points("xyb"), [*part.get_points("xyb")[1:], part.get_points("xyb")[0]]
+                part.get_points("xyb"),
+                [*part.get_points("xyb")[1:], part.get_points("xyb")[0]],
             )
             if bulge
         )
@@ -111,6 +119,22 @@ class TestDrawings:
         for one, two in zip(sorted(again["points"]), sorted(plate["points"])):
             assert one == pytest.approx(two, abs=1e-13)
         assert S.area(again) == pytest.approx(S.area(plate), rel=1e-13)
+
+    @pytest.mark.parametrize("reader, writer", [(dxf, dxf), (svg_reading, svg)])
+    def test_corners_that_no_dividing_gives_come_back_too(self, reader, writer):
+        """Those of a spline lie on arcs, but at other places than an arc's own would."""
+        drawing, space = new_drawing()
+        space.add_open_spline([(0, 0), (30, 40), (70, 40), (100, 0)])
+        space.add_lwpolyline([(100, 0), (100, -30), (0, -30), (0, 0)])
+        ((part,), _) = read(drawing)
+        data = writer.written(document(part), "mm", no_tick)
+        edges = [edge for line in reader.read(data, None, no_tick).lines for edge in line.edges]
+        assert sum(edge.bulge != 0 for edge in edges) > len(part["points"]) / 2
+        (again,) = sketch_in(data, reader=reader)[0]["entities"]
+        (left, low), (u, v) = (min(e["points"], key=sum) for e in (part, again))
+        assert sorted((x - u + left, y - v + low) for x, y in again["points"]) == [
+            pytest.approx(point, abs=1e-12) for point in sorted(part["points"])
+        ]
 
     def test_outlines_with_few_corners_are_written_as_they_are(self):
         for entity in EVERY_KIND.values():

@@ -27,7 +27,13 @@ def test_shapes_in_true_size_with_v_up():
         '<polygon points="150,10 160,10 155,20"/><polyline points="0,0 5,0 5,5 0,0"/>'
         '<rect x="60" y="20" width="20" height="10" rx="2"/>'
     )
-    assert [e["type"] for e in found] == ["rectangle", "circle", "polygon", "rectangle", "polygon"]
+    assert [e["type"] for e in found] == [
+        "rectangle",
+        "circle",
+        "polygon",
+        "rectangle",
+        "polygon",
+    ]
     assert found[0] == approx(type="rectangle", x=0.01, y=0.04, w=0.03, h=0.04, radius=0)
     assert found[1] == approx(type="circle", xc=0.1, yc=0.05, r=0.007)
     assert found[3]["radius"] == pytest.approx(0.002)
@@ -116,7 +122,8 @@ def test_what_is_not_cut_is_told():
 
 
 @pytest.mark.parametrize(
-    "data", [b"", b"<svg", b"<html/>", b"\x00", b'<svg xmlns="http://www.w3.org/2000/svg"/>']
+    "data",
+    [b"", b"<svg", b"<html/>", b"\x00", b'<svg xmlns="http://www.w3.org/2000/svg"/>'],
 )
 def test_what_is_no_drawing_gives_a_message(data):
     with pytest.raises(ExchangeError) as caught:
@@ -153,3 +160,12 @@ def test_the_whole_way_through_files(tmp_path):
     found = exchange.import_(tmp_path / "part.SVG").document
     assert (found.name, len(found.sketch["entities"])) == ("part", len(PLATE))
     assert S.check(found.sketch) == []
+
+
+def test_arcs_are_as_exact_as_their_numbers():
+    """By angles a short one would be a full circle, and one of half a circle off by a hundredth."""
+    short = "A5 5 0 0 0 29.9999999754 10.0000000003"
+    ((found,), _) = read(f'<path d="M10 10 H30 {short} L10 30 z"/>')
+    assert S.area(found) == pytest.approx(2e-4)
+    half = b'<svg><path d="M0 0 A49.9999999999 49.9999999999 0 0 1 100 0 L100 50 H0 z"/></svg>'
+    assert svg_reading.read(half, None, no_tick).lines[0].edges[0].bulge == -1.0

@@ -3,17 +3,20 @@
 from __future__ import annotations
 
 import math
-from typing import List, Optional, Sequence
+from itertools import chain
+from typing import Iterator, List, Optional, Sequence, Tuple
 
 import numpy as np
 
 from tandrel.geometry.edges import Edge, Point, Points
-from tandrel.geometry.loops import straight
+from tandrel.geometry.loops import chords, fineness, straight
 
 _FEWEST = 3  # chords that make an arc: through any three points there is one
 _STEEPEST = 0.1  # radians that an arc turns from one chord to the next, at most
 _UNLIKE = 0.1  # radians that sides of different lengths count for in the search for an arc's end
 _STRICT = 1e-9  # what is rounding is tried first, so that exact arcs end where they ended
+_SAME = 1e-12  # by how much corners may differ that are the same, as a part of their coordinates
+_FLATTER = 1 - 1e-3  # what drawings round must not take an arc over the error
 
 
 def arcs_again(points: Sequence[Point], error: float) -> List[Edge]:
@@ -22,8 +25,12 @@ def arcs_again(points: Sequence[Point], error: float) -> List[Edge]:
     Points and chords are within ``error`` of the arcs. What turns too sharply to be a divided arc,
     such as the corners of a hexagon, keeps its straight edges.
     """
+    return [Edge(points[first], points[last], bulge) for first, last, bulge in _runs(points, error)]
+
+
+def _runs(points: Sequence[Point], error: float) -> Iterator[Tuple[int, int, float]]:
+    """The first and the last of the points of each edge, and its bulge."""
     array = np.asarray(points, dtype=np.float64)
-    edges: List[Edge] = []
     first = 0
     while first < len(array) - 1:
         last = max(_reach(array, first, min(_STRICT, error), error), first + 1)
@@ -32,24 +39,58 @@ def arcs_again(points: Sequence[Point], error: float) -> List[Edge]:
         bulge = _bulge(array[first : last + 1], error, error)
         if bulge is None or last - first < _FEWEST:
             last, bulge = first + 1, 0.0
-        edges.append(Edge(points[first], points[last], bulge))
+        yield first, last, bulge
         first = last
-    return edges
 
 
 def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
-    """The closed line through corners, with arcs again where :func:`arcs_again` finds them."""
+    """The closed line through corners, with arcs again where :func:`arcs_again` finds them.
+
+    Divided with that error they give the same corners again. An arc that would give others is
+    written as one from corner to corner.
+    """
     if len(corners) <= _FEWEST:
         return straight(corners)
     # From where the line turns most, so that no arc is cut in two by where the corners begin.
     array = np.asarray(corners, dtype=np.float64)
-    before, after = array - np.roll(array, 1, axis=0), np.roll(array, -1, axis=0) - array
+    before, after = (
+        array - np.roll(array, 1, axis=0),
+        np.roll(array, -1, axis=0) - array,
+    )
     turns = np.arctan2(
-        before[:, 0] * after[:, 1] - before[:, 1] * after[:, 0], (before * after).sum(axis=1)
+        before[:, 0] * after[:, 1] - before[:, 1] * after[:, 0],
+        (before * after).sum(axis=1),
     )
     first = int(np.argmax(np.abs(turns) + _UNLIKE * _unlike(before, after)))
-    edges = arcs_again([*corners[first:], *corners[: first + 1]], error)
-    return edges if len(edges) < len(corners) else straight(corners)
+    row = [*corners[first:], *corners[: first + 1]]
+    runs = list(_runs(row, error))
+    if len(runs) == len(corners):
+        return straight(corners)
+    wholes = [Edge(row[start], row[end], bulge) for start, end, bulge in runs]
+    error, same = fineness(wholes, error), _SAME * max(map(abs, chain(*corners)))
+    edges: List[Edge] = []
+    for whole, (start, end, _) in zip(wholes, runs):
+        points = whole.points(chords(whole, error)) if whole.bulge else row[start:end]
+        if len(points) == end - start and _apart(points, row[start:end]) <= same:
+            edges.append(whole)
+        else:
+            edges += _on_arc(whole, row[start : end + 1], error)
+    return edges
+
+
+def _apart(points: Sequence[Point], others: Sequence[Point]) -> float:
+    return max(math.dist(one, other) for one, other in zip(points, others))
+
+
+def _on_arc(whole: Edge, points: Sequence[Point], error: float) -> Iterator[Edge]:
+    """From point to point arcs of the radius of one that all lie on, none further from its chord
+    than the error, so that none is divided."""
+    radius = whole.radius
+    for start, end in zip(points, points[1:]):
+        chord = math.dist(start, end)
+        bulge = math.tan(math.asin(min(chord / (2 * radius), 1.0)) / 2)
+        bulge = min(bulge, _FLATTER * 2 * error / chord)
+        yield Edge(start, end, math.copysign(bulge, whole.bulge))
 
 
 def _unlike(before: Points, after: Points) -> Points:

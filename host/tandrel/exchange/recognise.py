@@ -8,7 +8,6 @@ from tandrel import kinds
 from tandrel._shapes import contour, shape
 from tandrel.geometry import loops
 from tandrel.geometry.edges import Edge
-from tandrel.geometry.loops import SHALLOW
 from tandrel.kinds import circle, polygon
 from tandrel.kinds.fields import MOST_CORNERS
 from tandrel.kinds.kind import Entity, Guess
@@ -52,7 +51,7 @@ def recognised(edges: Sequence[Edge]) -> Recognised:
             for guess in kind.guesses(edges, tolerance + lost):
                 if _is_right(guess, edges):
                     return Recognised(guess.entity, 0.0)
-    error = min(CHORD, SHALLOW * size) if curved else 0.0
+    error = loops.fineness(edges, CHORD) if curved else 0.0
     while (
         curved and sum(loops.chords(edge, error) for edge in edges) > MOST_CORNERS and error < size
     ):

@@ -11,7 +11,10 @@ import xml.etree.ElementTree as ET
 from typing import Iterator, Sequence
 
 from tandrel import profile
+from tandrel.exchange.curves import contour_with_arcs
+from tandrel.exchange.recognise import CHORD
 from tandrel.geometry.edges import Edge
+from tandrel.geometry.loops import is_curved
 from tandrel.progress import Tick
 from tandrel.storage import Document
 from tandrel.units import SYSTEMS
@@ -60,8 +63,11 @@ def written(document: Document, unit: str, tick: Tick) -> bytes:
     ]
     for k, contour in enumerate(contours):
         tick((1 + k / len(contours)) / 2)
+        edges = contour.edges
+        if not is_curved(edges):
+            edges = contour_with_arcs([edge.start for edge in edges], CHORD)
         group = groups[0 if contour.is_hole else 1]
-        ET.SubElement(group, "path", {"d": " ".join(path(contour.edges))})
+        ET.SubElement(group, "path", {"d": " ".join(path(edges))})
     ET.indent(root)
     return ET.tostring(root, encoding="utf-8", xml_declaration=True) + b"\n"
 

@@ -30,6 +30,9 @@ _METRES = {
 }
 _LENGTH = re.compile(r"\s*([-+0-9.eE]+)\s*([a-z%]*)\s*$")
 _ROUND = 1e-9  # by how much the radii of a circle may differ, as a part of them
+# How far from the chord of half a circle the centre may seem to lie, as a part of the radius, where
+# chord and radius are rounded to twelve digits.
+_HALF = 3e-6
 _MOST = 10_000  # chords of a curve
 _MOST_PARTS = 100_000  # elements of a drawing, those that are used counted as often as they are
 # What the library would draw where it stands, although it only shows where something refers to it.
@@ -166,7 +169,10 @@ def _lines(shape: Any, bottom: float) -> Iterator[Optional[Line]]:
 
 
 def _line(
-    edges: List[Edge], is_closed: bool, steps: Optional[List[Any]] = None, bottom: float = 0.0
+    edges: List[Edge],
+    is_closed: bool,
+    steps: Optional[List[Any]] = None,
+    bottom: float = 0.0,
 ) -> Optional[Line]:
     if steps is None:
         return Line(edges, is_closed) if edges else None
@@ -196,18 +202,42 @@ def _edges(steps: List[Any], bottom: float, error: float) -> List[Edge]:
     for step in steps:
         start, end = point(step.start), point(step.end)
         if type(step).__name__ == "Arc" and _is_exact(step):
-            pieces = math.ceil(abs(step.sweep) / math.pi - _ROUND) or 1
+            radius, centre = (step.rx + step.ry) / 2, point(step.center)
             # Angles turn the other way where v runs up.
-            bulge = -math.tan(step.sweep / 4 / pieces)
-            stops = [start, *(point(step.point(k / pieces)) for k in range(1, pieces)), end]
-            edges += [Edge(a, b, bulge) for a, b in zip(stops, stops[1:])]
+            edges += _round(start, end, centre, radius, is_left=step.sweep < 0)
         elif _is_exact(step):
             edges.append(Edge(start, end))
         else:
             count = _chords(step, error)
-            stops = [start, *(point(step.point(k / count)) for k in range(1, count)), end]
+            stops = [
+                start,
+                *(point(step.point(k / count)) for k in range(1, count)),
+                end,
+            ]
             edges += as_edges(stops, error) if math.isfinite(error) else _straight(stops)
     return [edge for edge in edges if edge.start != edge.end]
+
+
+def _round(start: Point, end: Point, centre: Point, radius: float, is_left: bool) -> List[Edge]:
+    """An arc of a circle, which may turn left; one of more than half the circle in two pieces.
+
+    By its radius and ends: the library's angles are all rounding where an arc is short, which it
+    may take for a full circle.
+    """
+    du, dv = end[0] - start[0], end[1] - start[1]
+    chord = math.hypot(du, dv)
+    if not chord:
+        return []
+    # How far to the left of the chord the centre lies; beyond it where the arc is a small one.
+    left = (du * (centre[1] - start[1]) - dv * (centre[0] - start[0])) / chord
+    beyond = left if is_left else -left
+    if beyond < -_HALF * radius:
+        out = math.copysign(radius / chord, left)
+        top = centre[0] - out * dv, centre[1] + out * du
+        ends = [(start, top), (top, end)]
+        return [edge for pair in ends for edge in _round(*pair, centre, radius, is_left)]
+    bulge = chord / 2 / (radius + (beyond if beyond > _HALF * radius else 0.0))
+    return [Edge(start, end, bulge if is_left else -bulge)]
 
 
 def _straight(points: List[Point]) -> List[Edge]:

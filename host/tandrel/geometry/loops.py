@@ -108,6 +108,12 @@ def chords(edge: Edge, error: float) -> int:
     return math.ceil(abs(edge.sweep) / step)
 
 
+def fineness(loop: Loop, error: float) -> float:
+    """How close chords are to be to the arcs of a loop: less than an error where it is small."""
+    left, low, right, high = box(loop)
+    return min(error, SHALLOW * max(right - left, high - low))
+
+
 def is_circle(loop: Loop) -> bool:
     """Whether a loop, as it is drawn, is one edge that comes back to where it started."""
     return len(loop) == 1
