@@ -111,13 +111,14 @@ def test_what_is_not_cut_is_told():
     found, notes = read(
         '<circle cx="0" cy="0" r="9"/><text>a</text><image width="5" height="5"/>'
         '<circle cx="0" cy="0" r="8" visibility="hidden"/><circle r="7" display="none"/>'
-        '<g style="opacity:1; display: none"><circle r="6"/></g>'
+        '<g style="opacity:1; display: none"><circle r="6" style="display:inline"/></g>'
+        '<style>.off { display: none }</style><circle class="off" r="5"/><style/>'
     )
     assert len(found) == 1
     assert sorted(notes) == [
         "Left out (1): pictures",
         "Left out (1): texts",
-        "Left out (3): parts that are hidden or on hidden layers",
+        "Left out (4): parts that are hidden or on hidden layers",
     ]
 
 

@@ -161,7 +161,7 @@ def as_edges(points: Sequence[Point], error: float) -> List[Edge]:
     """A divided curve as the arc, or the two halves of the circle, that it is; else its chords."""
     middle = len(points) // 2
     for halves in ([points], [points[: middle + 1], points[middle:]]):
-        edges = [edge for half in halves for edge in arcs_again(half, error)]
-        if len(edges) == len(halves):
-            return edges
+        bulges = [_bulge(np.asarray(half), error, error) for half in halves if len(half) > _FEWEST]
+        if len(bulges) == len(halves) and None not in bulges:
+            return [Edge(half[0], half[-1], bulge) for half, bulge in zip(halves, bulges) if bulge]
     return [Edge(a, b) for a, b in zip(points, points[1:]) if a != b]

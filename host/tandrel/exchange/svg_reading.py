@@ -38,7 +38,7 @@ _MOST_PARTS = 100_000  # elements of a drawing, those that are used counted as o
 # What the library would draw where it stands, although it only shows where something refers to it.
 _ONLY_USED = ("symbol", "mask", "marker")
 _HIDDEN = N_("parts that are hidden or on hidden layers")
-_SWITCHED_OFF = re.compile(r"(^|;)\s*display\s*:\s*none\s*(;|!|$)")
+_SWITCHES_OFF = re.compile(rb"""display\s*[:=]\s*["']?\s*none""")
 _OTHERS = {"Text": N_("texts"), "Image": N_("pictures")}
 
 
@@ -56,16 +56,18 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
         for name in ("width", "height"):
             root.attrib.pop(name, None)
         _hide_what_is_only_used(root)
-        shapes = list(svgelements.SVG.parse(io.BytesIO(ET.tostring(root))).elements())
+        shapes = _elements(root)
+        hidden = 0
+        if _SWITCHES_OFF.search(data):
+            hidden = _shapes_of(_elements(root, parse_display_none=True)) - _shapes_of(shapes)
     except ExchangeError:
         raise
     except Exception as error:  # of a damaged drawing the library may raise anything
         text = tr("this is not a sound SVG drawing ({why})")
         raise ExchangeError(text.format(why=str(error)[:200] or type(error).__name__)) from error
     notes, lines = Notes(), []
-    for element in root.iter():
-        if _is_switched_off(element):
-            notes.leave(tr(_HIDDEN))
+    for _ in range(hidden):
+        notes.leave(tr(_HIDDEN))
     for k, shape in enumerate(shapes):
         tick(k / len(shapes))
         kind = type(shape).__name__
@@ -113,10 +115,15 @@ def _hide_what_is_only_used(root: ET.Element) -> None:
     root.insert(0, hidden)
 
 
-def _is_switched_off(element: ET.Element) -> bool:
-    """Whether neither it nor its parts are shown, as hidden layers are; the library drops them."""
-    style = element.get("style", "")
-    return element.get("display") == "none" or bool(_SWITCHED_OFF.search(style))
+def _elements(root: ET.Element, **options: bool) -> List[Any]:
+    for element in root.iter():
+        # In a style sheet without any text the library would look for rules all the same.
+        element.text = element.text or " "
+    return list(svgelements.SVG.parse(io.BytesIO(ET.tostring(root)), **options).elements())
+
+
+def _shapes_of(elements: List[Any]) -> int:
+    return sum(isinstance(element, svgelements.Shape) for element in elements)
 
 
 def _placed(root: ET.Element) -> Tuple[Stated, float]:
