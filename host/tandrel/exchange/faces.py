@@ -3,17 +3,16 @@
 from __future__ import annotations
 
 import math
-import warnings
-from typing import Dict, Iterator, List, Optional, Sequence, Set, Tuple
+from typing import Dict, Iterator, List, Sequence, Set, Tuple
 
 import numpy as np
-from shapely.geometry import LineString, box
+import numpy.typing as npt
+from shapely.geometry import LineString
 from shapely.ops import polygonize
-from shapely.strtree import STRtree
 
 from tandrel.exchange.tidy import Piece, Places, once
-from tandrel.geometry.edges import Edge, Point
-from tandrel.geometry.loops import chords
+from tandrel.geometry.edges import Edge, Point, Points
+from tandrel.geometry.loops import box, chords
 from tandrel.progress import Tick, no_tick
 
 _SMOOTH = 0.02  # how far from an arc the line is that stands for it here, as a part of its chord
@@ -73,53 +72,56 @@ def _smooth(edge: Edge) -> List[Point]:
 def _split(pieces: Sequence[Piece], places: Places, tick: Tick) -> Iterator[Piece]:
     """The pieces, divided in those places where others end on them."""
     reach = places.reach
-    used = sorted({place for piece in pieces for place in (piece.start, piece.end)})
-    rows = [LineString([*_smooth(piece.edge), piece.edge.end]) for piece in pieces]
-    # An arc may bulge out of the line that stands for it.
-    areas = [
-        row.buffer(_SMOOTH * piece.edge.chord).envelope if piece.edge.bulge else row
-        for row, piece in zip(rows, pieces)
-    ]
-    with warnings.catch_warnings():
-        # Shapely 1.8 announces what has changed in 2.0: the answers, which there are numbers.
-        warnings.simplefilter("ignore")
-        tree = STRtree(areas)
-    query = getattr(tree, "query_items", tree.query)
-    starts = np.array([piece.edge.start for piece in pieces])
-    ways = np.array([piece.edge.end for piece in pieces]) - starts
-    # Of straight edges the box says little; how far off they are is worked out for all at once.
-    slack = np.array([math.inf if p.edge.bulge else reach * p.edge.chord for p in pieces])
-    cuts: Dict[int, List[Tuple[float, int]]] = {}
-    for done, place in enumerate(used):
-        tick(done / len(used))
-        u, v = places.points[place]
-        near = np.array(query(box(u - reach, v - reach, u + reach, v + reach)), dtype=int)
-        off = ways[near, 0] * (v - starts[near, 1]) - ways[near, 1] * (u - starts[near, 0])
-        for k in near[np.abs(off) <= slack[near]].tolist():
-            if place not in (pieces[k].start, pieces[k].end):
-                part = _part(pieces[k].edge, (u, v), reach)
-                if part is not None:
-                    cuts.setdefault(k, []).append((part, place))
+    used = np.array(sorted({place for piece in pieces for place in (piece.start, piece.end)}))
+    points = np.array([places.points[place] for place in used])
+    orders = np.argsort(points, axis=0, kind="stable")
+    boxes = np.array([box([piece.edge, piece.edge.reversed()]) for piece in pieces])
+    lows, highs = boxes[:, :2] - reach, boxes[:, 2:] + reach
+    # Of the places along an axis, those that lie beside each piece: from the first to the last.
+    firsts, lasts = (
+        np.column_stack(
+            [
+                np.searchsorted(points[orders[:, axis], axis], ends[:, axis], side=side)
+                for axis in (0, 1)
+            ]
+        )
+        for ends, side in ((lows, "left"), (highs, "right"))
+    )
     for k, piece in enumerate(pieces):
-        yield from _divided(piece, sorted(cuts.get(k, ())), places)
+        tick(k / len(pieces))
+        axis = int(np.argmin(lasts[k] - firsts[k]))
+        near = orders[firsts[k, axis] : lasts[k, axis], axis]
+        if len(near) > 2:  # its own ends are among them
+            near = near[_lie_on(piece.edge, points[near], reach)]
+        cuts = []
+        for place in used[near].tolist():
+            if place not in (piece.start, piece.end):
+                part = _part(piece.edge, places.points[place])
+                if 0 < part < 1:
+                    cuts.append((part, place))
+        yield from _divided(piece, sorted(cuts), places)
 
 
-def _part(edge: Edge, point: Point, reach: float) -> Optional[float]:
-    """Which part of an edge lies before a point on it; None if the point is elsewhere."""
+def _lie_on(edge: Edge, points: Points, reach: float) -> npt.NDArray[np.bool_]:
+    """Which points lie on the line or the circle that an edge is a part of."""
+    off: Points
     if edge.bulge:
-        centre, start = edge.centre, edge.start
-        if abs(math.dist(centre, point) - edge.radius) > reach:
-            return None
-        turn = math.atan2(point[1] - centre[1], point[0] - centre[0])
-        turn -= math.atan2(start[1] - centre[1], start[0] - centre[0])
-        part = (turn if edge.bulge > 0 else -turn) % (2 * math.pi) / abs(edge.sweep)
+        off = np.hypot(*(points - edge.centre).T) - edge.radius
     else:
         (u1, v1), (u2, v2) = edge.start, edge.end
-        du, dv, length = u2 - u1, v2 - v1, edge.chord
-        if abs((point[0] - u1) * dv - (point[1] - v1) * du) > reach * length:
-            return None
-        part = ((point[0] - u1) * du + (point[1] - v1) * dv) / (length * length)
-    return part if 0 < part < 1 else None
+        off = ((points[:, 0] - u1) * (v2 - v1) - (points[:, 1] - v1) * (u2 - u1)) / edge.chord
+    return np.abs(off) <= reach
+
+
+def _part(edge: Edge, point: Point) -> float:
+    """Which part of an edge lies before a point on it; one elsewhere has none from 0 to 1."""
+    if edge.bulge:
+        centre, start = edge.centre, edge.start
+        turn = math.atan2(point[1] - centre[1], point[0] - centre[0])
+        turn -= math.atan2(start[1] - centre[1], start[0] - centre[0])
+        return (turn if edge.bulge > 0 else -turn) % (2 * math.pi) / abs(edge.sweep)
+    (u1, v1), (u2, v2) = edge.start, edge.end
+    return ((point[0] - u1) * (u2 - u1) + (point[1] - v1) * (v2 - v1)) / edge.chord**2
 
 
 def _divided(piece: Piece, cuts: List[Tuple[float, int]], places: Places) -> Iterator[Piece]:
