@@ -32,7 +32,7 @@ CLASS_DOC = "Edit a sketch in place. `result` is the edited sketch after OK (Non
 
 
 def declared(stub=ROOT / "tandrel" / "gui" / "sketcher.pyi"):
-    """What the stub says of the class's methods: their parameters, whether static, and their docs."""
+    """What the stub says of the class's methods: parameters, whether static, and their docs."""
     body = ast.parse(stub.read_text()).body
     (editor,) = (node for node in body if getattr(node, "name", "") == "SketchEditor")
     for node in editor.body:

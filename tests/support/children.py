@@ -3,7 +3,9 @@ a test says."""
 
 import itertools
 import json
+import mmap
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -70,6 +72,16 @@ def in_child(task):
     status = os.waitpid(child, 0)[1]
     assert os.WIFEXITED(status) or os.WTERMSIG(status) == signal.SIGKILL
     return text if os.WIFEXITED(status) else None
+
+
+def memory_is_limited():
+    """Whether the system keeps a process to its limit of memory. An emulated one may not."""
+
+    def take():
+        resource.setrlimit(resource.RLIMIT_AS, (2**32, 2**32))
+        mmap.mmap(-1, 2**33)
+
+    return in_child(take).startswith("OSError")
 
 
 def kill_oneself(_number=0):
