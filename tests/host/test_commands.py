@@ -2,6 +2,7 @@
 
 import os
 import re
+import shlex
 import signal
 import subprocess
 import sys
@@ -101,9 +102,51 @@ def test_a_drawing_without_units_is_exported_in_the_one_that_is_told(part, tmp_p
     content.saveas(drawing)
     assert commands.main(["export", str(drawing), str(picture)]) == 1
     told = capsys.readouterr().err
-    assert told.count("\n") == 1 and told.endswith("; tell it by --drawing-unit\n")
+    assert told.count("\n") == 1 and told.endswith("; --drawing-unit answers that\n")
     assert commands.main(["export", str(drawing), str(picture), "--drawing-unit", "cm"]) == 0
     assert 'width="1400mm"' in picture.read_text()
+
+
+@pytest.fixture
+def framed(tmp_path):
+    """A plate whose upper side is missing, a ring in it, and the frame of the sheet around them."""
+    drawing = ezdxf.new("R2010", units=4)
+    space = drawing.modelspace()
+    frame = [(0, 0), (297, 0), (297, 210), (0, 210)]
+    space.add_lwpolyline(frame, close=True, dxfattribs={"layer": "THE FRAME"})
+    plate = [(50, 110), (50, 50), (150, 50), (150, 110)]
+    space.add_lwpolyline(plate, dxfattribs={"layer": "PART"})
+    for radius in (5, 2):
+        space.add_circle((70, 70), radius, dxfattribs={"layer": "THE HOLES"})
+    drawing.saveas(tmp_path / "framed.dxf")
+    return tmp_path / "framed.dxf"
+
+
+def test_what_a_drawing_leaves_open_is_answered_by_options(framed, tmp_path, capsys):
+    target, options = tmp_path / "part.svg", []
+    export = ["export", str(framed), str(target)]
+    for asked, option in (
+        ("a rectangle around everything else", ["--layer", "THE HOLES"]),
+        ("the outline may be missing", ["--without-outline"]),
+    ):
+        assert commands.main([*export, *options]) == 1
+        told = capsys.readouterr().err
+        assert asked in told and told.count("\n") == 1
+        assert told.endswith(f"; {shlex.join(option)} answers that\n")
+        options += option
+    assert commands.main([*export, *options]) == 0
+    assert 'width="10mm"' in target.read_text()
+    assert "Left out (1): contours on the layer THE FRAME" in capsys.readouterr().err
+    assert commands.main([*export, *options, "--layer", "THE FRAME"]) == 0
+    assert 'width="297mm"' in target.read_text()
+
+
+def test_a_layer_that_is_not_in_the_drawing_is_named(framed, tmp_path, capsys):
+    target = tmp_path / "part.svg"
+    assert commands.main(["export", str(framed), str(target), "--layer", "HOLES"]) == 1
+    told = capsys.readouterr().err
+    assert "no contour lies on the layer HOLES; there are THE FRAME, THE HOLES\n" in told
+    assert not target.exists()
 
 
 def test_what_can_t_be_exported_is_said_on_one_line(part, tmp_path, capsys):
@@ -184,7 +227,8 @@ def test_the_command_line_speaks_the_chosen_language(in_pseudo, arguments, capsy
     said = "".join(capsys.readouterr())
     assert "[" in said
     names = (
-        "tandrel|export|cm|mm|in|m|h|a|b|ell|unit|drawing-unit|contours|help|version|dxf|svg|png"
+        "tandrel|export|cm|mm|in|m|h|a|b|ell|unit|drawing-unit|layer|without|outline|contours|help"
+        "|version|dxf|svg|png"
     )
     plain = re.findall(rf"(?<![\w~])(?!(?:{names})\b)[A-Za-z]+(?!\w)", said)
     assert [word for word in plain if word not in ("json",)] == []

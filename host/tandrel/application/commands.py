@@ -3,10 +3,11 @@
 from __future__ import annotations
 
 import argparse
+import shlex
 import signal
 import sys
 from contextlib import contextmanager
-from typing import Iterable, Iterator, List, Optional
+from typing import TYPE_CHECKING, Any, Dict, Iterable, Iterator, List, Optional
 
 from tandrel._packages import how_to_get
 from tandrel.application import VERSION
@@ -14,6 +15,9 @@ from tandrel.application.settings import Settings
 from tandrel.gui import i18n
 from tandrel.gui.i18n import N_, tr
 from tandrel.units import SYSTEMS, set_units
+
+if TYPE_CHECKING:
+    from tandrel.exchange import Question
 
 # What argparse says of itself; it asks for a translation by these very texts.
 _WORDS_OF_ARGPARSE = (
@@ -86,6 +90,17 @@ def _export_parser(suffixes: Iterable[str]) -> argparse.ArgumentParser:
         choices=list(SYSTEMS),
         help=tr("the unit of the drawing's numbers, whatever it says itself"),
     )
+    parser.add_argument(
+        "--layer",
+        action="append",
+        metavar=tr("NAME"),
+        help=tr("a layer of the drawing to take, repeated for each; without it all are"),
+    )
+    parser.add_argument(
+        "--without-outline",
+        action="store_true",
+        help=tr("go on without what seems to be the drawing's outline but does not close"),
+    )
     return parser
 
 
@@ -96,13 +111,15 @@ def _export(arguments: List[str]) -> int:
     notes: List[str] = []
     try:
         if exchange.is_drawing(options.part):
-            imported = exchange.import_(options.part, options.drawing_unit)
+            answers = _answers(options)
+            imported = exchange.import_(options.part, options.drawing_unit, answers=answers)
             document, notes = imported.document, list(imported.notes)
         else:
             document = storage.read(options.part)
-    except exchange.UnitsMissing as error:
-        text = tr("{file} can't be opened: {why}; tell it by {option}")
-        return _failed(text.format(file=options.part, why=error, option="--drawing-unit"))
+    except exchange.Question as question:
+        text = tr("{file} can't be opened: {why}; {option} answers that")
+        option = _option_for(question)
+        return _failed(text.format(file=options.part, why=question, option=option))
     except (storage.SketchFileError, exchange.ExchangeError) as error:
         text = tr("{file} can't be opened: {why}")
         return _failed(text.format(file=options.part, why=error))
@@ -118,6 +135,27 @@ def _export(arguments: List[str]) -> int:
     for note in notes:
         _say(note)
     return 0
+
+
+def _answers(options: argparse.Namespace) -> Dict[str, Any]:
+    """What the options answer in advance of all that a drawing may leave open."""
+    from tandrel.exchange import LayersUnclear, OutlineOpen
+
+    answers: Dict[str, Any] = {}
+    if options.layer:
+        answers[LayersUnclear.subject] = options.layer
+    if options.without_outline:
+        answers[OutlineOpen.subject] = OutlineOpen.GO_ON
+    return answers
+
+
+def _option_for(question: Question) -> str:
+    """What to add to the command line to answer a question as most would."""
+    from tandrel.exchange import LayersUnclear, UnitsMissing
+
+    if isinstance(question, LayersUnclear):
+        return " ".join(f"--layer {shlex.quote(name)}" for name in question.proposed)
+    return "--drawing-unit" if isinstance(question, UnitsMissing) else "--without-outline"
 
 
 def _open_window(path: Optional[str], unit: Optional[str], settings: Settings) -> int:

@@ -165,6 +165,11 @@ def _on_layers(found: List[Found], chosen: Optional[Sequence[str]], notes: Notes
             layers.by_contours(names),
             rest if frame.is_sure else list(layers.by_contours(names)),
         )
+    unknown = next((name for name in chosen if name not in names), None)
+    if unknown is not None:
+        text = tr("no contour lies on the layer {layer}; there are {layers}")
+        there = ", ".join(layers.by_contours(names))
+        raise ExchangeError(text.format(layer=unknown, layers=there))
     for one in found:
         if one.layer not in chosen:
             text = tr("contours on the layer {layer}").format(layer=one.layer)
