@@ -6,7 +6,7 @@ import os
 import re
 import tkinter as tk
 from collections.abc import Callable, Iterable
-from tkinter import filedialog, ttk
+from tkinter import ttk
 from typing import Any, Optional, cast
 
 import numpy as np
@@ -14,7 +14,7 @@ import numpy as np
 from tandrel import exchange, files
 from tandrel import sketch as S
 from tandrel import storage
-from tandrel.application import importing, menus, progress, questions
+from tandrel.application import file_dialogs, importing, menus, progress, questions
 from tandrel.application.editor import Editor
 from tandrel.application.measuring import Measured, facts, measure
 from tandrel.application.messages import MessageArea, unopened
@@ -80,7 +80,7 @@ class App:
         """Make the window's content anew, in the language of the moment."""
         for child in self.root.winfo_children():
             child.destroy()
-        _translate_tk(self.root, i18n.language())
+        file_dialogs.translate(self.root, i18n.language())
         self.menus = menus.Menus(self.root, self.perform)
         unit_labels = {name: tr(menus.UNITS[name]) for name in SYSTEMS}
         self.menus.offer("units", unit_labels, self.unit_choice, "change_units")
@@ -200,26 +200,17 @@ class App:
             self._begin(measure(self.session.document.sketch))
 
     def choose_file(self) -> None:
-        endings = _in_either_case(".json", *exchange.READERS)
-        self._choose((tr("Sketches and drawings"), endings), (tr("All files"), "*"))
+        self._go_on_with(file_dialogs.sketch_or_drawing(self.root, self._folder()))
 
     def choose_drawing(self) -> None:
-        endings = _in_either_case(*exchange.READERS)
-        self._choose((tr("Drawings (DXF, SVG)"), endings), (tr("All files"), "*"))
+        self._go_on_with(file_dialogs.drawing(self.root, self._folder()))
 
-    def _choose(self, *kinds: tuple[str, Any]) -> None:
-        path = filedialog.askopenfilename(
-            parent=self.root, filetypes=kinds, initialdir=self._folder()
-        )
+    def _go_on_with(self, path: str) -> None:
         if path and self.may_leave():
             self.open(path)
 
     def _open_recent(self, path: str) -> None:
-        def act() -> None:
-            if self.may_leave():
-                self.open(path)
-
-        self._act(act)
+        self._act(lambda: self._go_on_with(path))
 
     def open(self, path: str, unit: Optional[str] = None) -> None:
         """Go on with the part in a file; where it can't be read, say so and keep what is shown.
@@ -306,12 +297,8 @@ class App:
         self._save(path)
 
     def save_as(self) -> None:
-        path = filedialog.asksaveasfilename(
-            parent=self.root,
-            filetypes=[(tr("Sketch files"), ".json")],
-            initialdir=self._folder(),
-            initialfile=os.path.basename(self.session.path or f"{self._title()}.json"),
-        )
+        name = os.path.basename(self.session.path or f"{self._title()}.json")
+        path = file_dialogs.place_of_sketch(self.root, self._folder(), name)
         if not path:
             return
         if os.path.splitext(path)[1].lower() in exchange.SUFFIXES:
@@ -344,11 +331,8 @@ class App:
     def _export(self, suffixes: Iterable[str], own_contours: bool = False) -> None:
         if not self.session.document.sketch["entities"]:
             return
-        kinds = [(tr(exchange.SUFFIXES[suffix]), suffix) for suffix in suffixes]
         stem = os.path.splitext(os.path.basename(self.session.path or self._title()))[0]
-        path = filedialog.asksaveasfilename(
-            parent=self.root, filetypes=kinds, initialdir=self._folder(), initialfile=stem
-        )
+        path = file_dialogs.place_of_export(self.root, self._folder(), stem, suffixes)
         if not path:
             return
         name = os.path.basename(path)
@@ -500,17 +484,6 @@ class App:
         theme.install(self.root)
         self.tell("")
         self.refresh()
-
-
-def _in_either_case(*endings: str) -> tuple[str, ...]:
-    """Tk's file dialog shows the names that end in these very letters."""
-    return tuple(case for ending in endings for case in (ending, ending.upper()))
-
-
-def _translate_tk(root: tk.Tk, language: str) -> None:
-    """Let Tk's own dialogs follow the language; a file dialog shown before is made anew."""
-    root.tk.call("::msgcat::mclocale", {"zh": "zh_cn"}.get(language, language))
-    root.tk.eval("destroy .__tk_filedialog")
 
 
 def _short(text: str, most: int) -> str:
