@@ -76,6 +76,13 @@ def ticking(root, *toggled, ends=True):
     return seen
 
 
+def zoomed(view, x, y):
+    """The scale after a notch of the wheel."""
+    view.event_generate("<Button-4>", x=x, y=y)
+    settle(view, lambda: view._waiting is None)
+    return view._scale
+
+
 @pytest.mark.parametrize("unit, shown", [("mm", "370 mm × 370 mm"), ("in", "9398 mm × 9398 mm")])
 def test_units_that_make_no_part_are_asked_about(start, drawn, unit, shown):
     app = start()
@@ -144,8 +151,19 @@ def test_what_was_left_out_is_listed_and_shown(start, drawn):
     # It lies to the right of the profile, which makes room for it.
     assert x1 > max(outline[:, 0].max() for outline in outlines(app.view))
     assert x2 < app.view.winfo_width() and math.isclose(x2 - x1, y2 - y1)
+    # What the user looks at stays, as long as the place is in sight.
+    scale = zoomed(app.view, round((x1 + x2) / 2), round((y1 + y2) / 2))
+    report.button.invoke()
+    app.unit_choice.set("in")
+    app.perform("change_units")
+    assert app.view.find_withtag("mark") and app.view._scale == scale
+    report.list.selection_set("1")
+    report.button.invoke()
+    whole = app.view._fitted_scale(app.view._box)
+    assert app.view._scale == whole != scale
+    scale = zoomed(app.view, 20, 20)
     report.close()
-    assert app.view.find_withtag("mark") == ()
+    assert app.view.find_withtag("mark") == () and app.view._scale == scale != whole
 
 
 def test_what_has_no_place_cannot_be_shown(start, drawn):

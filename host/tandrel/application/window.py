@@ -412,7 +412,7 @@ class App:
         self.measured = cast(Measured, measured)
         for report in self.root.winfo_children():
             if isinstance(report, importing.Report):
-                report.destroy()
+                report.close()
         self.refresh()
 
     def _begin(self, measured: Measured) -> None:

@@ -58,7 +58,6 @@ class ProfileView(tk.Canvas):
         """Show this profile of this overall size, or a text where there is nothing to show."""
         self._size = size
         self._instead = instead
-        self._marked = None
         # Holes lie over what they are cut out of, and islands over them.
         by_size = sorted(contours, key=lambda contour: -abs(contour.area))
         self._outlines = [_Outline(contour) for contour in by_size]
@@ -74,10 +73,21 @@ class ProfileView(tk.Canvas):
         self.repaint()
 
     def mark(self, place: Optional[Tuple[float, float]]) -> None:
-        """Show where a place of the plane is, inside the profile or around it; None, no more."""
+        """Show where a place of the plane is, inside the profile or around it; None, no more.
+
+        The view that the user chose stays, unless the place is out of sight.
+        """
         self._marked = place
-        self._is_fitted = True
+        if place is not None and not self._sees(place):
+            self._is_fitted = True
         self.repaint()
+
+    def _sees(self, place: Tuple[float, float]) -> bool:
+        """Whether all of a mark there would be in sight."""
+        x, y = self._on_canvas(np.array(place))
+        edge = px(2 * _MARK)
+        width, height = self.winfo_width(), self.winfo_height()
+        return edge <= x <= width - edge and edge <= y <= height - edge
 
     def size_texts(self) -> List[str]:
         """Overall width and height in display units."""
