@@ -14,6 +14,8 @@ THIRD = 0.01 / 3
         (36 * 0.001, 0.036),
         (0.036 - 0.012, 0.024),
         (0.1 + 0.2 - 0.3, 0.0),
+        (0.3 - 0.1 - 0.2, 0.0),
+        (-0.0, 0.0),
         (-3 * 0.1, -0.3),
         (THIRD, THIRD),
         (math.sqrt(2) / 100, math.sqrt(2) / 100),
@@ -22,7 +24,7 @@ THIRD = 0.01 / 3
     ],
 )
 def test_only_dust_goes(value, tidy):
-    assert dusted(value) == tidy
+    assert repr(dusted(value)) == repr(tidy)
 
 
 def test_numbers_that_are_none_stay():

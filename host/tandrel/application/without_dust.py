@@ -20,7 +20,9 @@ def dusted(value: Any) -> Any:
         if not math.isfinite(value):
             return value
         tidy = round(value, _DECIMALS)
-        return tidy if abs(tidy - value) <= _DUST * math.ulp(max(abs(value), 1.0)) else value
+        is_dust = abs(tidy - value) <= _DUST * math.ulp(max(abs(value), 1.0))
+        # Of a zero without its sign.
+        return tidy + 0.0 if is_dust else value
     if isinstance(value, dict):
         return {key: dusted(part) for key, part in value.items()}
     if isinstance(value, list):
