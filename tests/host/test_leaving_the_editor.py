@@ -9,7 +9,7 @@ import sys
 import pytest
 from harness.places import SEARCH_PATH
 from support.application import answering, dialogs, in_editor
-from support.events import Send
+from support.events import Send, settle
 from support.widgets import button
 from tandrel import storage
 from tandrel.application.dialogs import Question
@@ -91,31 +91,48 @@ def test_it_is_asked_once_at_a_time_and_ends_with_the_editor(editor):
     assert not editor.winfo_exists()
 
 
-def test_each_change_is_kept(editor):
+def rest(editor):
+    """Wait until what was changed is kept."""
+    settle(editor, lambda: editor._waiting is None)
+
+
+def test_changes_are_kept_once_some_time_has_gone(editor):
     delete(editor)
     editor.undo()
     editor.redo()
     editor.select(None)
-    assert editor.kept == [{**SKETCH, "entities": entities} for entities in ([], [CIRCLE], [])]
+    assert editor.kept == []
+    rest(editor)
+    editor.undo()
+    rest(editor)
+    assert editor.kept == [{**SKETCH, "entities": entities} for entities in ([], [CIRCLE])]
+
+
+def test_an_offset_is_kept_as_it_is_typed(editor):
+    for typed in ("1/2 in", "far"):
+        editor.offset.set(typed)
+        rest(editor)
+    assert editor.kept == [{**SKETCH, "offset": 0.0127}, SKETCH]
+
+
+def test_nothing_is_kept_of_an_editor_that_is_closed(editor):
+    before = set(editor.tk.call("after", "info"))
+    delete(editor)
+    window = editor.master
+    assert set(window.tk.call("after", "info")) != before
+    editor.destroy()
+    assert set(window.tk.call("after", "info")) == before
 
 
 def test_what_cannot_be_kept_is_told_once(editor):
     editor._keep = lambda sketch: "no room"
     delete(editor)
+    rest(editor)
     assert str(editor.status.cget("text")) == "Not kept for a crash: no room"
     editor.status.configure(text="")
     editor.undo()
+    rest(editor)
     assert str(editor.status.cget("text")) == ""
-
-
-def test_a_size_is_applied_though_the_sketch_cannot_be_kept(editor):
-    editor._keep = lambda sketch: "no room"
-    editor.select(0)
-    editor.vars["r"].set("10/2")
-    editor.apply_props()
-    assert str(editor.status.cget("text")) == "Not kept for a crash: no room"
-    assert (editor.vars["r"].get(), editor.is_unapplied()) == ("5", False)
-    assert editor.sk["entities"][0]["r"] == 0.005
 
 
 # In the application.
@@ -124,11 +141,14 @@ CRASH = """
 import os, signal, sys
 from tandrel.application import commands
 from tandrel.application.editor import Editor
+from tandrel.application.recovery import Recovery
 from tandrel.application.window import App
 
 def delete_and_die(editor):
     editor.select(1)
     editor.delete()
+    while not list(Recovery().folder.glob("*.sketch")):
+        editor.update()
     os.kill(os.getpid(), signal.SIGKILL)
 
 def build(app):
@@ -165,9 +185,12 @@ def test_an_editor_that_is_left_keeps_what_was_there_before(start, part):
     def change(editor):
         editor.select(1)
         editor.delete()
+        rest(editor)
         editor.undo()
+        rest(editor)
         kept.append(len(records()))
         editor.redo()
+        rest(editor)
         seen.extend(records())
 
     kept = []
@@ -192,5 +215,11 @@ def test_a_draft_that_cannot_be_kept_is_told(start, part, monkeypatch):
 
     app, seen = start(part), []
     monkeypatch.setattr(Recovery, "keep", full)
-    in_editor(app, lambda editor: (delete(editor), seen.append(editor.status.cget("text"))))
+
+    def change(editor):
+        delete(editor)
+        rest(editor)
+        seen.append(editor.status.cget("text"))
+
+    in_editor(app, change)
     assert seen == ["Not kept for a crash: No space left on device"]

@@ -6,7 +6,9 @@ import copy
 from harness.user import until
 from support.application import dialogs
 from support.widgets import button
+from tandrel import storage
 from tandrel.application.dialogs import Question
+from tandrel.application.recovery import Recovery
 from tandrel.application.sizes_while_drawing import COLOUR
 
 CROSSED = [(-90, -60), (-80, -50), (-80, -60), (-90, -50)]
@@ -14,6 +16,12 @@ CROSSED = [(-90, -60), (-80, -50), (-80, -60), (-90, -50)]
 
 def said(person, text):
     return person.status_has(text)
+
+
+def kept():
+    """The sketches that lie where a crash can't reach them."""
+    records = Recovery().folder.glob("*.sketch")
+    return [storage.loads(r.read_bytes().split(b"\n", 1)[1]).sketch for r in records]
 
 
 def sizes(person):
@@ -88,6 +96,7 @@ def multiply_and_move(person):
         person.user.key(name)
         yield person.holds(last, "xc", bore["xc"] + u)
         yield person.holds(last, "yc", bore["yc"] + v)
+    yield until(lambda: kept() == [editor.sk], "what a crash would leave")
     for name, value in (("yc", bore["yc"]), ("xc", bore["xc"] + 0.001), ("r", bore["r"])):
         person.user.key("ctrl+z")
         yield person.holds(last, name, value)

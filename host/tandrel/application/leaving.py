@@ -2,23 +2,30 @@
 
 from __future__ import annotations
 
+from contextlib import suppress
 from tkinter import ttk
-from typing import Any, Callable
+from typing import Any, Callable, Optional
 
 from tandrel.application.dialogs import ask
 from tandrel.application.history import Undoing
-from tandrel.application.typed_sizes import TypedSizes
+from tandrel.application.typed_numbers import Unreadable
+from tandrel.application.typed_sizes import TypedSizes, read_length
 from tandrel.gui.i18n import tr
+from tandrel.gui.widgets import units
+
+_KEPT_AFTER_MS = 500  # what a crash may cost; a key that is held makes a change every 30
 
 
 class Leaving(Undoing, TypedSizes):
-    """Asks before it drops what OK has not accepted; hands each change to `keep`, if given.
+    """Asks before it drops what OK has not accepted; hands what changes to `keep`, if given.
 
-    `keep` gets the sketch as it is, to be read at once; it returns why it couldn't, or "".
+    `keep` gets the sketch as OK would take it over, to be read at once; it returns why it couldn't,
+    or "". It is called half a second after the first of the changes that it wasn't called for.
     """
 
     _asks = False
     _keep_failed = ""
+    _waiting: Optional[str] = None
 
     def __init__(
         self, parent: Any, sketch: Any, keep: Callable[[Any], str] = lambda _: "", **options: Any
@@ -27,6 +34,7 @@ class Leaving(Undoing, TypedSizes):
         super().__init__(parent, sketch, **options)
         self.protocol("WM_DELETE_WINDOW", self.close)
         self._offset_shown = self.offset.get()
+        self.offset.trace_add("write", lambda *_: self._keep_soon())
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
@@ -63,7 +71,29 @@ class Leaving(Undoing, TypedSizes):
 
     def changed(self) -> None:
         super().changed()
-        failed = self._keep(self.sk)
+        self._keep_soon()
+
+    def _keep_soon(self) -> None:
+        if self._waiting is None:
+            self._waiting = self.after(_KEPT_AFTER_MS, self._keep_now)
+
+    def _keep_now(self) -> None:
+        self._waiting = None
+        failed = self._keep(self._draft())
         if failed and failed != self._keep_failed:
             self.tell(tr("Not kept for a crash: {why}").format(why=failed))
         self._keep_failed = failed
+
+    def _draft(self) -> Any:
+        """The sketch, with the offset that was typed, if it can be read."""
+        typed = self.offset.get()
+        if self.dim == 3 and typed != self._offset_shown:
+            with suppress(Unreadable):
+                return {**self.sk, "offset": units().to_si(read_length(typed), "length")}
+        return self.sk
+
+    def destroy(self) -> None:
+        if self._waiting is not None:
+            self.after_cancel(self._waiting)
+            self._waiting = None
+        super().destroy()
