@@ -116,6 +116,27 @@ def test_undo_takes_back_first_what_is_no_change_yet(at_work):
     assert editor.sk["entities"] == SKETCH["entities"]
 
 
+def test_redo_and_moving_lose_nothing_that_is_typed(at_work):
+    hands, _ = at_work(Editor)
+    editor = hands.editor
+    editor.select(0)
+    for way in ("Right", "Left"):
+        hands.key(way)
+    editor.undo()
+    editor.vars["w"].set("90")
+    hands.key("Control-Y")
+    assert editor.vars["w"].get() == "90" and editor.sk["entities"][0]["x"] == 0.0001
+    assert str(editor.status.cget("text")).startswith("Apply what you typed first")
+    hands.key("Control-z")
+    hands.key("Control-y")
+    assert editor.sk["entities"] == SKETCH["entities"]
+    for key, typed, widths in (("Up", "91", [0.091]), ("Control-d", "92", [0.092, 0.092])):
+        editor.vars["w"].set(typed)
+        hands.key(key)
+        assert [e["w"] for e in editor.sk["entities"]] == widths
+        assert editor.sk["entities"][-1]["y"] == 0.0001
+
+
 def test_a_sum_in_the_grid_is_what_snaps_and_what_is_drawn(at_work):
     hands, (x, y) = at_work(Editor)
     editor = hands.editor

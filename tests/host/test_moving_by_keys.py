@@ -58,6 +58,21 @@ def test_keys_of_fields_and_of_the_list_are_theirs(hands):
     assert (editor.sk["entities"], editor.sel) == ([CIRCLE, SLOT], 1)
 
 
+@pytest.mark.parametrize("key", ["Control-d", "Left", "Shift-Down"])
+@pytest.mark.parametrize("grid", ["1e300", "1e15"])
+def test_a_shape_stays_where_it_could_not_be_beyond(hands, key, grid):
+    editor = hands.editor
+    editor.grid.set(grid)
+    hands.key(key)
+    hands.motion(100, 100)
+    assert (editor.sk["entities"], editor.sel) == ([CIRCLE, SLOT], 0)
+    assert str(editor.status.cget("text")).startswith("Not moved: ")
+    editor.grid.set("5")
+    hands.key("Right")
+    hands.motion(100, 100)
+    assert str(editor.status.cget("text")).startswith("x = ")
+
+
 @pytest.mark.parametrize("key", ["Control-d", "Left"])
 def test_nothing_happens_without_a_shape_or_while_the_pointer_has_it(hands, key):
     editor = hands.editor

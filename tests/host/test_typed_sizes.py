@@ -181,7 +181,42 @@ def test_a_grid_is_a_sum_too(editor):
     editor.update()
     assert editor.focus_get() is editor.canvas
     assert (editor.grid.get(), editor.grid_step()) == ("2.5", 0.0025)
-    type_text(entry, "wide")
-    focus(editor.canvas)
+    for text, why in (("wide", "can't be read"), ("-5", "is less than zero"), ("5-9", "is less")):
+        type_text(entry, text)
+        focus(editor.canvas)
+        assert status(editor).startswith(f"Not applied: Grid: “{text}” {why}")
+        assert (editor.grid.get(), editor.grid_step()) == (text, default)
+
+
+def by_pointer(hands):
+    hands.editor.tool.set("select")
+    hands.click(*hands.at((0.1, 0.0)))
+
+
+def by_row(hands):
+    hands.editor.list.selection_set("1")
+    hands.editor.update()
+
+
+def by_drawing(hands):
+    hands.editor.tool.set("circle")
+    hands.stroke((30, 30), (40, 40), (50, 50))
+
+
+@pytest.mark.parametrize("go_on", [by_pointer, by_row, by_drawing])
+@pytest.mark.parametrize("text, radius, why", [("7", 0.007, ""), ("seven", 0.004, "“seven”")])
+def test_going_on_to_another_shape_applies_what_is_typed(editor, go_on, text, radius, why):
+    editor.select(0)
+    type_text(entry_of(editor, editor.vars["r"]), text)
+    go_on(Send(editor))
+    assert editor.sk["entities"][:3] == [{**CIRCLE, "r": radius}, NUT, OUTLINE]
+    assert editor.sel == (3 if go_on is by_drawing else 1)
+    assert editor.vars["r"].get() != text and why in status(editor)
+
+
+def test_a_press_on_the_drawing_gives_it_the_keyboard(editor):
+    type_text(entry_of(editor, editor.grid), "wide")
+    Send(editor).press(5, 5)
+    editor.update()
+    assert editor.focus_get() is editor.canvas
     assert status(editor).startswith("Not applied: Grid: “wide”")
-    assert editor.grid_step() == default

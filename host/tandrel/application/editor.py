@@ -18,6 +18,7 @@ from tandrel.application.moving_by_keys import MovingByKeys
 from tandrel.application.sizes_while_drawing import SizesWhileDrawing
 from tandrel.application.unit_grid import UnitGrid
 from tandrel.application.without_dust import WithoutDust
+from tandrel.gui.i18n import tr
 from tandrel.gui.widgets import px
 
 CLICK_PX = 4  # nominal; as far as that from its press the pointer hasn't left it
@@ -63,8 +64,26 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
 
     def undo(self) -> None:
         """Take back the last corner, what was typed and not applied, or the last change."""
+        self._heard()
         if not (self.take_back() or self.forget_typed()):
             super().undo()
+
+    def redo(self) -> None:
+        """Make the change again that was taken back last, unless what is typed would be lost."""
+        if self.is_unapplied():
+            self.tell(tr("Apply what you typed first, or take it back by Ctrl+Z."))
+        else:
+            super().redo()
+
+    # Keys: what is typed for a shape is a part of it.
+
+    def duplicate(self) -> None:
+        if self.settle():
+            super().duplicate()
+
+    def move(self, right: float, up: float) -> None:
+        if self.settle():
+            super().move(right, up)
 
     # The pointer: a shape follows it from when it has left the press.
 

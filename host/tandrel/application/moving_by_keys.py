@@ -6,14 +6,16 @@ import tkinter as tk
 from functools import partial
 from typing import Any
 
-from tandrel.gui.sketcher import SketchEditor
+from tandrel.application.status_messages import LastingMessages
+from tandrel.gui import sketcher
+from tandrel.gui.i18n import tr
 
 _ARROWS = {"Left": (-1, 0), "Right": (1, 0), "Up": (0, 1), "Down": (0, -1)}
 _FINE = 0.1  # with Shift
 
 
-class MovingByKeys(SketchEditor):
-    """Duplicates the selected shape, and moves it by grid steps.
+class MovingByKeys(LastingMessages):
+    """Duplicates the selected shape, and moves it by grid steps, unless it can't be there.
 
     The arrow keys are those of the list, of a field or of a button while one of them has the
     keyboard.
@@ -31,25 +33,37 @@ class MovingByKeys(SketchEditor):
         if e.widget in (self, self.canvas):
             self.move(way[0] * steps, way[1] * steps)
 
-    def _held(self) -> Any:
-        """The shape that keys go to: the selected one, unless the pointer has it."""
-        entities = self.sk["entities"]
-        if self.sel is None or self.sel >= len(entities) or self.drag is not None:
-            return None
-        return entities[self.sel] if self._ok(entities[self.sel]) else None
-
     def duplicate(self) -> None:
         """Add a copy of the selected shape one grid step to its right, and select that."""
-        shape = self._held()
-        if shape is not None:
-            self.add(self._moved(shape, (self.grid_step(), 0.0)))
+        copied = self._held_moved(1.0, 0.0)
+        if copied is not None:
+            self.add(copied)
 
     def move(self, right: float, up: float) -> None:
         """Move the selected shape by so many grid steps."""
-        shape, step = self._held(), self.grid_step()
-        if shape is not None:
-            self.sk["entities"][self.sel or 0] = self._moved(shape, (right * step, up * step))
+        moved = self._held_moved(right, up)
+        if moved is not None:
+            self.sk["entities"][self.sel or 0] = moved
             self.select(self.sel)
+
+    def _held_moved(self, right: float, up: float) -> Any:
+        """The shape that keys go to so many grid steps further; None where that can't be.
+
+        It is the selected one, unless the pointer has it.
+        """
+        self._heard()
+        entities, step = self.sk["entities"], self.grid_step()
+        if self.sel is None or self.sel >= len(entities) or self.drag is not None:
+            return None
+        if not self._ok(entities[self.sel]):
+            return None
+        moved = self._moved(entities[self.sel], (right * step, up * step))
+        try:
+            sketcher.S.outline(moved)
+        except ValueError as error:
+            self.tell(tr("Not moved: {why}").format(why=error))
+            return None
+        return moved
 
 
 def _is_field(widget: Any) -> bool:

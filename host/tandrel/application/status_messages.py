@@ -44,6 +44,10 @@ class LastingMessages(SketchEditor):
         self._heard()
         super().cancel_drawing()
 
+    def delete(self) -> None:
+        self._heard()
+        super().delete()
+
     def apply_props(self) -> None:
         super().apply_props()
         if self.sel is not None:

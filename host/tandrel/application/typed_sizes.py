@@ -34,11 +34,13 @@ def _read_plain(key: str, text: str) -> float:
 class TypedSizes(LastingMessages):
     """What was typed is put as plain numbers before the editor reads it.
 
-    What can't be read is named, and stays as it was typed. What was applied gives the keyboard back
-    to the drawing. OK applies what is typed in the form.
+    What can't be read is named, and stays as it was typed. What was applied, and a press on the
+    drawing, give the keyboard back to that. OK applies what is typed in the form, and so does going
+    on to another shape.
     """
 
-    _shown: Optional[List[str]] = None
+    _shown: Optional[List[str]] = None  # by the form before anything was typed
+    _refused: Optional[List[str]] = None  # what was typed when that was told
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
@@ -74,12 +76,43 @@ class TypedSizes(LastingMessages):
         self._type(self._shown)
         return True
 
+    def settle(self) -> bool:
+        """Apply what was typed and not applied; False where it can't be."""
+        if self.is_unapplied():
+            self.apply_props()
+        return not self.is_unapplied()
+
+    def _go_on(self) -> None:
+        """Apply what was typed before another shape is shown; what was refused is known to be."""
+        if self.typed() != self._refused:
+            self.settle()
+
+    def select(self, index: Optional[int]) -> None:
+        self._go_on()
+        super().select(index)
+
+    def add(self, ent: Any) -> None:
+        self._go_on()
+        super().add(ent)
+
+    def _list_selected(self) -> None:
+        row = self.list.selection()
+        if row != (str(self.sel),) and self.is_unapplied():
+            self._go_on()
+            # Applying selected the row of the shape that was typed for.
+            self.list.selection_set(row)
+        super()._list_selected()
+
+    def _press(self, e: Any) -> None:
+        self.canvas.focus_set()
+        super()._press(e)
+
     def _has_corners(self) -> bool:
         return self.sk["entities"][self.sel or 0]["type"] == "polygon"
 
     def show_props(self) -> None:
         super().show_props()
-        self._shown = self.typed()
+        self._shown, self._refused = self.typed(), None
         if self._shown is not None and self._has_corners():
             self.points_text.configure(undo=True)
             for event, step in (("<<Undo>>", "undo"), ("<<Redo>>", "redo")):
@@ -92,6 +125,7 @@ class TypedSizes(LastingMessages):
         try:
             plain = self._plain()
         except Unreadable as error:
+            self._refused = typed
             return self.tell(tr("Not applied: {why}").format(why=error))
         before = self.sk["entities"][self.sel or 0]
         self._type(plain)
@@ -99,6 +133,7 @@ class TypedSizes(LastingMessages):
         if self.typed() is not None and self.sk["entities"][self.sel or 0] is before:
             # Refused: an applied shape is another one, whatever the status line tells besides.
             self._type(typed)
+            self._refused = typed
             return
         self._shown = self.typed()
         if str(self.tk.call("focus")).startswith(f"{self.props}."):
@@ -129,10 +164,8 @@ class TypedSizes(LastingMessages):
     # Offset and grid.
 
     def ok(self) -> None:
-        if self.is_unapplied():
-            self.apply_props()
-            if self.is_unapplied():
-                return
+        if not self.settle():
+            return
         if self.dim == 3:
             try:
                 with _named(tr("Offset along the normal")):
@@ -153,7 +186,10 @@ class TypedSizes(LastingMessages):
         text = self.grid.get()
         try:
             with _named(tr("Grid")):
-                self.grid.set(num_text(read_length(text)))
+                typed = read_length(text)
+                if typed < 0:
+                    raise Unreadable(tr("“{text}” is less than zero").format(text=text.strip()))
+                self.grid.set(num_text(typed))
         except Unreadable as error:
             if text.strip():
                 self.tell(tr("Not applied: {why}").format(why=error))
