@@ -43,6 +43,18 @@ def test_a_sum_in_the_form_is_applied_and_shown_as_its_value(editor):
         assert not editor.is_unapplied()
 
 
+IN_INCHES = {"30 mm": 0.03, "3cm+1in": 0.0554, "12.3 mm / 3": 0.0041, "1/3": 0.0254 / 3}
+
+
+def test_what_the_file_holds_is_what_was_typed_whatever_the_window_s_unit(editor):
+    widgets.set_units("in")
+    editor.select(0)
+    for text, value in IN_INCHES.items():
+        editor.vars["r"].set(text)
+        editor.apply_props()
+        assert editor.sk["entities"][0]["r"] == value
+
+
 def test_enter_gives_the_keyboard_back_where_the_size_is_applied(editor):
     editor.select(0)
     entry = entry_of(editor, editor.vars["r"])

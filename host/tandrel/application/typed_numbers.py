@@ -1,8 +1,9 @@
 """Numbers as people type them: "3,5", "40 mm", "120/2", "1 1/2 in", "2*(10+5)".
 
-A sum is worked out exactly. A product or a quotient may have one unit, which goes for all of it:
-"1/2 in" is half an inch. A number without a unit has that of its field; but a sum in which some
-numbers have another unit and some have none could mean two things, and is refused.
+A sum is worked out exactly; only its result is rounded, to the nearest number that there is. A
+product or a quotient may have one unit, which goes for all of it: "1/2 in" is half an inch. A
+number without a unit has that of its field; but a sum in which some numbers have another unit and
+some have none could mean two things, and is refused.
 """
 
 from __future__ import annotations
@@ -15,7 +16,6 @@ from tandrel.gui import i18n
 from tandrel.gui.i18n import tr
 
 LONGEST, SHOWN = 100, 40  # characters; of a text that is read, and of one that is shown
-DIGITS = 12  # of what was worked out
 
 # Where people write a decimal comma. A point is read everywhere: that is how numbers are shown.
 _COMMA = {"de", "fr"}
@@ -105,13 +105,10 @@ class _Reader:
         return tokens[::-1]
 
     def number(self) -> float:
-        kinds = [token.kind for token in self._tokens[::-1]]
         total = self._sum()
         if self._tokens[-1].kind != "end":
             raise _unreadable(self._shown)
-        value = float(self._measured(total))
-        is_plain = kinds[-2:] == ["number", "end"] and len(kinds) < 4
-        return value if is_plain else float(f"{value:.{DIGITS}g}")
+        return float(self._measured(total))
 
     def _next(self, *wanted: str) -> str:
         """The next token's text where it is one of these signs, and "" where it isn't."""
