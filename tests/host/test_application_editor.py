@@ -3,7 +3,7 @@
 import copy
 
 import pytest
-from support.events import Send
+from support.events import Send, type_text
 from support.neighbours import rectangle
 from tandrel.application.editor import CLICK_PX, Editor
 from tandrel.gui import widgets
@@ -106,14 +106,53 @@ def test_undo_takes_back_first_what_is_no_change_yet(at_work):
     editor.apply_props()
     editor.vars["r"].set("6")
     hands.click(20, 20)
+    (corner,) = editor.clicks
     hands.key("Control-z")
     assert (editor.clicks, editor.vars["r"].get()) == ([], "6")
+    hands.key("Control-y")
+    assert editor.clicks == [corner]
+    hands.key("Control-z")
     hands.key("Control-z")
     assert (editor.vars["r"].get(), editor.sk["entities"][1]["r"]) == ("5", 0.005)
     hands.key("Control-z")
     assert editor.sk["entities"][1]["r"] == 0.004
     hands.key("Control-z")
     assert editor.sk["entities"] == SKETCH["entities"]
+
+
+@pytest.mark.parametrize("name", ["grid", "offset"])
+def test_undo_in_a_field_over_the_drawing_is_that_of_its_text(at_work, name):
+    hands, _ = at_work(Editor)
+    editor, variable = hands.editor, getattr(hands.editor, name)
+    (entry,) = editor._entries(variable)
+    before = variable.get()
+    editor.select(0)
+    editor.delete()
+    type_text(entry, "25")
+    hands.key("Control-z", entry)
+    assert (variable.get(), editor.sk["entities"]) == (before, [])
+    hands.key("Control-z", entry)
+    assert editor.sk["entities"] == SKETCH["entities"]
+    type_text(entry, "1/2 in")
+    hands.key("Return", entry)
+    editor.update()
+    assert variable.get() == "12.7" and editor.focus_get() is editor.canvas
+
+
+@pytest.mark.parametrize("tool, count", [("select", 1), ("circle", 2), ("slot", 1)])
+def test_a_drag_right_after_a_click_is_one(at_work, tool, count):
+    hands, (x, y) = at_work(Editor, tool)
+    stamp = next(hands.clock)
+    for moment in (stamp, stamp + 50):
+        hands.canvas.event_generate("<ButtonPress-1>", x=x, y=y, time=moment)
+        if moment == stamp:
+            hands.release(x, y)
+    hands.drag(x + 20, y)
+    hands.drag(x + 40, y)
+    hands.release(x + 40, y)
+    shapes = hands.editor.sk["entities"]
+    assert len(shapes) == count
+    assert (shapes[0] != SKETCH["entities"][0]) == (tool == "select")
 
 
 def test_redo_and_moving_lose_nothing_that_is_typed(at_work):

@@ -34,8 +34,30 @@ def test_backspace_takes_back_the_last_corner_and_then_the_shape(hands, tool, co
         hands.key("BackSpace")
         assert [tuple(c) for c in editor.clicks] == clicks[:left]
         assert editor.sk["entities"] == [CIRCLE]
+    # A key that is held goes on.
+    hands.key("BackSpace")
+    hands.key("BackSpace")
+    assert editor.sk["entities"] == [CIRCLE]
+    hands.key("Shift_L")
     hands.key("BackSpace")
     assert editor.sk["entities"] == []
+
+
+def test_corners_that_were_taken_back_come_back(hands):
+    editor = hands.editor
+    for left, back in ((1, 2), (0, 3)):
+        clicks = click(hands, "line", CROSSED[:3])
+        while len(editor.clicks) > left:
+            editor.take_back()
+        assert [editor.give_back() for _ in range(back + 1)] == back * [True] + [False]
+        assert [tuple(c) for c in editor.clicks] == clicks
+        hands.key("Escape")
+    for end in ("press", "Return", "Escape"):
+        assert len(click(hands, "line", [*CROSSED[:3], (0.03, -0.01)])) == 4
+        editor.take_back()
+        hands.press(20, 20) if end == "press" else hands.key(end)
+        assert not editor.give_back()
+        hands.key("Escape")
 
 
 def test_delete_and_fields_have_keys_of_their_own(hands):

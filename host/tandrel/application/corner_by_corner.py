@@ -4,42 +4,75 @@
 from __future__ import annotations
 
 import tkinter as tk
-from typing import Any
+from typing import Any, List
 
 from tandrel.application.status_messages import LastingMessages
 from tandrel.gui.i18n import tr
 
 
 class CornerByCorner(LastingMessages):
-    """BackSpace takes back the last corner of an outline or a slot that is being clicked."""
+    """BackSpace takes back the last corner of an outline or a slot that is being clicked.
+
+    Held down it takes back all of them and no more: it removes no shape until another key or a
+    button was pressed.
+    """
+
+    _has_emptied = False  # BackSpace, by taking back the first corner
 
     def __init__(self, parent: Any, sketch: Any, **options: Any) -> None:
+        self._taken: List[Any] = []  # corners that were taken back since the last one was clicked
         super().__init__(parent, sketch, **options)
         self.bind("<BackSpace>", self._backspace)
 
+    def _heard(self) -> None:
+        super()._heard()
+        self._has_emptied = False
+
     def _backspace(self, e: Any) -> None:
+        has_emptied = self._has_emptied
         self._heard()
-        if isinstance(e.widget, tk.Text):
+        if isinstance(e.widget, (tk.Entry, tk.Text)):
             return
-        if isinstance(e.widget, tk.Entry) or not self.take_back():
+        if self.take_back() or has_emptied:
+            self._has_emptied = not self.clicks
+        else:
             self.delete()
 
     def take_back(self) -> bool:
         """Take back the corner that was clicked last; False where none was."""
         if not self.clicks:
             return False
-        self.clicks.pop()
+        self._taken.append(self.clicks.pop())
         self.redraw()
         return True
 
+    def give_back(self) -> bool:
+        """Have the corner again that was taken back last; False where none was."""
+        if not self._taken:
+            return False
+        self.clicks.append(self._taken.pop())
+        self.redraw()
+        return True
+
+    def _press(self, e: Any) -> None:
+        self._taken.clear()
+        super()._press(e)
+
+    def cancel_drawing(self) -> None:
+        self._taken.clear()
+        super().cancel_drawing()
+
     def close_line(self) -> None:
         """Keep the corners of an outline that is refused."""
+        self._heard()
         corners, shapes = self.clicks, len(self.sk["entities"])
         super().close_line()
         if corners and not self.clicks and len(self.sk["entities"]) == shapes:
             self.clicks = corners
             self._told = str(self.status.cget("text"))
             self.redraw()
+        elif not self.clicks:
+            self._taken.clear()
 
     def ok(self) -> None:
         """Accept no sketch while corners stand that would go with the dialog."""

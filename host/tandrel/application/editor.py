@@ -42,6 +42,7 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
         editor_layout.arrange(self, self.window_size)
+        self.canvas.bind("<Double-Button-1>", self._press_again)
 
     def geometry(self, newGeometry: Any = None) -> Any:  # type: ignore[override]
         """As Tk has it, but a place is changed where part of the dialog would be off the screen."""
@@ -69,7 +70,10 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
             super().undo()
 
     def redo(self) -> None:
-        """Make the change again that was taken back last, unless what is typed would be lost."""
+        """Have again what was taken back last, a corner or a change; nothing typed is lost."""
+        self._heard()
+        if self.give_back():
+            return
         if self.is_unapplied():
             self.tell(tr("Apply what you typed first, or take it back by Ctrl+Z."))
         else:
@@ -93,6 +97,13 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         super()._press(e)
         moves = self.drag is not None and self.drag["kind"] == "move"
         self._pressed = (e.x, e.y) if moves else None
+
+    def _press_again(self, e: Any) -> None:
+        """A second press in the same place: where no corners are clicked, it begins a drag."""
+        if self.tool.get() in ("line", "slot"):
+            self.close_line()
+        else:
+            self._press(e)
 
     def _drag(self, e: Any) -> None:
         if self._pressed is not None:

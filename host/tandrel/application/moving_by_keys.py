@@ -38,6 +38,8 @@ class MovingByKeys(LastingMessages):
         copied = self._held_moved(1.0, 0.0)
         if copied is not None:
             self.add(copied)
+            # The next keys are for the copy, not for the list.
+            self.canvas.focus_set()
 
     def move(self, right: float, up: float) -> None:
         """Move the selected shape by so many grid steps."""

@@ -7,16 +7,17 @@ import tkinter as tk
 from contextlib import suppress
 from fractions import Fraction
 from functools import partial
-from typing import Any, Iterator, List, Optional
+from typing import Any, Iterator, List, Optional, Tuple
 
 from tandrel.application import typed_numbers
 from tandrel.application.status_messages import LastingMessages
 from tandrel.application.typed_numbers import Unreadable
 from tandrel.gui import sketcher
-from tandrel.gui.i18n import tr
+from tandrel.gui.i18n import N_, tr
 from tandrel.gui.widgets import SYSTEMS, num_text, units
 
 _DEGREES = {"°": Fraction(1)}
+_OFFSET = N_("Offset along the normal")
 
 
 def read_length(text: str) -> float:
@@ -40,13 +41,18 @@ class TypedSizes(LastingMessages):
     """
 
     _shown: Optional[List[str]] = None  # by the form before anything was typed
+    _field: Optional[
+        Tuple[tk.StringVar, str]
+    ] = None  # the field over the drawing with the keyboard
     _refused: Optional[List[str]] = None  # what was typed when that was told
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
-        for entry in self._entries(self.grid):
-            entry.bind("<Return>", lambda _event: self.canvas.focus_set(), add="+")
-            entry.bind("<FocusOut>", lambda _event: self._take_grid(), add="+")
+        for variable, label in ((self.grid, N_("Grid")), (self.offset, _OFFSET)):
+            for entry in self._entries(variable):
+                entry.bind("<Return>", lambda _event: self.canvas.focus_set(), add="+")
+                entry.bind("<FocusIn>", partial(self._begin, variable), add="+")
+                entry.bind("<FocusOut>", partial(self._take, variable, label), add="+")
 
     def _entries(self, variable: tk.Variable) -> Iterator[tk.Misc]:
         """The fields over the drawing that show a variable."""
@@ -71,6 +77,9 @@ class TypedSizes(LastingMessages):
 
     def forget_typed(self) -> bool:
         """Take back what was typed and not applied; False where there is no such thing."""
+        if self._field is not None and self._field[0].get() != self._field[1]:
+            self._field[0].set(self._field[1])
+            return True
         if self._shown is None or not self.is_unapplied():
             return False
         self._type(self._shown)
@@ -168,7 +177,7 @@ class TypedSizes(LastingMessages):
             return
         if self.dim == 3:
             try:
-                with _named(tr("Offset along the normal")):
+                with _named(tr(_OFFSET)):
                     self.offset.set(num_text(read_length(self.offset.get())))
             except Unreadable as error:
                 return self.tell(tr("Not applied: {why}").format(why=error))
@@ -181,18 +190,24 @@ class TypedSizes(LastingMessages):
                 return units().to_si(typed, "length")
         return self._default_grid()
 
-    def _take_grid(self) -> None:
-        """Show the step that was typed as a plain number, or say why there is another one."""
-        text = self.grid.get()
+    def _begin(self, variable: tk.StringVar, _event: Any) -> None:
+        self._field = variable, variable.get()
+
+    def _take(self, variable: tk.StringVar, label: str, _event: Any) -> None:
+        """Show as a plain number what was typed into a field over the drawing, or say why not."""
+        self._field = None
+        text = variable.get()
+        if not text.strip():
+            return
         try:
-            with _named(tr("Grid")):
+            with _named(tr(label)):
                 typed = read_length(text)
-                if typed < 0:
+                if variable is self.grid and typed < 0:
                     raise Unreadable(tr("“{text}” is less than zero").format(text=text.strip()))
-                self.grid.set(num_text(typed))
         except Unreadable as error:
-            if text.strip():
-                self.tell(tr("Not applied: {why}").format(why=error))
+            self.tell(tr("Not applied: {why}").format(why=error))
+        else:
+            variable.set(num_text(typed))
 
 
 def _step_in_text(box: tk.Text, step: str, _event: Any) -> Optional[str]:
