@@ -17,6 +17,7 @@ from tandrel.gui.i18n import N_, tr
 from tandrel.gui.widgets import SYSTEMS, num_text, units
 
 _DEGREES = {"°": Fraction(1)}
+_FINEST_GRID = 1e-12  # metres
 _OFFSET = N_("Offset along the normal")
 
 
@@ -25,6 +26,11 @@ def read_length(text: str) -> float:
     own = Fraction(SYSTEMS[units().name].metres)
     known = {name: Fraction(system.metres) / own for name, system in SYSTEMS.items()}
     return typed_numbers.read(text, {**known, '"': known["in"]})
+
+
+def _is_step(typed: float) -> bool:
+    """Whether a length in display units can be that of a grid; numbers end somewhere."""
+    return units().to_si(typed, "length") >= _FINEST_GRID
 
 
 def _read_plain(key: str, text: str) -> float:
@@ -186,7 +192,7 @@ class TypedSizes(LastingMessages):
     def grid_step(self) -> float:
         with suppress(Unreadable):
             typed = read_length(self.grid.get())
-            if typed > 0:
+            if _is_step(typed):
                 return units().to_si(typed, "length")
         return self._default_grid()
 
@@ -202,8 +208,13 @@ class TypedSizes(LastingMessages):
         try:
             with _named(tr(label)):
                 typed = read_length(text)
-                if variable is self.grid and typed < 0:
-                    raise Unreadable(tr("“{text}” is less than zero").format(text=text.strip()))
+                if variable is self.grid and typed and not _is_step(typed):
+                    why = (
+                        tr("“{text}” is less than zero")
+                        if typed < 0
+                        else tr("“{text}” is too small")
+                    )
+                    raise Unreadable(why.format(text=text.strip()))
         except Unreadable as error:
             self.tell(tr("Not applied: {why}").format(why=error))
         else:
