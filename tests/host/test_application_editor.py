@@ -3,6 +3,7 @@
 import copy
 
 import pytest
+from harness.user import find
 from support.events import Send, type_text
 from support.neighbours import rectangle
 from tandrel.application.editor import CLICK_PX, Editor
@@ -87,6 +88,19 @@ def test_what_is_drawn_follows_the_pointer_at_once(at_work, tool):
     assert len(editor.sk["entities"]) == 2
 
 
+def test_a_shape_goes_back_where_its_move_is_abandoned(at_work):
+    hands, (x, y) = at_work(Editor)
+    editor = hands.editor
+    hands.press(x, y)
+    hands.drag(x + 30, y)
+    assert editor.sk["entities"] != SKETCH["entities"]
+    hands.key("Escape")
+    hands.drag(x + 40, y)
+    hands.release(x + 40, y)
+    assert editor.sk["entities"] == SKETCH["entities"]
+    assert editor.vars["x"].get() == "0" and not editor.history.step(-1)
+
+
 def test_a_click_on_nothing_and_one_after_it_move_nothing(at_work):
     hands, (x, y) = at_work(Editor)
     hands.stroke((5, 5), (30, 30))
@@ -118,6 +132,24 @@ def test_undo_takes_back_first_what_is_no_change_yet(at_work):
     assert editor.sk["entities"][1]["r"] == 0.004
     hands.key("Control-z")
     assert editor.sk["entities"] == SKETCH["entities"]
+
+
+def test_the_number_pad_s_enter_is_the_other_one(at_work):
+    hands, _ = at_work(Editor, "line")
+    editor = hands.editor
+    editor.select(0)
+    entry = find(editor.props, "TEntry", textvariable=editor.vars["w"])
+    type_text(entry, "80")
+    hands.key("KP_Enter", entry)
+    assert editor.sk["entities"][0]["w"] == 0.08
+    for corner in ((20, 20), (40, 20), (20, 40)):
+        hands.click(*corner)
+    hands.key("KP_Enter")
+    assert [e["type"] for e in editor.sk["entities"]] == ["rectangle", "polygon"]
+    box = editor.points_text
+    box.mark_set("insert", "end")
+    hands.key("KP_Enter", box)
+    assert box.get("1.0", "end").count("\n") == 4
 
 
 @pytest.mark.parametrize("name", ["grid", "offset"])

@@ -88,6 +88,33 @@ def test_a_refused_outline_keeps_its_corners_and_its_reason(hands):
     assert editor.clicks == []
 
 
+@pytest.mark.parametrize(
+    "tool, clicked, why",
+    [
+        ("line", CROSSED[:2], "an outline needs at least three corners"),
+        ("slot", [(0.02, 0.0), (0.04, 0.0), (0.03, 0.0)], "the half width must be greater"),
+    ],
+)
+def test_what_can_be_no_shape_yet_is_told_and_kept(hands, tool, clicked, why):
+    editor = hands.editor
+    clicks = click(hands, tool, clicked)
+    if tool == "line":
+        hands.key("Return")
+    hands.motion(300, 300)
+    assert [tuple(c) for c in editor.clicks] == clicks and len(clicks) == 2
+    assert str(editor.status.cget("text")).startswith(f"Not added: {why}")
+    hands.click(*hands.at((0.04, -0.01)))
+    hands.key("Return")
+    assert len(editor.sk["entities"]) == 2 and editor.clicks == []
+
+
+def test_enter_in_a_field_closes_no_outline(hands):
+    clicks = click(hands, "line", CROSSED[:3])
+    fields = hands.editor.props.winfo_children()[0].winfo_children()
+    hands.key("Return", next(w for w in fields if hasattr(w, "icursor")))
+    assert [tuple(c) for c in hands.editor.clicks] == clicks
+
+
 def test_ok_drops_no_corners(hands):
     editor = hands.editor
     clicks = click(hands, "slot", CROSSED[:2])

@@ -43,6 +43,8 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         super()._build(allow_plane)
         editor_layout.arrange(self, self.window_size)
         self.canvas.bind("<Double-Button-1>", self._press_again)
+        # Where numbers are typed, Enter is that of the number pad.
+        self.bind("<KP_Enter>", lambda e: e.widget.event_generate("<Return>"))
 
     def geometry(self, newGeometry: Any = None) -> Any:  # type: ignore[override]
         """As Tk has it, but a place is changed where part of the dialog would be off the screen."""
@@ -79,7 +81,14 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         else:
             super().redo()
 
-    # Keys: what is typed for a shape is a part of it.
+    # Keys. What is typed for a shape is a part of it.
+
+    def cancel_drawing(self) -> None:
+        """Abandon what is being drawn; a shape that is being moved goes back."""
+        if self.drag is not None and self.drag["kind"] == "move" and self.sel is not None:
+            self.sk["entities"][self.sel] = self.drag["orig"]
+            self.refresh_list()
+        super().cancel_drawing()
 
     def duplicate(self) -> None:
         if self.settle():

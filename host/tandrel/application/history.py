@@ -2,10 +2,10 @@
 
 from __future__ import annotations
 
-import tkinter as tk
 from functools import partial
 from typing import Any, List, NamedTuple, Optional, Tuple
 
+from tandrel.application.keyboard import is_field
 from tandrel.gui.sketcher import SketchEditor
 
 MOST = 1000  # states that are kept
@@ -75,7 +75,7 @@ class Undoing(SketchEditor):
 
     def _call(self, operation: str, e: Any) -> None:
         # Tk's fields paste by Ctrl+Y.
-        if e.keysym.lower() != "y" or not isinstance(e.widget, (tk.Entry, tk.Text)):
+        if e.keysym.lower() != "y" or not is_field(e.widget):
             getattr(self, operation)()
 
     def redraw(self) -> None:

@@ -2,10 +2,10 @@
 
 from __future__ import annotations
 
-import tkinter as tk
 from functools import partial
 from typing import Any
 
+from tandrel.application.keyboard import is_field
 from tandrel.application.status_messages import LastingMessages
 from tandrel.gui import sketcher
 from tandrel.gui.i18n import tr
@@ -24,7 +24,7 @@ class MovingByKeys(LastingMessages):
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
         for key in ("Control-d", "Control-D"):
-            self.bind(f"<{key}>", lambda e: None if _is_field(e.widget) else self.duplicate())
+            self.bind(f"<{key}>", lambda e: None if is_field(e.widget) else self.duplicate())
         for key, way in _ARROWS.items():
             self.bind(f"<{key}>", partial(self._arrow, way, 1.0))
             self.bind(f"<Shift-{key}>", partial(self._arrow, way, _FINE))
@@ -66,7 +66,3 @@ class MovingByKeys(LastingMessages):
             self.tell(tr("Not moved: {why}").format(why=error))
             return None
         return moved
-
-
-def _is_field(widget: Any) -> bool:
-    return isinstance(widget, (tk.Entry, tk.Text))
