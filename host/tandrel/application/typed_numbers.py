@@ -20,7 +20,7 @@ LONGEST, SHOWN = 100, 40  # characters; of a text that is read, and of one that 
 # Where people write a decimal comma. A point is read everywhere: that is how numbers are shown.
 _COMMA = {"de", "fr"}
 
-_PLAIN = {ord(odd): plain for odd, plain in zip("０１２３４５６７８９．，＋－−＊×／÷（）″", '0123456789.,+--**//()"')}
+_PLAIN = str.maketrans("０１２３４５６７８９．，；＋－−＊×／÷（）″", '0123456789.,;+--**//()"')
 _TOKEN = re.compile(
     r"""\s*(?:
         (?P<mixed>[0-9]+\s+[0-9]+\s*/\s*[0-9]+)
@@ -44,10 +44,15 @@ def decimal_comma() -> bool:
     return i18n.language() in _COMMA
 
 
+def in_plain_signs(text: str) -> str:
+    """A text with the digits and signs of every keyboard, such as "１２×３；", as "12*3;"."""
+    return text.translate(_PLAIN)
+
+
 def read(text: str, units: Units) -> float:
     """The number that a text stands for, in the unit of its field; `Unreadable` if it is none."""
     text = text.strip()
-    plain = text.translate(_PLAIN)
+    plain = in_plain_signs(text)
     if not plain:
         raise Unreadable(tr("a number is missing"))
     if len(plain) > LONGEST:

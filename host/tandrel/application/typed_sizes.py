@@ -265,6 +265,7 @@ def _plain_corner(number: int, line: str) -> str:
 
 
 def _two(line: str) -> List[str]:
+    line = typed_numbers.in_plain_signs(line)
     if ";" in line:
         return line.split(";")
     comma = r",(?=\s)" if typed_numbers.decimal_comma() else ","
