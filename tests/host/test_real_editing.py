@@ -77,6 +77,40 @@ def mend_an_outline(person):
     assert editor.clicks == []
 
 
+def take_back_all(person):
+    """A held BackSpace takes back all corners and no shape; redo has them again."""
+    editor = person.editor
+    count = len(editor.sk["entities"])
+    yield from person.pick_row(1)
+    yield from person.choose("line")
+    for corner in CROSSED[:2]:
+        yield from person.place(corner)
+    yield from key(person, "ctrl+z", lambda: len(editor.clicks) == 1, "one corner")
+    yield from key(person, "ctrl+y", lambda: len(editor.clicks) == 2, "both again")
+    person.user.key(*4 * ["BackSpace"])
+    yield until(lambda: editor.clicks == [], "no corner")
+    yield from key(person, "ctrl+y", lambda: len(editor.clicks) == 1, "the first again")
+    assert (len(editor.sk["entities"]), editor.sel) == (count, 1)
+    yield from key(person, "Escape", lambda: editor.clicks == [], "the end of it")
+
+
+def type_and_go_on(person):
+    """What is typed is taken over by a click on another shape, which gives the drawing the keys."""
+    editor = person.editor
+    before = copy.deepcopy(editor.sk["entities"])
+    yield from person.choose("select")
+    yield from person.pick_row(1)
+    yield from person.fill_in("r", "30+1/2")
+    yield from person.point((-68, 0))
+    person.user.click()
+    yield until(lambda: editor.sel == 0, "the plate to be selected")
+    assert editor.sk["entities"][1] == {**before[1], "r": 0.0305}
+    yield from key(person, "Right", lambda: editor.sk["entities"][0] != before[0], "a step aside")
+    for _ in range(2):
+        person.user.key("ctrl+z")
+    yield until(lambda: editor.sk["entities"] == before, "all as it was")
+
+
 def multiply_and_move(person):
     """Ctrl+D and arrow keys once a row was chosen; a sum in the form; then all of it back."""
     editor = person.editor
@@ -135,10 +169,11 @@ def leave(person):
 def test_a_person_s_hands_reach_all_of_it(hands):
     def script(person):
         yield from person.open_editor()
-        for act in (draw_by_sizes, mend_an_outline, multiply_and_move, leave):
+        for act in acts:
             yield from act(person)
             done.append(act)
 
+    acts = draw_by_sizes, mend_an_outline, take_back_all, type_and_go_on, multiply_and_move, leave
     done = []
     hands(script)
-    assert len(done) == 4
+    assert len(done) == len(acts)

@@ -168,8 +168,8 @@ class _Reader:
         return _Value(number, unit)
 
     def _unit(self, name: str) -> str:
-        if name in self._units:
-            return name
+        if name.lower() in self._units:
+            return name.lower()
         known = ", ".join(unit for unit in self._units if unit)
         if not known:
             raise _unreadable(self._shown)

@@ -270,5 +270,5 @@ def _two(line: str) -> List[str]:
         return line.split(";")
     comma = r",(?=\s)" if typed_numbers.decimal_comma() else ","
     # A unit goes with the number before it.
-    line = re.sub(rf"""(?<=[0-9.,])\s+(?=(?:{"|".join(SYSTEMS)})\b|")""", "", line)
+    line = re.sub(rf"""(?<=[0-9.,])\s+(?=(?i:{"|".join(SYSTEMS)})\b|")""", "", line)
     return re.sub(comma, " ", line).split()
