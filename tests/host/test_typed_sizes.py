@@ -101,6 +101,7 @@ def test_a_reason_stays_until_the_next_press_or_key(editor):
         hands.motion(120, 100)
         assert "four" in status(editor)
         act()
+        assert status(editor) == ""
         hands.motion(100, 100)
         assert status(editor).startswith("x = ")
 

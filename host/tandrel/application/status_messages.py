@@ -25,6 +25,9 @@ class LastingMessages(SketchEditor):
         self.bind("<KeyPress>", lambda _event: self._heard(), add="+")
 
     def _heard(self) -> None:
+        """The user acts: what was told has been read."""
+        if self._still_told():
+            self.status.configure(text="")
         self._told = ""
 
     def _still_told(self) -> str:
