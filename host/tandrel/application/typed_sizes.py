@@ -47,10 +47,9 @@ class TypedSizes(LastingMessages):
     """
 
     _shown: Optional[List[str]] = None  # by the form before anything was typed
-    _field: Optional[
-        Tuple[tk.StringVar, str]
-    ] = None  # the field over the drawing with the keyboard
     _refused: Optional[List[str]] = None  # what was typed when that was told
+    # Of the field over the drawing that has the keyboard, and what stood there when it came.
+    _field: Optional[Tuple[tk.StringVar, str]] = None
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
@@ -209,12 +208,8 @@ class TypedSizes(LastingMessages):
             with _named(tr(label)):
                 typed = read_length(text)
                 if variable is self.grid and typed and not _is_step(typed):
-                    why = (
-                        tr("“{text}” is less than zero")
-                        if typed < 0
-                        else tr("“{text}” is too small")
-                    )
-                    raise Unreadable(why.format(text=text.strip()))
+                    below, fine = tr("“{text}” is less than zero"), tr("“{text}” is too small")
+                    raise Unreadable((below if typed < 0 else fine).format(text=text.strip()))
         except Unreadable as error:
             self.tell(tr("Not applied: {why}").format(why=error))
         else:
