@@ -271,6 +271,14 @@ def test_the_selected_row_is_in_sight_and_rows_keep_their_places(long_list):
     long_list.key("Up", rows)
     editor.update()
     assert editor.sel == 28
+    # Also from a row that was chosen while a size was typed and not applied.
+    editor.vars["r"].set("5")
+    rows.selection_set("30")
+    editor.update()
+    long_list.key("Up", rows)
+    editor.update()
+    assert (editor.sel, editor.sk["entities"][28]["r"]) == (29, 0.005)
+    editor.select(28)
     long_list.stroke(*(long_list.at((0.28, v)) for v in (0.0, 0.01, 0.02)))
     editor.update()
     assert [rows.bbox(row) for row in rows.get_children()] == places

@@ -113,8 +113,9 @@ class TypedSizes(LastingMessages):
         row = self.list.selection()
         if row != (str(self.sel),) and self.is_unapplied():
             self._go_on()
-            # Applying selected the row of the shape that was typed for.
+            # Applying made the rows anew, with that of the shape that was typed for selected.
             self.list.selection_set(row)
+            self.list.focus(*row)
         super()._list_selected()
 
     def _press(self, e: Any) -> None:
