@@ -66,7 +66,8 @@ def test_a_shape_stays_where_it_could_not_be_beyond(hands, key, grid):
     hands.key(key)
     hands.motion(100, 100)
     assert (editor.sk["entities"], editor.sel) == ([CIRCLE, SLOT], 0)
-    assert str(editor.status.cget("text")).startswith("Not moved: ")
+    act = "added" if key == "Control-d" else "moved"
+    assert str(editor.status.cget("text")).startswith(f"Not {act}: ")
     editor.grid.set("5")
     hands.key("Right")
     hands.motion(100, 100)

@@ -35,7 +35,7 @@ class MovingByKeys(LastingMessages):
 
     def duplicate(self) -> None:
         """Add a copy of the selected shape one grid step to its right, and select that."""
-        copied = self._held_moved(1.0, 0.0)
+        copied = self._held_moved(1.0, 0.0, tr("Not added: {why}"))
         if copied is not None:
             self.add(copied)
             # The next keys are for the copy, not for the list.
@@ -43,13 +43,13 @@ class MovingByKeys(LastingMessages):
 
     def move(self, right: float, up: float) -> None:
         """Move the selected shape by so many grid steps."""
-        moved = self._held_moved(right, up)
+        moved = self._held_moved(right, up, tr("Not moved: {why}"))
         if moved is not None:
             self.sk["entities"][self.sel or 0] = moved
             self.select(self.sel)
 
-    def _held_moved(self, right: float, up: float) -> Any:
-        """The shape that keys go to so many grid steps further; None where that can't be.
+    def _held_moved(self, right: float, up: float, refusal: str) -> Any:
+        """The shape that keys go to so many grid steps further; None, and told, where it can't be.
 
         It is the selected one, unless the pointer has it.
         """
@@ -63,6 +63,6 @@ class MovingByKeys(LastingMessages):
         try:
             sketcher.S.outline(moved)
         except ValueError as error:
-            self.tell(tr("Not moved: {why}").format(why=error))
+            self.tell(refusal.format(why=error))
             return None
         return moved
