@@ -3,7 +3,8 @@
 import copy
 
 import pytest
-from harness.user import find
+from support.application import status
+from support.desk import field
 from support.events import Send, type_text
 from support.neighbours import rectangle
 from tandrel.application.editor import CLICK_PX, Editor
@@ -88,6 +89,20 @@ def test_what_is_drawn_follows_the_pointer_at_once(at_work, tool):
     assert len(editor.sk["entities"]) == 2
 
 
+def test_the_shape_that_the_pointer_has_stays_selected(at_work):
+    hands, (x, y) = at_work(Editor)
+    editor = hands.editor
+    editor.add({"type": "circle", "xc": 0.05, "yc": 0.04, "r": 0.004})
+    circle = dict(editor.sk["entities"][1])
+    hands.press(x, y)
+    editor.list.selection_set("1")
+    editor.update()
+    hands.drag(x + 30, y)
+    editor.update()
+    assert (editor.sel, editor.list.selection()) == (0, ("0",))
+    assert editor.sk["entities"][1] == circle and editor.sk["entities"][0] != SKETCH["entities"][0]
+
+
 def test_a_shape_goes_back_where_its_move_is_abandoned(at_work):
     hands, (x, y) = at_work(Editor)
     editor = hands.editor
@@ -138,7 +153,7 @@ def test_the_number_pad_s_enter_is_the_other_one(at_work):
     hands, _ = at_work(Editor, "line")
     editor = hands.editor
     editor.select(0)
-    entry = find(editor.props, "TEntry", textvariable=editor.vars["w"])
+    entry = field(editor, "w")
     type_text(entry, "80")
     hands.key("KP_Enter", entry)
     assert editor.sk["entities"][0]["w"] == 0.08
@@ -197,7 +212,7 @@ def test_redo_and_moving_lose_nothing_that_is_typed(at_work):
     editor.vars["w"].set("90")
     hands.key("Control-Y")
     assert editor.vars["w"].get() == "90" and editor.sk["entities"][0]["x"] == 0.0001
-    assert str(editor.status.cget("text")).startswith("Apply what you typed first")
+    assert status(editor).startswith("Apply what you typed first")
     hands.key("Control-z")
     hands.key("Control-y")
     assert editor.sk["entities"] == SKETCH["entities"]
@@ -214,7 +229,7 @@ def test_a_sum_in_the_grid_is_what_snaps_and_what_is_drawn(at_work):
     editor.grid.set("10/4")
     assert editor.snapped(x, y).tolist() == pytest.approx([0.02, 0.01], abs=1e-15)
     hands.motion(x, y)
-    assert "Grid 2.5 mm" in str(editor.status.cget("text"))
+    assert "Grid 2.5 mm" in status(editor)
 
 
 def test_a_reason_lasts_and_then_the_grid_is_told_again(at_work):
@@ -222,10 +237,10 @@ def test_a_reason_lasts_and_then_the_grid_is_told_again(at_work):
     hands.editor.offset.set("far")
     hands.editor.ok()
     hands.motion(x, y)
-    assert "far" in str(hands.editor.status.cget("text"))
+    assert "far" in status(hands.editor)
     hands.key("a")
     hands.motion(x, y)
-    assert "Grid 0.1 mm" in str(hands.editor.status.cget("text"))
+    assert "Grid 0.1 mm" in status(hands.editor)
 
 
 # The list.

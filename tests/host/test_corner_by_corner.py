@@ -102,7 +102,7 @@ def test_what_can_be_no_shape_yet_is_told_and_kept(hands, tool, clicked, why):
         hands.key("Return")
     hands.motion(300, 300)
     assert [tuple(c) for c in editor.clicks] == clicks and len(clicks) == 2
-    assert str(editor.status.cget("text")).startswith(f"Not added: {why}")
+    assert status(editor).startswith(f"Not added: {why}")
     hands.click(*hands.at((0.04, -0.01)))
     hands.key("Return")
     assert len(editor.sk["entities"]) == 2 and editor.clicks == []

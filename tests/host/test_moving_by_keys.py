@@ -3,6 +3,7 @@
 import copy
 
 import pytest
+from support.application import status
 from support.desk import field
 from support.neighbours import circle, slot
 from tandrel.application.moving_by_keys import MovingByKeys
@@ -67,11 +68,11 @@ def test_a_shape_stays_where_it_could_not_be_beyond(hands, key, grid):
     hands.motion(100, 100)
     assert (editor.sk["entities"], editor.sel) == ([CIRCLE, SLOT], 0)
     act = "added" if key == "Control-d" else "moved"
-    assert str(editor.status.cget("text")).startswith(f"Not {act}: ")
+    assert status(editor).startswith(f"Not {act}: ")
     editor.grid.set("5")
     hands.key("Right")
     hands.motion(100, 100)
-    assert str(editor.status.cget("text")).startswith("x = ")
+    assert status(editor).startswith("x = ")
 
 
 @pytest.mark.parametrize("key", ["Control-d", "Left"])

@@ -10,6 +10,7 @@ from support.neighbours import circle, polygon, regular
 from support.shapes import sketch
 from tandrel.application.typed_sizes import TypedSizes
 from tandrel.gui import i18n
+from tandrel.gui.widgets import set_units
 
 OUTLINE = polygon((0.0, 0.1), (0.02, 0.1), (0.0, 0.12))
 SKETCH = sketch(circle(0.01, 0.0, 0.004), regular(0.1, 0.0, 0.004), OUTLINE)
@@ -47,7 +48,7 @@ IN_INCHES = {"30 mm": 0.03, "3cm+1in": 0.0554, "12.3 mm / 3": 0.0041, "1/3": 0.0
 
 
 def test_what_the_file_holds_is_what_was_typed_whatever_the_window_s_unit(editor):
-    widgets.set_units("in")
+    set_units("in")
     editor.select(0)
     for text, value in IN_INCHES.items():
         editor.vars["r"].set(text)
@@ -227,7 +228,8 @@ def test_going_on_to_another_shape_applies_what_is_typed(editor, go_on, text, ra
     editor.select(0)
     type_text(entry_of(editor, editor.vars["r"]), text)
     go_on(Send(editor))
-    assert editor.sk["entities"][:3] == [{**CIRCLE, "r": radius}, NUT, OUTLINE]
+    typed, *others = SKETCH["entities"]
+    assert editor.sk["entities"][:3] == [{**typed, "r": radius}, *others]
     assert editor.sel == (3 if go_on is by_drawing else 1)
     assert editor.vars["r"].get() != text and why in status(editor)
 

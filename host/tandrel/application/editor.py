@@ -63,6 +63,13 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
             self.list.see(str(self.sel))
             self.list.focus(str(self.sel))
 
+    def _list_selected(self) -> None:
+        """While the pointer has a shape, that stays selected: it is what the pointer moves."""
+        if self.drag is None:
+            super()._list_selected()
+        elif self.sel is not None and self.list.selection() != (str(self.sel),):
+            self.list.selection_set(str(self.sel))
+
     # Taking back: first what isn't a change of the sketch yet.
 
     def undo(self) -> None:
