@@ -108,6 +108,19 @@ def test_changes_are_kept_once_some_time_has_gone(editor):
     assert editor.kept == [{**SKETCH, "entities": entities} for entities in ([], [CIRCLE])]
 
 
+def test_what_the_pointer_has_is_kept_when_it_is_put_down(editor):
+    hands = Send(editor)
+    editor.tool.set("select")
+    x, y = hands.at((CIRCLE["xc"], CIRCLE["yc"]))
+    hands.press(x, y)
+    hands.drag(x + 40, y)
+    editor._keep_now()
+    assert editor.kept == []
+    hands.release(x + 40, y)
+    rest(editor)
+    assert editor.kept == [editor.sk] and editor.sk["entities"] != [CIRCLE]
+
+
 def test_an_offset_is_kept_as_it_is_typed(editor):
     for typed in ("1/2 in", "far"):
         editor.offset.set(typed)

@@ -79,6 +79,9 @@ class Leaving(Undoing, TypedSizes):
 
     def _keep_now(self) -> None:
         self._waiting = None
+        if self.drag is not None:
+            # What the pointer has isn't where it is going to be.
+            return self._keep_soon()
         failed = self._keep(self._draft())
         if failed and failed != self._keep_failed:
             self.tell(tr("Not kept for a crash: {why}").format(why=failed))
