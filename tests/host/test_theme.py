@@ -136,6 +136,9 @@ def test_open_windows_take_the_new_colours(root):
         assert str(text.cget("insertbackground")) == colours["text"]
         assert str(tk.Text(root).cget("foreground")) == colours["text"]
         assert str(tk.Menu(root).cget("activebackground")) == colours["chosen"]
+        slider, trough = (style.lookup("TScrollbar", n) for n in ("background", "troughcolor"))
+        assert contrast(slider, trough) >= LINE
+        assert drawing.cget("highlightcolor") == colours["accent"]
         assert pixel(root, "tandrel-on", 1, widgets.px(7)) == colours["primary"]
         assert pixel(root, "tandrel-off", widgets.px(7), widgets.px(7)) == colours["field"]
         # Drawings have the same colours in both, and others' canvases are their own affair.

@@ -165,10 +165,7 @@ def _styles(root: tk.Misc) -> dict[str, Options]:
         "Treeview.Item": {"configure": {"padding": [px(5), 0]}, "layout": _flat_row()},
         "Treeview.Heading": _button("button", "button_over", "text", "button", padding=(6, 4)),
         "TMenubutton": _menu_button(),
-        "TScrollbar": {
-            "configure": {**_flat("button", "edge"), "arrowsize": px(14)},
-            "map": _faces(("active", "chosen")),
-        },
+        "TScrollbar": _scroll_bar(),
         "TProgressbar": {"configure": {**_flat("primary"), "arrowsize": px(14)}},
         "TSeparator": {"configure": {"background": PAL["edge"]}},
     }
@@ -296,6 +293,21 @@ def _list(row_height: int) -> Options:
     }
 
 
+def _scroll_bar() -> Options:
+    """Its slider stands out; where all is in sight there is nothing to be seen of it."""
+    return {
+        "configure": {
+            **_flat("edge", "window"),
+            "troughcolor": PAL["window"],
+            "arrowsize": px(14),
+        },
+        "map": {
+            **_faces(("disabled", "window"), ("active", "primary")),
+            "arrowcolor": [("disabled", PAL["window"]), ("active", PAL["on_primary"])],
+        },
+    }
+
+
 def _flat_row() -> list[tuple[str, Options]]:
     """A row of a list without levels: no room for the sign that unfolds it."""
     text = ("Treeitem.text", {"side": "left", "sticky": ""})
@@ -332,4 +344,5 @@ def _classic_options() -> dict[str, Options]:
         "Text": {**plain, **chosen, **text},
         "Menu": menu,
         "Listbox": {**plain, **chosen, "borderWidth": 0},
+        "Canvas": {"highlightColor": PAL["accent"]},
     }
