@@ -146,6 +146,15 @@ def test_recent_files_are_told_by_name_and_folder(start, part, monkeypatch):
     assert labels(app.menus["recent"]) == [f"flange.json  ({part.parent})"]
 
 
+def test_a_recent_file_far_away_makes_no_menu_wider_than_the_screen(start):
+    app = start()
+    app.settings.remember(f"/begin{'/folder' * 40}/end/{'name' * 40}.json")
+    app.refresh()
+    (label,) = labels(app.menus["recent"])
+    assert re.fullmatch(r"name.*….*name\.json  \(/begin.*….*/end\)", label)
+    assert len(label) < 110
+
+
 def test_every_unit_and_palette_has_a_label():
     assert menus.UNITS.keys() == SYSTEMS.keys()
     assert menus.PALETTES.keys() == theme.PALETTES.keys()

@@ -2,12 +2,12 @@
 
 from __future__ import annotations
 
-import os
 import tkinter as tk
 from collections.abc import Callable, Iterable, Mapping
 from functools import partial
 from typing import Dict, NamedTuple, Optional, Tuple
 
+from tandrel.application.names import with_folder
 from tandrel.gui.i18n import N_, tr
 
 
@@ -63,6 +63,7 @@ UNITS = {
 }
 PALETTES = {"light": N_("Light"), "dark": N_("Dark")}
 _KEYS = [e for _, rows in BAR.values() for e in rows if isinstance(e, Entry) and e.key]
+_LONGEST_PLACE = 100  # characters of a recent file's entry
 _MORE_KEYS = [Entry("redo", "", "Shift+Z")]
 
 Perform = Callable[[str], None]
@@ -105,7 +106,8 @@ class Menus(Dict[str, tk.Menu]):
         menu = self["recent"]
         menu.delete(0, "end")
         for path in paths:
-            menu.add_command(label=_named(path), command=partial(open_file, path))
+            label = with_folder(path, _LONGEST_PLACE)
+            menu.add_command(label=label, command=partial(open_file, path))
         self.enable("recent", menu.index("end") is not None)
 
     def _cascade(self, menu: tk.Menu, label: str) -> tk.Menu:
@@ -147,12 +149,3 @@ def _accelerator(key: str) -> str:
         return ""
     text = tr("Ctrl+Shift+{key}") if key.startswith("Shift+") else tr("Ctrl+{key}")
     return text.format(key=key[-1])
-
-
-def _named(path: str) -> str:
-    """A file's name and where it lies, as short as people write it."""
-    folder, name = os.path.split(path)
-    home = os.path.expanduser("~")
-    if folder == home or folder.startswith(home + os.sep):
-        folder = "~" + folder[len(home) :]
-    return f"{name}  ({folder})"

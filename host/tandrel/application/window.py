@@ -18,6 +18,7 @@ from tandrel.application import file_dialogs, importing, menus, progress, questi
 from tandrel.application.editor import Editor
 from tandrel.application.measuring import Measured, facts, measure
 from tandrel.application.messages import MessageArea, unopened
+from tandrel.application.names import short
 from tandrel.application.recovery import Found
 from tandrel.application.session import Session
 from tandrel.application.settings import Settings
@@ -142,7 +143,7 @@ class App:
         self.messages.show(text, list(notes), advice, warning)
 
     def _title(self) -> str:
-        return _short(self.session.document.name, _LONGEST_NAME) or tr("Untitled")
+        return short(self.session.document.name, _LONGEST_NAME) or tr("Untitled")
 
     def _restore_size(self) -> None:
         size = re.match(r"(\d+)x(\d+)", self.settings.geometry)
@@ -445,7 +446,7 @@ class App:
     def offer(self, found: Iterable[Found]) -> None:
         """Offer what a program that ended unexpectedly has left, until one is taken up."""
         for work in found:
-            name = _short(work.document.name, _LONGEST_NAME) or tr("Untitled")
+            name = short(work.document.name, _LONGEST_NAME) or tr("Untitled")
             answer = questions.recovered(self.root, name, work)
             if answer == "take" and self.may_leave():
                 self._recover(work)
@@ -484,9 +485,3 @@ class App:
         theme.install(self.root)
         self.tell("")
         self.refresh()
-
-
-def _short(text: str, most: int) -> str:
-    """A text on one line, with its middle left out where it is long."""
-    text = " ".join(text.split())
-    return text if len(text) <= most else f"{text[: most // 2]}…{text[-most // 2 + 1 :]}"
