@@ -93,6 +93,14 @@ def large_root(screen_of):
 
 
 @pytest.fixture
+def small_root(screen_of):
+    """A main window on a screen without the room for what its resolution asks for."""
+    window = open_root(screen_of(1024, 768, dpi=192))
+    yield window
+    close_root(window)
+
+
+@pytest.fixture
 def part(tmp_path):
     """A copy of the flange."""
     return Path(shutil.copy(HOST / "parts" / "flange.json", tmp_path))

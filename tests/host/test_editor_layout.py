@@ -107,14 +107,16 @@ def test_the_least_window_shows_its_buttons(screen, open_one, language):
     editor.geometry(f"{width}x{height}")
     settle(editor, lambda: (editor.winfo_width(), editor.winfo_height()) == (width, height))
     assert width < editor.winfo_screenwidth() and height < editor.winfo_screenheight()
-    for label in ("OK", "Cancel"):
+    for label in ("OK", "Cancel", "Fit", "Delete"):
         assert lies_within(button(editor, i18n.tr(label)), editor)
     for index in range(len(CARDS)):
         editor.select(index)
         editor.update()
         (apply,) = [w for w in editor.props.winfo_children() if isinstance(w, ttk.Button)]
         assert lies_within(apply, editor.props) and lies_within(apply, editor)
-    assert editor.canvas.winfo_width() > 50 and editor.canvas.winfo_height() > 50
+    # Room to draw in, and rows to choose from.
+    assert editor.canvas.winfo_width() >= px(220) and editor.canvas.winfo_height() >= px(160)
+    assert lies_within(editor.list, editor)
 
 
 @pytest.mark.parametrize("screen", [(1280, 1024), (2560, 2048, 192)], ids=str, indirect=True)

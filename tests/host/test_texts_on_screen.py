@@ -212,7 +212,7 @@ def cut_off_rows(rows):
                 yield f"{text}: {measure(text)} in {width}"
 
 
-SCREENS = pytest.mark.parametrize("screen", ["root", "large_root"], indirect=True)
+SCREENS = pytest.mark.parametrize("screen", ["root", "large_root", "small_root"], indirect=True)
 IN_EVERY_LANGUAGE = pytest.mark.parametrize("language", LANGUAGES, indirect=True)
 
 
@@ -223,6 +223,8 @@ def test_nothing_is_cut_off_in_the_smallest_window(language, start, every_type, 
     app = start(every_type, root=screen)
     app.language_choice.set(language)
     app.perform("change_language")
+    room = app.root.winfo_screenwidth(), app.root.winfo_screenheight()
+    assert app.root.winfo_width() < room[0] and app.root.winfo_height() < room[1]
     for name in widgets.SYSTEMS:
         app.unit_choice.set(name)
         app.perform("change_units")
@@ -250,9 +252,9 @@ def test_nothing_is_cut_off_in_the_editor(language, start, every_type, screen):
     in_editor(start(every_type, root=screen), look)
 
 
-@pytest.mark.parametrize("language", ["de", "fr", "zh"], indirect=True)
+@pytest.mark.parametrize("language", ["en", "de", "fr", "zh"], indirect=True)
 def test_sizes_fit_into_the_list_of_shapes(language, start, every_type):
-    """Of parts below a metre, drawn to a micrometre. Some English ones don't."""
+    """Of parts below a metre, drawn to a micrometre."""
 
     def look(editor):
         for index in (1, 2):

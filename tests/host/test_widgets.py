@@ -100,17 +100,16 @@ def test_clicking_a_canvas_gives_it_the_focus(managed_root):
     assert len(pressed) == 1
 
 
-def test_px_follows_the_scaling_of_the_screen(root):
+def test_px_follows_the_scaling_of_the_screen(root, large_root):
     try:
-        root.tk.call("tk", "scaling", 96 / 72)
-        widgets.install(root)
+        large_root.tk.call("tk", "scaling", 96 / 72)
+        widgets.install(large_root)
         assert [px(n) for n in (0, 1, 260, 7.6)] == [0, 1, 260, 8]
         assert isinstance(px(7.6), int)
-        root.tk.call("tk", "scaling", 192 / 72)
-        widgets.install(root)
+        large_root.tk.call("tk", "scaling", 192 / 72)
+        widgets.install(large_root)
         assert px(260) == pytest.approx(520, abs=1)
     finally:
-        root.tk.call("tk", "scaling", 96 / 72)
         widgets.install(root)
 
 
@@ -131,21 +130,36 @@ def sizes(display_name, home):
 
 
 @pytest.mark.parametrize("setting, factor", [("192", 2), ("144", 1.5), ("nonsense", 1)])
-def test_a_window_takes_the_size_that_the_desktop_asks_for(display, tmp_path, setting, factor):
-    pixels, line = sizes(display, tmp_path)
+def test_a_window_takes_the_size_that_the_desktop_asks_for(screen_of, tmp_path, setting, factor):
+    screen = screen_of(1600, 1200)
+    pixels, line = sizes(screen, tmp_path)
     assert pixels == pytest.approx(1000, rel=0.01)
     (tmp_path / ".Xdefaults").write_text(f"Xft.dpi: {setting}\n")
-    more, higher = sizes(display, tmp_path)
+    more, higher = sizes(screen, tmp_path)
     assert more == pytest.approx(factor * 1000, rel=0.01)
     assert higher == pytest.approx(factor * line, abs=2)
 
 
 def test_a_dense_screen_makes_everything_larger(display, tmp_path):
     _, line = sizes(display, tmp_path)
-    with x_server(800, 600, dpi=192) as name:
+    with x_server(1600, 1200, dpi=192) as name:
         pixels, higher = sizes(name, tmp_path)
     assert pixels == pytest.approx(2000, rel=0.01)
     assert higher == pytest.approx(2 * line, abs=2)
+
+
+@pytest.mark.parametrize("dpi, setting", [(192, ""), (96, "Xft.dpi: 192\n")])
+@pytest.mark.parametrize("screen, factor", [((1024, 768), 1.28), ((640, 480), 1)])
+def test_nothing_is_larger_than_the_screen_has_room_for(
+    display, screen_of, tmp_path, dpi, setting, screen, factor
+):
+    """Nor smaller than everywhere."""
+    _, line = sizes(display, tmp_path)
+    (tmp_path / ".Xdefaults").write_text(setting)
+    pixels, higher = sizes(screen_of(*screen, dpi), tmp_path)
+    assert pixels == pytest.approx(factor * 1000, rel=0.01)
+    # Points are whole numbers.
+    assert higher == pytest.approx(factor * line, abs=3)
 
 
 @pytest.fixture

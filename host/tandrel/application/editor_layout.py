@@ -10,6 +10,7 @@ import re
 from tkinter import ttk
 from typing import Any, Tuple
 
+from tandrel.gui import widgets
 from tandrel.gui.sketcher import FIELDS, SketchEditor
 from tandrel.gui.widgets import px
 
@@ -18,12 +19,13 @@ Size = Tuple[int, int]  # width and height in pixels
 _STATUS_LINES = 2
 _LEAST_ROWS = 3
 # In nominal pixels.
-_COLUMNS = {"#0": 110, "size": 160}
+_COLUMNS = {"#0": 110, "size": 180}
+_WIDEST_SIZE = 260  # the column's, with which all sizes of parts below a metre fit in
 _LEAST_CANVAS = 240, 160
-_USUAL = 1400, 900
-_FRAME = 12, 40  # what window managers add to a window, or less; Tk can't tell it
+_FAIR_WIDTH = 420  # the canvas's, of which it leaves nothing to the list
+_LEAST_USUAL, _USUAL = (1000, 700), (1400, 900)
 
-_SHARE_OF_SCREEN = 0.9
+_SHARE_OF_SCREEN = 0.9  # between those two; panels may have the rest
 
 
 def arrange(editor: SketchEditor, wanted: str = "") -> None:
@@ -35,15 +37,15 @@ def arrange(editor: SketchEditor, wanted: str = "") -> None:
     """
     # It appears when it has its size: forms are measured before.
     editor.withdraw()
+    most = widgets.room(editor)
     _give_way(editor)
+    _break_lines(editor, most[0])
     _reserve_status(editor)
     _reserve_side(editor, _largest_form(editor))
     editor.canvas.configure(width=px(_LEAST_CANVAS[0]), height=px(_LEAST_CANVAS[1]))
-    editor.update_idletasks()
-    most = _most(editor)
-    least = _smaller((editor.winfo_reqwidth(), editor.winfo_reqheight()), most)
-    width, height = _larger(_smaller(_size(editor, wanted), most), least)
-    editor.minsize(*least)
+    width, height = _larger(_smaller(_size(editor, wanted), most), _least(editor, most))
+    _widen_list(editor, width)
+    editor.minsize(*_least(editor, most))
     # A window with a size of its own doesn't follow its content any more.
     editor.geometry(f"{width}x{height}")
     editor.deiconify()
@@ -54,16 +56,14 @@ def on_screen(editor: SketchEditor, geometry: str) -> str:
     place = re.fullmatch(r"\+(-?\d+)\+(-?\d+)", geometry)
     if place is None:
         return geometry
-    width, height = _most(editor)
-    x = min(int(place[1]), width - editor.winfo_width())
-    y = min(int(place[2]), height - editor.winfo_height())
-    return f"+{max(x, 0)}+{max(y, 0)}"
+    size = editor.winfo_width(), editor.winfo_height()
+    return widgets.on_screen(editor, int(place[1]), int(place[2]), size)
 
 
-def _most(editor: SketchEditor) -> Size:
-    """The largest size with which the dialog lies wholly on the screen, its frame included."""
-    width, height = (px(n) for n in _FRAME)
-    return editor.winfo_screenwidth() - width, editor.winfo_screenheight() - height
+def _least(editor: SketchEditor, most: Size) -> Size:
+    """The size in which all parts have the room that they need, as far as the screen has it."""
+    editor.update_idletasks()
+    return _smaller((editor.winfo_reqwidth(), editor.winfo_reqheight()), most)
 
 
 def _size(editor: SketchEditor, wanted: str) -> Size:
@@ -71,8 +71,11 @@ def _size(editor: SketchEditor, wanted: str) -> Size:
         width, height = map(int, wanted.split("x"))
         return width, height
     screen = editor.winfo_screenwidth(), editor.winfo_screenheight()
-    width, height = (int(n * _SHARE_OF_SCREEN) for n in screen)
-    return _smaller((width, height), (px(_USUAL[0]), px(_USUAL[1])))
+    width, height = (
+        min(max(int(n * _SHARE_OF_SCREEN), px(least)), px(usual))
+        for n, least, usual in zip(screen, _LEAST_USUAL, _USUAL)
+    )
+    return width, height
 
 
 def _smaller(a: Size, b: Size) -> Size:
@@ -98,6 +101,34 @@ def _give_way(editor: SketchEditor) -> None:
     side.pack_configure(side="right", before=editor.canvas)
     editor.props.pack_configure(side="bottom", before=editor.list)
     editor.list.pack_configure(fill="both", expand=True)
+
+
+def _break_lines(editor: SketchEditor, most: int) -> None:
+    """Two lines for the bar above the body, and for the hint, where the dialog is too narrow.
+
+    `most` is how wide it can be, in pixels. The bar's second line begins with snapping.
+    """
+    outer: Any = editor.status.master
+    bar, bottom = outer.winfo_children()[0], outer.winfo_children()[-1]
+    most -= _around(editor)
+    editor.update_idletasks()
+    if bar.winfo_reqwidth() > most:
+        parts = bar.winfo_children()
+        line = ttk.Frame(bar, style="Panel.TFrame")
+        line.pack(side="bottom", fill="x", pady=(px(6), 0), before=parts[0])
+        line.lower()
+        first = next(k for k, part in enumerate(parts) if isinstance(part, ttk.Checkbutton))
+        for part in parts[first:]:
+            part.pack_configure(in_=line)
+    hint = bottom.winfo_children()[0]
+    buttons = bottom.winfo_reqwidth() - hint.winfo_reqwidth()
+    hint.configure(wraplength=max(most - buttons, 1))
+
+
+def _around(editor: SketchEditor) -> int:
+    """How much wider the dialog is than what is in it, in pixels."""
+    outer: Any = editor.status.master
+    return 2 * int(outer.winfo_pixels(str(outer.cget("padding")[0])))
 
 
 def _reserve_status(editor: SketchEditor) -> None:
@@ -130,6 +161,17 @@ def _reserve_side(editor: SketchEditor, form: Size) -> None:
     for frame, size in ((editor.props, form), (side, (width, height))):
         frame.pack_propagate(False)
         frame.configure(width=size[0], height=size[1])
+
+
+def _widen_list(editor: SketchEditor, width: int) -> None:
+    """Let the sizes in the list have what a dialog of this width has beyond a fair canvas."""
+    canvas, rows = editor.canvas, editor.list
+    others = canvas.master.winfo_reqwidth() - canvas.winfo_reqwidth()
+    spare = width - _around(editor) - others - px(_FAIR_WIDTH)
+    more = min(max(spare, 0), px(_WIDEST_SIZE - _COLUMNS["size"]))
+    rows.column("size", width=px(_COLUMNS["size"]) + more)
+    side: Any = rows.master
+    side.configure(width=side.winfo_reqwidth() + more)
 
 
 def _largest_form(editor: SketchEditor) -> Size:

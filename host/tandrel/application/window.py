@@ -26,7 +26,7 @@ from tandrel.exchange import ExchangeError, NotReady, Question
 from tandrel.gui import i18n, theme
 from tandrel.gui.i18n import N_, tr
 from tandrel.gui.profile_view import ProfileView
-from tandrel.gui.widgets import SYSTEMS, px, set_units, units
+from tandrel.gui.widgets import SYSTEMS, px, room, set_units, units
 from tandrel.progress import Stopped, Tick
 from tandrel.storage import SketchFileError
 
@@ -35,7 +35,9 @@ _STOPPED = N_("The profile isn't drawn: it was stopped.")
 _UNFIT = N_("None of the shapes can be drawn.")
 _MEND = N_("“Edit sketch…” lets you mend that.")
 _LONGEST_NAME = 60
+# In nominal pixels.
 _SMALLEST = 560, 420
+_USUAL = 760, 640
 
 
 class App:
@@ -146,13 +148,10 @@ class App:
         return short(self.session.document.name, _LONGEST_NAME) or tr("Untitled")
 
     def _restore_size(self) -> None:
-        size = re.match(r"(\d+)x(\d+)", self.settings.geometry)
-        if size is None:
-            self.root.geometry(f"{px(760)}x{px(640)}")
-            return
-        width, height = map(int, size.groups())
-        if width <= self.root.winfo_screenwidth() and height <= self.root.winfo_screenheight():
-            self.root.geometry(f"{width}x{height}")
+        kept = re.match(r"(\d+)x(\d+)", self.settings.geometry)
+        width, height = map(int, kept.groups()) if kept else map(px, _USUAL)
+        most = room(self.root)
+        self.root.geometry(f"{min(width, most[0])}x{min(height, most[1])}")
 
     # One thing at a time.
 

@@ -61,11 +61,17 @@ Options = Dict[str, Any]
 
 _NOMINAL_DPI = 96.0
 _POINTS_PER_INCH = 72.0
+# In nominal pixels; it has room for all of the sketch editor, in every language.
+_SMALLEST_SCREEN = 800, 540
 _scale = 1.0
 
 
 def px(n: float) -> int:
-    """A size in nominal pixels, of which 96 are an inch, in pixels of this screen."""
+    """A size in nominal pixels, of which 96 are an inch, in pixels of this screen.
+
+    Where the screen has no room for windows as large as its resolution, or the desktop's setting,
+    asks for, they are as large as it has room for, but not smaller than pixels.
+    """
     return round(n * _scale)
 
 
@@ -90,10 +96,16 @@ def install(root: tk.Misc) -> None:
     Harmless when repeated.
     """
     global _scale
-    _scale = float(root.tk.call("tk", "scaling")) * _POINTS_PER_INCH / _NOMINAL_DPI
+    asked = float(root.tk.call("tk", "scaling")) * _POINTS_PER_INCH / _NOMINAL_DPI
+    screen = root.winfo_screenwidth(), root.winfo_screenheight()
+    most = min(n / nominal for n, nominal in zip(screen, _SMALLEST_SCREEN))
+    _scale = min(asked, max(most, 1.0))
     style = ttk.Style(root)
+    is_there = "tandrel" in style.theme_names()
+    if not is_there:
+        _scale_fonts(root, _scale / asked)
     marks = _check_marks(root)
-    if "tandrel" in style.theme_names():
+    if is_there:
         style.theme_settings("tandrel", _styles(root))
     else:
         style.theme_create("tandrel", parent="clam", settings={**_styles(root), **marks})
@@ -110,6 +122,13 @@ def install(root: tk.Misc) -> None:
         for option, value in options.items():
             root.option_add(f"*{kind}.{option}", value)
     _recolour(root)
+
+
+def _scale_fonts(root: tk.Misc, factor: float) -> None:
+    """By their points: the desktop's setting takes part in what a font's pixels are."""
+    for name in font.names(root):
+        named = font.nametofont(name, root)
+        named.configure(size=round(named.cget("size") * factor))
 
 
 def _recolour(root: tk.Misc) -> None:

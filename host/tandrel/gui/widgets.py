@@ -16,10 +16,26 @@ __all__ = [
     "install",
     "main_window",
     "num_text",
+    "on_screen",
     "px",
+    "room",
     "set_units",
     "units",
 ]
+
+_FRAME = 12, 40  # nominal pixels that window managers add to a window, or less; Tk can't tell it
+
+
+def room(window: tk.Misc) -> tuple[int, int]:
+    """The largest size with which a window lies wholly on the screen, its frame included."""
+    width, height = (px(n) for n in _FRAME)
+    return window.winfo_screenwidth() - width, window.winfo_screenheight() - height
+
+
+def on_screen(window: tk.Misc, x: int, y: int, size: tuple[int, int]) -> str:
+    """The place for a window of this size, "+70+90", as near as may be with all on the screen."""
+    places = (max(min(at, n - own), 0) for at, n, own in zip((x, y), room(window), size))
+    return "+{}+{}".format(*places)
 
 
 class Form(ttk.Frame):
