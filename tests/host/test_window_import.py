@@ -1,12 +1,14 @@
 """Drawings in the application's window: what is asked, and what is told of them."""
 
 import math
+from tkinter.font import Font
 
 import ezdxf
 import pytest
 from support.application import answering, dialogs, outlines
 from support.events import settle
 from tandrel.application.importing import Layers, Report
+from tandrel.exchange.tell import Note
 
 
 @pytest.fixture
@@ -174,6 +176,33 @@ def test_what_has_no_place_cannot_be_shown(start, drawn):
     app = start(drawn(twice))
     (report,) = dialogs(app.root, Report)
     assert report.button.instate(["disabled"])
+
+
+LONG = "a name of a drawing or of a layer that goes on and on " * 4
+
+
+def lies_on_the_screen(window):
+    window.update()
+    right, lower = window.winfo_screenwidth(), window.winfo_screenheight()
+    x, y = window.winfo_rootx(), window.winfo_rooty()
+    return 0 <= x <= right - window.winfo_width() and 0 <= y <= lower - window.winfo_height()
+
+
+@pytest.mark.parametrize("screen", ["root", "small_root"])
+def test_what_is_asked_and_listed_lies_on_the_screen(start, request, screen):
+    """Whatever names there are, and wherever the window stands."""
+    app = start(root=request.getfixturevalue(screen))
+    app.root.geometry("-0-0")
+    settle(app.root, lambda: app.root.winfo_x() > 0)
+    note = Note("Left out (1): points, near u = 1234.56 mm, v = 1234.56 mm, and more of it")
+    report = Report(app.root, LONG, 20 * [note], app.view.mark)
+    layers = Layers(app.root, f"{LONG}\n\n{LONG}", {f"{k} {LONG}": k for k in range(20)}, [])
+    for dialog, rows in ((report, report.list), (layers, layers.boxes)):
+        assert lies_on_the_screen(dialog)
+        measure = Font(dialog, "TkDefaultFont").measure
+        widest = max(measure(rows.item(row, "text")) for row in rows.get_children())
+        assert widest < rows.bbox(rows.get_children()[0], "#0")[2]
+        dialog.destroy()
 
 
 def test_the_list_goes_with_the_drawing(start, drawn):

@@ -6,7 +6,7 @@ import tkinter as tk
 from collections.abc import Mapping
 from tkinter import ttk
 
-from tandrel.gui.widgets import PAL, px
+from tandrel.gui.widgets import PAL, on_screen, px
 
 
 class Dialog(tk.Toplevel):
@@ -46,7 +46,8 @@ class Dialog(tk.Toplevel):
         parent = self.master.winfo_toplevel()
         x = parent.winfo_rootx() + (parent.winfo_width() - self.winfo_reqwidth()) // 2
         y = parent.winfo_rooty() + (parent.winfo_height() - self.winfo_reqheight()) // 3
-        self.geometry(f"+{max(x, 0)}+{max(y, 0)}")
+        size = self.winfo_reqwidth(), self.winfo_reqheight()
+        self.geometry(on_screen(self, x, y, size))
 
 
 class Question(Dialog):

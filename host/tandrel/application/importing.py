@@ -10,14 +10,18 @@ from typing import Any, Optional
 
 from tandrel.application.dialogs import Dialog, ask
 from tandrel.application.menus import UNITS
+from tandrel.application.names import short
 from tandrel.exchange import LayersUnclear, OutlineOpen, Question, UnitsMissing
 from tandrel.exchange.tell import Note
 from tandrel.geometry.edges import Point
 from tandrel.gui.i18n import tr
-from tandrel.gui.widgets import px
+from tandrel.gui.widgets import on_screen, px, room
 
 _ROWS = 10  # of a list that are shown, at most
-_AROUND_TEXT = 48  # pixels of a row that its text doesn't have
+_LONGEST_NAME = 60  # characters of a layer's name
+# In nominal pixels: of a row that its text doesn't have, of a window that its list doesn't have.
+_AROUND_TEXT, _AROUND_LIST = 48, 48
+_LEAST_WIDTH = 400  # nominal pixels of a list
 
 
 def answer(parent: tk.Misc, file: str, question: Question) -> Any:
@@ -56,9 +60,10 @@ class Layers(Dialog):
         _scrolled(self.boxes).pack(fill="both", expand=True, pady=px(12))
         self.chosen = {name: name in proposed for name in layers}
         for name, count in layers.items():
-            label = tr("{layer} (contours: {n})").format(layer=name, n=count)
+            label = tr("{layer} (contours: {n})").format(layer=short(name, _LONGEST_NAME), n=count)
             self.boxes.insert("", "end", name, text=label)
             self._tick(name)
+        _as_wide_as_texts(self.boxes)
         self.boxes.bind("<Button-1>", lambda event: self.toggle(self.boxes.identify_row(event.y)))
         self.boxes.bind("<space>", lambda _event: self.toggle(self.boxes.focus()))
         row = ttk.Frame(self.body, style="Panel.TFrame")
@@ -115,16 +120,15 @@ class Report(Dialog):
         self._notes = notes
         self.resizable(True, True)
         text = tr("{file} came in, but not all of it as it was drawn:").format(file=file)
-        ttk.Label(self.body, text=text).pack(anchor="w")
+        label = ttk.Label(self.body, text=text)
+        label.pack(anchor="w")
         self.list = ttk.Treeview(
             self.body, show="tree", selectmode="browse", height=min(len(notes), _ROWS)
         )
         _scrolled(self.list).pack(fill="both", expand=True, pady=px(12))
-        font = Font(self, ttk.Style(self).lookup("Treeview", "font") or "TkDefaultFont")
-        width = max(map(font.measure, notes)) + px(_AROUND_TEXT)
-        self.list.column("#0", width=min(width, self.winfo_screenwidth() * 9 // 10), stretch=True)
         for k, note in enumerate(notes):
             self.list.insert("", "end", str(k), text=note)
+        label.configure(wraplength=_as_wide_as_texts(self.list))
         self.list.bind("<<TreeviewSelect>>", lambda _event: self._enable())
         self.list.bind("<Double-1>", lambda _event: self.point())
         row = ttk.Frame(self.body, style="Panel.TFrame")
@@ -144,8 +148,8 @@ class Report(Dialog):
         self.update_idletasks()
         parent = self.master.winfo_toplevel()
         right = parent.winfo_rootx() + parent.winfo_width() + px(8)
-        x = min(right, self.winfo_screenwidth() - self.winfo_reqwidth())
-        self.geometry(f"+{max(x, 0)}+{max(parent.winfo_rooty(), 0)}")
+        size = self.winfo_reqwidth(), self.winfo_reqheight()
+        self.geometry(on_screen(self, right, parent.winfo_rooty(), size))
 
     def point(self) -> None:
         """Mark the place of the chosen note."""
@@ -161,6 +165,16 @@ class Report(Dialog):
 
     def _enable(self) -> None:
         self.button.state(["disabled" if self._chosen_place() is None else "!disabled"])
+
+
+def _as_wide_as_texts(tree: ttk.Treeview) -> int:
+    """Give a list the width of its longest row, as far as the screen has room; in pixels."""
+    font = Font(tree, ttk.Style(tree).lookup("Treeview", "font") or "TkDefaultFont")
+    needed = max(font.measure(tree.item(row, "text")) for row in tree.get_children())
+    least, most = px(_LEAST_WIDTH), room(tree)[0] - px(_AROUND_LIST)
+    width = min(max(needed + px(_AROUND_TEXT), least), most)
+    tree.column("#0", width=width, stretch=True)
+    return width
 
 
 def _scrolled(tree: ttk.Treeview) -> ttk.Treeview:
