@@ -121,7 +121,7 @@ def test_the_least_window_shows_its_buttons(screen, open_one, language):
 
 @pytest.mark.parametrize("screen", [(1280, 1024), (2560, 2048, 192)], ids=str, indirect=True)
 @pytest.mark.parametrize("language", LANGUAGES)
-def test_the_form_is_no_wider_than_the_list(screen, open_one, language):
+def test_the_form_stands_under_the_list_and_is_no_wider(screen, open_one, language):
     editor = open_one(screen, language)
     for unit, index in product(widgets.SYSTEMS, range(len(CARDS))):
         widgets.set_units(unit)
@@ -129,6 +129,7 @@ def test_the_form_is_no_wider_than_the_list(screen, open_one, language):
         editor.update_idletasks()
         (form,) = [w for w in editor.props.winfo_children() if isinstance(w, widgets.Form)]
         assert form.winfo_reqwidth() <= px(110 + 160) <= editor.list.winfo_reqwidth()
+        assert 0 <= form.winfo_rootx() - editor.list.winfo_rootx() <= px(16)
 
 
 def test_the_status_text_is_seen(root, open_one):

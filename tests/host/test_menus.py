@@ -1,5 +1,7 @@
 """Menus and keys: each does what it says, says what it can, and waits while something is done."""
 
+import re
+
 import pytest
 from support.application import accept_bore, answering, in_editor, labels, state
 from support.events import CONTROL, SHIFT
@@ -7,6 +9,7 @@ from tandrel import storage
 from tandrel.application import menus, progress
 from tandrel.application.menus import BAR, Entry
 from tandrel.gui import theme
+from tandrel.gui.widgets import px
 from tandrel.units import SYSTEMS
 
 CAPS_LOCK = 0x2
@@ -153,6 +156,18 @@ def test_a_recent_file_far_away_makes_no_menu_wider_than_the_screen(start):
     (label,) = labels(app.menus["recent"])
     assert re.fullmatch(r"name.*….*name\.json  \(/begin.*….*/end\)", label)
     assert len(label) < 110
+
+
+def test_what_is_chosen_has_a_tick_as_large_as_the_screen_needs(start, large_root):
+    app = start(root=large_root)
+    for name in ("units", "language", "palette"):
+        menu = app.menus[name]
+        for entry in range(menu.index("end") + 1):
+            signs = [menu.entrycget(entry, option) for option in ("image", "selectimage")]
+            assert signs == ["tandrel-none", "tandrel-on"]
+            assert not large_root.getboolean(menu.entrycget(entry, "indicatoron"))
+    sizes = [large_root.tk.call("image", "height", sign) for sign in signs]
+    assert sizes == 2 * [px(15)]
 
 
 def test_every_unit_and_palette_has_a_label():

@@ -99,7 +99,7 @@ def _give_way(editor: SketchEditor) -> None:
     hint.pack_configure(after=ok)
     bottom.pack_configure(side="bottom", before=body)
     side.pack_configure(side="right", before=editor.canvas)
-    editor.props.pack_configure(side="bottom", before=editor.list)
+    editor.props.pack_configure(side="bottom", anchor="w", fill="none", before=editor.list)
     editor.list.pack_configure(fill="both", expand=True)
 
 

@@ -100,6 +100,10 @@ class Menus(Dict[str, tk.Menu]):
                 value=value,
                 variable=chosen,
                 command=partial(self._perform, operation),
+                image="tandrel-none",
+                selectimage="tandrel-on",
+                compound="left",
+                indicatoron=False,
             )
 
     def list_recent(self, paths: Iterable[str], open_file: Callable[[str], None]) -> None:

@@ -264,10 +264,15 @@ def _tool_button() -> Options:
 
 
 def _check_marks(root: tk.Misc) -> dict[str, Options]:
-    """A box with a tick in place of the parent theme's cross. Made anew, its pictures change."""
+    """A box with a tick in place of the parent theme's cross. Made anew, its pictures change.
+
+    Menus show it beside what is chosen, and "tandrel-none" beside what isn't: Tk's own signs there
+    are as small on every screen.
+    """
     size = px(15)
     off = check_box(root, "tandrel-off", size, PAL["field"], PAL["edge"], None)
     on = check_box(root, "tandrel-on", size, PAL["primary"], PAL["primary"], PAL["on_primary"])
+    root.tk.call("image", "create", "photo", "tandrel-none", "-width", size, "-height", size)
     images = [off, ("selected", on)]
     return {
         "Checkbutton.indicator": {
