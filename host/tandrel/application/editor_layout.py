@@ -7,10 +7,10 @@ of the status text, pushes the canvas, and what the pointer stood on with it.
 from __future__ import annotations
 
 import re
-from tkinter import ttk
+from tkinter import font, ttk
 from typing import Any, Tuple
 
-from tandrel.gui import widgets
+from tandrel.gui import sketcher, widgets
 from tandrel.gui.sketcher import FIELDS, SketchEditor
 from tandrel.gui.widgets import px
 
@@ -20,11 +20,12 @@ _STATUS_LINES = 2
 _LEAST_ROWS = 3
 # In nominal pixels.
 _COLUMNS = {"#0": 110, "size": 180}
-_WIDEST_SIZE = 260  # the column's, with which all sizes of parts below a metre fit in
+_AROUND_TEXT = 16  # in a column, at most
 _LEAST_CANVAS = 240, 160
 _FAIR_WIDTH = 420  # the canvas's, of which it leaves nothing to the list
 _LEAST_USUAL, _USUAL = (1000, 700), (1400, 900)
 
+_LONG = 0.123457  # metres, with all the digits that a length is shown with
 _SHARE_OF_SCREEN = 0.9  # between those two; panels may have the rest
 
 
@@ -168,10 +169,20 @@ def _widen_list(editor: SketchEditor, width: int) -> None:
     canvas, rows = editor.canvas, editor.list
     others = canvas.master.winfo_reqwidth() - canvas.winfo_reqwidth()
     spare = width - _around(editor) - others - px(_FAIR_WIDTH)
-    more = min(max(spare, 0), px(_WIDEST_SIZE - _COLUMNS["size"]))
+    more = max(min(spare, _widest_size(editor) - px(_COLUMNS["size"])), 0)
     rows.column("size", width=px(_COLUMNS["size"]) + more)
     side: Any = rows.master
     side.configure(width=side.winfo_reqwidth() + more)
+
+
+def _widest_size(editor: SketchEditor) -> int:
+    """What the sizes of a part below a metre need in the list, in pixels."""
+    shapes: Any = (
+        {"type": "rectangle", "w": _LONG, "h": _LONG},
+        {"type": "regular", "n": 12, "r": _LONG / 2},
+    )
+    text_font = font.nametofont("TkDefaultFont", editor)
+    return max(text_font.measure(sketcher.describe(e)) for e in shapes) + px(_AROUND_TEXT)
 
 
 def _largest_form(editor: SketchEditor) -> Size:
