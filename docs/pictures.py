@@ -41,7 +41,7 @@ FONTS = """<?xml version="1.0"?>
 </fontconfig>
 """
 
-SIZE = "1190x608"  # pixels; not much more than the manual's page shows
+SIZE = "1188x608"  # pixels; not much more than the manual's page shows
 
 Point = Tuple[float, float]  # millimetres
 Entity = Dict[str, Any]
