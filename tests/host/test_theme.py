@@ -35,6 +35,7 @@ WINDOWS = [
     ("field", "text", TEXT),
     *product(["edge", "primary"], ["window", "field"], [LINE]),
     ("primary", "button", LINE),
+    ("text", "edge", LINE),
     ("line", "window", LINE),
 ]
 
@@ -132,6 +133,7 @@ def test_open_windows_take_the_new_colours(root):
             assert str(window.cget("background")) == colours["window"]
         assert str(menu.cget("background")) == colours["window"]
         assert str(menu.cget("foreground")) == colours["text"]
+        assert str(menu.cget("disabledforeground")) == colours["hint"]
         assert str(text.cget("background")) == colours["field"]
         assert str(text.cget("insertbackground")) == colours["text"]
         assert str(tk.Text(root).cget("foreground")) == colours["text"]

@@ -358,7 +358,7 @@ def _classic_options() -> dict[str, Options]:
         "foreground": PAL["text"],
         "activeBackground": PAL["chosen"],
         "activeForeground": PAL["text"],
-        "disabledForeground": PAL["edge"],
+        "disabledForeground": PAL["hint"],
         "selectColor": PAL["primary"],
         "relief": "raised",
         "borderWidth": 1,
