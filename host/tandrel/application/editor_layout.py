@@ -22,7 +22,7 @@ _LEAST_ROWS = 3
 _COLUMNS = {"#0": 110, "size": 180}
 _AROUND_TEXT = 16  # in a column, at most
 _LEAST_CANVAS = 240, 160
-_FAIR_WIDTH = 420  # the canvas's, of which it leaves nothing to the list
+_FAIR_WIDTH = 370  # the canvas's, of which it leaves nothing to the list
 _LEAST_USUAL, _USUAL = (1000, 700), (1400, 900)
 
 _LONG = 0.123457  # metres, with all the digits that a length is shown with
