@@ -7,8 +7,10 @@ import ezdxf
 import pytest
 from support.application import answering, dialogs, outlines
 from support.events import settle
+from tandrel.application.dialogs import Question
 from tandrel.application.importing import Layers, Report
 from tandrel.exchange.tell import Note
+from tandrel.gui import i18n
 
 
 @pytest.fixture
@@ -104,6 +106,24 @@ def test_without_an_answer_nothing_changes(start, part, drawn, draw):
     assert app.session.document is before
     assert app.root.title() == "Mounting flange – tandrel"
     assert app.message.cget("text") == "part.dxf isn't opened. Everything is as it was."
+
+
+@pytest.mark.parametrize("language, mark", [("de", ": "), ("fr", "\u00a0: "), ("zh", "\uff1a")])
+def test_units_to_choose_from_are_written_as_the_language_does(start, drawn, language, mark):
+    app = start()
+    i18n.set_language(language)
+    asked = []
+
+    def look():
+        for question in dialogs(app.root, Question):
+            asked.extend(button.cget("text") for button in question.buttons.values())
+            question.close()
+        if not asked:
+            app.root.after(5, look)
+
+    app.root.after(5, look)
+    app.open(str(drawn(with_gap, units=0)))
+    assert asked[0].endswith(f"(mm){mark}100 mm × 50 mm")
 
 
 def test_a_unit_from_the_command_line_is_not_asked_about(start, drawn):

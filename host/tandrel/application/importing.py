@@ -39,8 +39,9 @@ def answer(parent: tk.Misc, file: str, question: Question) -> Any:
 
 
 def _labelled(choices: Mapping[str, str]) -> dict[str, str]:
+    text = tr("{unit}: {size}")
     return {
-        name: f"{tr(UNITS[name])}: {size}" if name in UNITS else size
+        name: text.format(unit=tr(UNITS[name]), size=size) if name in UNITS else size
         for name, size in choices.items()
     }
 
