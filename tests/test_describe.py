@@ -109,27 +109,6 @@ def test_validity_is_the_outline_succeeding(sketcher, neighbours):
         assert ok(entity) is True
 
 
-@pytest.mark.parametrize(
-    "error", [ValueError, KeyError, TypeError, UnicodeDecodeError], ids=lambda e: e.__name__
-)
-def test_entity_that_cannot_be_outlined_is_not_valid(sketcher, neighbours, error):
-    args = ("utf-8", b"", 0, 1, "no") if error is UnicodeDecodeError else ("no",)
-    neighbours.S.fail["outline"] = error(*args)
-    assert sketcher.SketchEditor._ok(circle()) is False
-
-
-OTHER_ERRORS = [BaseException, Exception, LookupError, IndexError, OverflowError, MemoryError]
-
-
-@pytest.mark.parametrize("kind", OTHER_ERRORS, ids=lambda kind: kind.__name__)
-def test_other_errors_of_an_outline_pass_through(sketcher, neighbours, kind):
-    error = kind("no")
-    neighbours.S.fail["outline"] = error
-    with pytest.raises(kind) as caught:
-        sketcher.SketchEditor._ok(circle())
-    assert caught.value is error
-
-
 def test_no_entity_at_all_is_not_valid(sketcher, neighbours):
     assert sketcher.SketchEditor._ok(None) is False
     assert sketcher.SketchEditor._ok({"type": "circle", "xc": 0.0}) is False

@@ -30,8 +30,9 @@ class TestReading:
         with pytest.raises(OwnError):
             PlainEditor(refs=[("edge", [[0.0, 0.0]])])._extent()
 
-    def test_whether_an_entity_has_a_key(self, sketcher):
-        entity = failing(dict, "__contains__", __deepcopy__=lambda self, memo: self)()
+    @pytest.mark.parametrize("operation", ["__contains__", "__setitem__"])
+    def test_a_coordinate_that_cannot_be_read_or_set(self, sketcher, operation):
+        entity = failing(dict, operation, __deepcopy__=lambda self, memo: self)(circle())
         with pytest.raises(OwnError):
             sketcher.SketchEditor._moved(entity, (1.0, 2.0))
 
@@ -115,7 +116,9 @@ class TestReading:
 
 class TestKinds:
     @pytest.mark.parametrize("base", [ValueError, KeyError, TypeError])
-    def test_a_refusal_of_a_derived_class_is_one(self, neighbours, sketcher, base):
+    def test_a_refusal_and_one_of_a_derived_class_is_one(self, neighbours, sketcher, base):
+        neighbours.S.fail["outline"] = base("no")
+        assert sketcher.SketchEditor._ok(circle()) is False
         neighbours.S.fail["outline"] = failing(base)("no")
         assert sketcher.SketchEditor._ok(circle()) is False
         assert PlainEditor(entities=[circle()]).pick(200, 150) is None
@@ -140,11 +143,6 @@ class TestWriting:
         with pytest.raises(OwnError):
             editor._zoom(1.2, 0, 0)
         assert editor.scale == 1.0 and editor.centre.tolist() == [0.0, 0.0]
-
-    def test_a_coordinate_that_cannot_be_set(self, sketcher):
-        entity = failing(dict, "__setitem__", __deepcopy__=lambda self, memo: self)(circle())
-        with pytest.raises(OwnError):
-            sketcher.SketchEditor._moved(entity, (1.0, 2.0))
 
 
 NAMES = {"units": "grid_step", "np": "key_points", "math": "_default_grid"}

@@ -1,15 +1,12 @@
 """The manual's examples do what the manual says."""
 
 import json
-import os
 import re
-import subprocess
-import sys
-import textwrap
 from pathlib import Path
 
 import pytest
 from harness.places import BUILD, ROOT, SEARCH_PATH
+from support.children import run
 
 DOCS = ROOT / "docs"
 EXAMPLE = DOCS / "examples" / "one_file_application.py"
@@ -32,7 +29,7 @@ def press_ok():
 
 press_ok()
 names = {"window": window}
-for code in json.load(sys.stdin):
+for code in sys.argv[1:]:
     exec(code, names)
 print(json.dumps([accepted, sketcher.SNAP_PX]))
 """
@@ -40,7 +37,7 @@ print(json.dumps([accepted, sketcher.SNAP_PX]))
 # Runs the application, with a user who makes the hole smaller in the form, and prints what is kept,
 # and whether window and canvas stayed as they were.
 APPLICATION = """
-import json, runpy, sys, tkinter as tk
+import contextlib, io, json, runpy, sys, tkinter as tk
 
 def place(editor):
     editor.update()
@@ -71,22 +68,11 @@ def use(editor):
 
 seen = []
 tk.Toplevel.wait_window = use
-runpy.run_path(sys.argv[1], run_name="__main__")
-print(json.dumps(seen))
+kept = io.StringIO()
+with contextlib.redirect_stdout(kept):
+    runpy.run_path(sys.argv[1], run_name="__main__")
+print(json.dumps([kept.getvalue(), seen]))
 """
-
-
-def run(code, *arguments, path, text=""):
-    ended = subprocess.run(
-        [sys.executable, "-c", textwrap.dedent(code), *map(str, arguments)],
-        env={**os.environ, "PYTHONPATH": os.pathsep.join(path)},
-        input=text,
-        capture_output=True,
-        text=True,
-        timeout=60,
-    )
-    assert (ended.returncode, ended.stderr) == (0, "")
-    return ended.stdout.splitlines()
 
 
 def examples(file):
@@ -96,20 +82,20 @@ def examples(file):
 def test_examples_of_the_manual_run(display):
     code = examples(DOCS / "programming.md")
     assert len(code) == 4
-    (line,) = run(READER, path=SEARCH_PATH, text=json.dumps(code))
-    assert json.loads(line) == [["Profile of the flange", "Sketch"], 14]
+    told = run(READER, paths=SEARCH_PATH, arguments=code)
+    assert told == [["Profile of the flange", "Sketch"], 14]
 
 
 def test_example_of_the_front_page_runs(display):
     code = examples(ROOT / "README.md")
     given = "sketch = {'entities': [{'type': 'circle', 'xc': 0.0, 'yc': 0.0, 'r': 0.01}]}"
-    (line,) = run(READER, path=SEARCH_PATH, text=json.dumps([given, *code]))
-    assert json.loads(line)[0] == ["Profile of the flange"]
+    accepted, _ = run(READER, paths=SEARCH_PATH, arguments=[given, *code])
+    assert accepted == ["Profile of the flange"]
 
 
 def test_application_in_one_file_needs_nothing_but_the_module(display):
-    kept, seen = run(APPLICATION, EXAMPLE, path=[str(BUILD)])
-    assert json.loads(seen) == [[2, 1, True]]
+    kept, seen = run(APPLICATION, paths=[BUILD], arguments=[str(EXAMPLE)])
+    assert seen == [[2, 1, True]]
     assert json.loads(kept.replace("'", '"'))["entities"] == [
         {"type": "rectangle", "x": -0.04, "y": -0.03, "w": 0.08, "h": 0.06, "radius": 0.0},
         {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.0075},

@@ -159,7 +159,3 @@ class TestCancelDrawing:
         assert editor.cancel_drawing() is None
         assert seen == [([], None)]
         assert editor.clicks is not clicks and len(clicks) == 3
-
-    def test_repaints_while_nothing_is_drawn_too(self, editor):
-        editor.cancel_drawing()
-        assert names(editor) == ["redraw"]
