@@ -65,7 +65,7 @@ def main(arguments: list[str] | None = None) -> int:
     build_shim()
     os.environ["LD_PRELOAD"] = str(SHIM)
     try:
-        return report(options)
+        return report(sys.argv[1:] if arguments is None else arguments, options.jobs)
     finally:
         del os.environ["LD_PRELOAD"]
 
@@ -77,11 +77,8 @@ def build_shim() -> None:
     quietly(*command, str(ROOT / "soak" / "common" / "failing_allocator.cpp"), "-o", str(SHIM))
 
 
-def report(options: argparse.Namespace) -> int:
+def report(arguments: list[str], jobs: int) -> int:
     """Run the children, print what they found and the figure; 0 where they found nothing."""
-    words = ["--points", str(options.points)] if options.points else []
-    words += ["--only", options.only] if options.only else []
-    words += ["--jobs", str(options.jobs)]
     outcomes: Counter[str] = Counter()
     progress = Progress()
 
@@ -93,7 +90,7 @@ def report(options: argparse.Namespace) -> int:
 
     with x_server(1280, 1024) as display:
         os.environ["DISPLAY"] = display
-        commands = [[*COMMAND, *words, "--part", str(part)] for part in range(options.jobs)]
+        commands = [[*COMMAND, *arguments, "--part", str(part)] for part in range(jobs)]
         findings = watch_all(commands, SILENCE, heard)
     for finding in findings:
         replay = f"soak/allocation.py --only {str(finding.step)!r}"

@@ -29,11 +29,10 @@ COUNTS = FOLDER / "counts"
 
 def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("--counted", action="store_true", help="report what the last run counted")
     parser.add_argument("--jobs", type=int, default=1, help="of the test suite")
     parser.add_argument("tests", nargs="*", default=["tests"], help="the whole suite by default")
     options = parser.parse_args(arguments)
-    if not options.counted and (status := count(options.tests, options.jobs)):
+    if status := count(options.tests, options.jobs):
         sys.exit(f"coverage: the suite ended with status {status} and has to pass first")
     module = FOLDER / "tandrel" / "gui" / "sketcher.abi3.so"
     (counted,) = json.loads(exported(module, COUNTS))["data"]

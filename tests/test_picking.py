@@ -10,7 +10,7 @@ import pytest
 from hypothesis import given
 from hypothesis import strategies as st
 from support.neighbours import circle, polygon, rectangle, slot
-from support.plain import PlainEditor
+from support.plain import painting_nothing
 
 NAN = math.nan
 
@@ -18,9 +18,7 @@ NAN = math.nan
 @pytest.fixture
 def editor(neighbours):
     """400 x 300 pixels, 10 pixels to the unit, the origin at (200, 150); nothing is painted."""
-    editor = PlainEditor(scale=10.0)
-    editor.calls = editor.watch("redraw", "refresh_list", "show_props")
-    return editor
+    return painting_nothing()
 
 
 class TestPick:
