@@ -16,7 +16,7 @@ from unittest.mock import patch
 
 import numpy as np
 from support.desk import button, tool_button
-from support.events import Send
+from support.events import Send, run_while
 from support.neighbours import one_of_each, polygon
 from tandrel.gui import i18n, sketcher, widgets
 
@@ -52,25 +52,12 @@ class Stage:
 
     def modal(self, *steps: Step, **arguments: Any) -> Any:
         """Run a dialog; what the steps, called with it while it is modal, leave must be closed."""
+
+        def is_closed(editor: Any) -> None:
+            assert not editor.winfo_exists(), "the dialog is still open"
+
         editor = self.open(**arguments)
-        failures: list[BaseException] = []
-
-        def act() -> None:
-            try:
-                editor.update()
-                for step in steps:
-                    step(editor)
-                assert not editor.winfo_exists(), "the dialog is still open"
-            except BaseException as error:
-                failures.append(error)
-                if editor.winfo_exists():
-                    editor.destroy()
-
-        editor.after(1, act)
-        result = editor.run()
-        if failures:
-            raise failures.pop()
-        return result
+        return run_while(editor, lambda editor: editor.update(), *steps, is_closed, delay=1)
 
     def take_raised(self, *expected: type[BaseException]) -> None:
         """Whether callbacks raised these and nothing else since the last time."""

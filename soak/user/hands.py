@@ -15,6 +15,7 @@ from typing import Any
 import _tkinter
 
 from soak.user.shadow import Shadow
+from support.desk import tool_button
 from support.widgets import walk
 from tandrel.gui.i18n import set_language
 from tandrel.gui.widgets import set_units
@@ -47,11 +48,6 @@ class Hands:
                 for name in ("grid", "sides", "offset", "plane"):
                     if str(widget.cget("textvariable")) == str(getattr(editor, name)):
                         self._fixed[name] = widget
-        self._tools = {
-            str(widget.cget("value")): widget
-            for widget in walk(editor)
-            if isinstance(widget, ttk.Radiobutton)
-        }
         (self._snap,) = of_class(editor, ttk.Checkbutton)
         # In the order in which the window is built.
         names = "fit", "delete", "cancel", "ok"
@@ -154,7 +150,7 @@ class Hands:
     def _do_tool(self, tool: str) -> None:
         self.shadow.tool.set(tool)
         self._tell(self.shadow.cancel_drawing)
-        self._tools[tool].invoke()
+        tool_button(self.editor, tool).invoke()
 
     def _do_push(self, name: str) -> None:
         """Push one of the window's buttons."""

@@ -94,7 +94,7 @@ def type_text(widget, text):
     widget.insert(0, text)
 
 
-def run_while(editor, *steps):
+def run_while(editor, *steps, delay=50):
     """Run the modal dialog; each step is called with the editor while it is shown.
 
     A dialog that is still there after the last step is destroyed, so that a failing test ends.
@@ -111,7 +111,7 @@ def run_while(editor, *steps):
             if editor.winfo_exists():
                 editor.destroy()
 
-    editor.after(50, act)
+    editor.after(delay, act)
     result = editor.run()
     if failures:
         raise failures[0]
