@@ -25,33 +25,39 @@ def loaded(prepare, answer):
 # --- imports
 
 
-def test_an_attribute_of_tkinter_will_do():
-    answer = '["tkinter.ttk" in sys.modules, module.ttk is stage.ttk]'
-    assert loaded("", answer) == [False, True]
+NO_ATTRIBUTE = "del stage.tk.ttk; stage.tk.__class__ = types.ModuleType\n"
+# What a process is prepared with, and what must be true of the module.
+FOUND = {
+    "an attribute of tkinter will do": (
+        "",
+        "'tkinter.ttk' not in sys.modules and module.ttk is stage.ttk",
+    ),
+    "an attribute wins over the table of modules": (
+        "sys.modules['tkinter.ttk'] = object()\n"
+        "import tandrel; tandrel.sketch = other = object()",
+        "module.ttk is stage.ttk and module.S is other",
+    ),
+    "without an attribute the table of modules serves": (
+        NO_ATTRIBUTE + "sys.modules['tkinter.ttk'] = other = object()",
+        "module.ttk is other and module.tk is stage.tk",
+    ),
+    "imported modules themselves come from the table": (
+        "import tandrel.gui; tandrel.gui.widgets = tandrel.gui.i18n = object()\n"
+        "import numpy; sys.modules['numpy'] = other = types.ModuleType('numpy')",
+        "module.np is other and module.px is stage.px and module.tr is stage.tr",
+    ),
+}
 
 
-def test_an_attribute_wins_over_the_table_of_modules():
-    prepare = "sys.modules['tkinter.ttk'] = object()"
-    assert loaded(prepare, "[module.ttk is stage.ttk]") == [True]
-    prepare = "import tandrel; tandrel.sketch = other = object()"
-    assert loaded(prepare, "[module.S is other]") == [True]
-
-
-def test_without_an_attribute_the_table_of_modules_serves():
-    prepare = (
-        "del stage.tk.ttk; stage.tk.__class__ = types.ModuleType\n"
-        "sys.modules['tkinter.ttk'] = other = object()"
-    )
-    assert loaded(prepare, "[module.ttk is other, module.tk is stage.tk]") == [True, True]
+@pytest.mark.parametrize("prepare, holds", FOUND.values(), ids=FOUND)
+def test_imports_find(prepare, holds):
+    assert loaded(prepare, holds) is True
 
 
 def test_without_either_it_is_imported_from_the_package(tmp_path):
     (tmp_path / "ttk.py").write_text("Frame = 'found'\n")
-    prepare = (
-        "del stage.tk.ttk; stage.tk.__class__ = types.ModuleType\n"
-        f"stage.tk.__path__ = [{str(tmp_path)!r}]"
-    )
-    assert loaded(prepare, "[module.ttk.Frame]") == ["found"]
+    prepare = f"{NO_ATTRIBUTE}stage.tk.__path__ = [{str(tmp_path)!r}]"
+    assert loaded(prepare, "module.ttk.Frame") == "found"
 
 
 def test_nowhere_to_be_found_is_an_import_error():
@@ -69,16 +75,6 @@ except ImportError as error:
     print(json.dumps(str(error).partition(" (")[0]))
 """
     assert run(code) == "cannot import name 'ttk' from 'tkinter'"
-
-
-def test_imported_modules_themselves_come_from_the_table():
-    prepare = (
-        "import tandrel.gui\n"
-        "tandrel.gui.widgets = tandrel.gui.i18n = object()\n"
-        "import numpy; sys.modules['numpy'] = other = types.ModuleType('numpy')"
-    )
-    answer = "[module.np is other, module.px is stage.px, module.tr is stage.tr]"
-    assert loaded(prepare, answer) == [True, True, True]
 
 
 # --- the class
