@@ -11,7 +11,6 @@ import pytest
 from soak.hostility.attack import NONSENSE
 from support.neighbours import circle, rectangle
 from support.operations import CLICK_TOOLS, OPERATIONS, TOOLS, run_all, sound
-from support.plain import Recorder
 
 # What numpy says about nonsense isn't this module's concern.
 pytestmark = pytest.mark.filterwarnings("ignore")
@@ -123,61 +122,27 @@ class TestNeighboursThatMeddle:
                 vars(editor).pop(name, None)
 
     HOW = ["clear", "replace", "shrink", "grow", "forget", "remove"]
+    WHERE = [f"S.{name}" for name in ("outline", "corners", "area", "inside", "depths")]
+    WHERE += [f"canvas.create_{kind}" for kind in ("line", "text", "polygon", "oval")]
+    WHERE += ["_ok", "to_screen", "to_world", "snapped", "redraw", "module.describe"]
 
     @pytest.mark.parametrize("how", HOW)
-    @pytest.mark.parametrize("operation", ["outline", "corners", "area", "inside", "depths"])
-    def test_the_sketch_module(self, neighbours, operation, how):
+    @pytest.mark.parametrize("where", WHERE)
+    def test_in_the_middle_of_an_operation(self, sketcher, neighbours, monkeypatch, where, how):
+        owner, _, name = where.rpartition(".")
+        shared = {"S": neighbours.S, "module": sketcher}.get(owner)
+        original = getattr(shared, name, None)
+
         def make():
             editor = sound()
+            of = shared or (editor.canvas if owner else editor)
+            real = original or getattr(of, name)
 
-            def fail(*args):
+            def operation(*args, **options):
                 self.meddle(editor, how)
+                return real(*args, **options)
 
-            neighbours.S.fail[operation] = fail
-            return editor
-
-        run_all(make)
-
-    @pytest.mark.parametrize("how", HOW)
-    def test_the_canvas(self, sketcher, how):
-        class Meddling(Recorder):
-            def __getattr__(self, name):
-                if name.startswith("create_"):
-                    self.meddle()
-                return super().__getattr__(name)
-
-        def make():
-            editor = sound()
-            editor.canvas = Meddling(winfo_width=400, winfo_height=300)
-            editor.canvas.meddle = lambda: self.meddle(editor, how)
-            return editor
-
-        run_all(make)
-
-    @pytest.mark.parametrize("how", HOW)
-    @pytest.mark.parametrize(
-        "name", ["_ok", "to_screen", "to_world", "snapped", "redraw", "describe"]
-    )
-    def test_overrides(self, sketcher, monkeypatch, name, how):
-        real_describe = sketcher.describe
-
-        def make():
-            editor = sound()
-            if name == "describe":
-
-                def describe(e):
-                    self.meddle(editor, how)
-                    return real_describe(e)
-
-                monkeypatch.setattr(sketcher, "describe", describe)
-                return editor
-            real = getattr(editor, name)
-
-            def operation(*args):
-                self.meddle(editor, how)
-                return real(*args)
-
-            setattr(editor, name, operation)
+            monkeypatch.setattr(of, name, operation, raising=False)
             return editor
 
         run_all(make)
