@@ -42,8 +42,9 @@ def test_a_slot_s_summary_is_the_module_s(editor, sketcher, monkeypatch):
 
 
 @pytest.mark.parametrize("entity", [{"type": "arcs"}, {"type": None}])
-def test_other_shapes_have_none(editor, entity):
+def test_other_shapes_have_none(editor, neighbours, entity):
     assert labels(editor, entity) == []
+    assert neighbours.units.asked == 1
 
 
 def test_follow_zoom_and_pan_at_fixed_distances(editor):
@@ -89,11 +90,6 @@ def test_the_units_are_asked_for_once_and_again_by_a_summary(editor, neighbours,
     labels(editor, card.sample)
     texts = [text for _, _, text, _ in card.dimensions(card.sample, str)]
     assert neighbours.units.asked == 1 + (card.summary(card.sample, str, str) in texts)
-
-
-def test_the_units_are_asked_for_once_where_there_is_no_label(editor, neighbours):
-    labels(editor, {"type": "arcs"})
-    assert neighbours.units.asked == 1
 
 
 @pytest.mark.parametrize(

@@ -63,9 +63,7 @@ class TestExtent:
         lo, hi = editor._extent()
         assert is_point(lo, 1.0, 1.0)
         assert is_point(hi, 2.0, 2.0)
-
-    def test_of_bad_shapes_only_is_the_default_box(self, editor):
-        editor.sk["entities"] = [circle(r=-1.0), {"type": "circle"}]
+        editor.sk["entities"] = [bad]
         assert is_point(editor._extent()[1], 0.05, 0.05)
 
     def test_asks_the_editor_which_shapes_are_valid(self, editor):

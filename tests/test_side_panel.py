@@ -111,22 +111,21 @@ def test_other_errors_of_describe_pass(sketcher, monkeypatch, error):
     assert editor.calls == []
 
 
-def test_unknown_type_passes_to_the_caller(sketcher):
-    editor = plain(circle(), {"type": "spline"}, circle())
-    with pytest.raises(KeyError, match="spline"):
-        sketcher.SketchEditor.refresh_list(editor)
-    assert [row["iid"] for row in editor.list.rows] == ["0"]
-    assert editor.calls == []
-
-
-def test_sketch_without_a_list_passes_to_the_caller(sketcher):
+@pytest.mark.parametrize(
+    "sketch, error, rows",
+    [
+        ({"entities": [circle(), {"type": "spline"}, circle()]}, KeyError("spline"), ["0"]),
+        ({}, KeyError("entities"), []),
+        ({"entities": None}, TypeError(), []),
+    ],
+)
+def test_what_cannot_be_listed_passes_to_the_caller(sketch, error, rows):
     editor = plain()
-    editor.sk = {}
-    with pytest.raises(KeyError, match="entities"):
-        sketcher.SketchEditor.refresh_list(editor)
-    editor.sk = {"entities": None}
-    with pytest.raises(TypeError):
-        sketcher.SketchEditor.refresh_list(editor)
+    editor.sk = sketch
+    with pytest.raises(type(error), match=str(error)):
+        editor.refresh_list()
+    assert [row["iid"] for row in editor.list.rows] == rows
+    assert editor.calls == []
 
 
 # --- showing the selection
