@@ -42,10 +42,25 @@ bench: build
 	$(PYTHON) benchmarks/run.py
 	$(PYTHON) benchmarks/instructions.py
 
-## soak: everything that tries to break the editor, at full size; two hours
+## soak: everything that tries to break the editor, at full size; two hours. Some of it: soak-hostile
+SOAK := coverage opening hostile random_user allocation sanitizers memcheck planted_faults
 soak: build
 	@scripts/ensure-packages run test wheel verify bench
-	$(PYTHON) soak/run.py
+	@$(MAKE) --no-print-directory --keep-going $(SOAK:%=soak-%)
+
+soak-coverage: OPTIONS = --jobs 2
+soak-opening: OPTIONS = --cycles 10000
+soak-hostile: OPTIONS = --cases 200000 --jobs 2
+soak-random_user: OPTIONS = --events 1000000 --jobs 2
+soak-sanitizers: OPTIONS = --with 'random_user.py --events 20000'
+soak-memcheck: OPTIONS = --events 2000
+soak-planted_faults: OPTIONS = --faults 300 --jobs 2
+
+# The last line is the figure; all that a tool prints lies in build/soak/.
+soak-%:
+	@mkdir -p build/soak
+	@$(PYTHON) soak/$*.py $(OPTIONS) > build/soak/$*.txt; ended=$$?; \
+		tail -1 build/soak/$*.txt; exit $$ended
 
 ## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/
 wheel:
