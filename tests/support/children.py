@@ -27,7 +27,7 @@ def printed(*arguments, interpreter=sys.executable, paths=(HOST, BUILD, TESTS), 
         env=environment,
         capture_output=True,
         text=True,
-        timeout=60,
+        timeout=120,
     )
     assert process.returncode == 0, process.stderr
     assert not process.stderr, process.stderr

@@ -1,13 +1,11 @@
 """The interpreters that the one file of the module must serve, as far as they are there."""
 
-import json
 import math
-import os
-import subprocess
 from pathlib import Path
 
 import pytest
-from harness.places import ROOT
+
+from .children import TESTS, run
 
 VERSIONS = ["3.9", "3.10", "3.11", "3.12", "3.13"]
 DEVELOPER_MODE = ("-X", "dev", "-W", "error")
@@ -35,17 +33,8 @@ def interpreter_of(version):
 
 def walk_through(interpreter, *options, path):
     """What the walkthrough prints in this interpreter, with the module found along `path`."""
-    search = os.pathsep.join(map(str, [*path, ROOT / "tests"]))
-    process = subprocess.run(
-        [str(interpreter), *options, "-m", "support.walkthrough"],
-        env={**os.environ, "PYTHONPATH": search},
-        capture_output=True,
-        text=True,
-        timeout=120,
-    )
-    assert process.returncode == 0, process.stderr
-    assert process.stderr == ""
-    return json.loads(process.stdout)
+    use = "from support import walkthrough\nwalkthrough.main()"
+    return run(use, *options, interpreter=interpreter, paths=[*path, TESTS])
 
 
 def nearly_equal(a, b):
