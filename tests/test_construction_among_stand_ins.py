@@ -1,6 +1,7 @@
 """A dialog built of stand-ins, call by call: what is made, packed, bound and asked for."""
 
 import ast
+import re
 import textwrap
 
 import pytest
@@ -27,193 +28,144 @@ def among_stand_ins(code):
     return ast.literal_eval(run(OPEN.format(textwrap.dedent(code))))
 
 
-def button(number, parent, text, command, style=None, **pack):
-    options = {"text": f"<{text}>", **({"style": style} if style else {}), "command": command}
-    return [call("ttk.Button", parent, **options), call(f"Button{number}.pack", **pack)]
+def line(entry):
+    """An entry of a record as it would be written."""
+    name, args, options = entry
+    return f"{name}({', '.join([*map(repr, args), *(f'{k}={v!r}' for k, v in options.items())])})"
 
 
-def label(number, parent, text, style, **pack):
-    return [
-        call("ttk.Label", parent, text=text, style=f"{style}.TLabel"),
-        call(f"Label{number}.pack", side="left", **pack),
-    ]
-
-
-def frame(number, parent, options=(), **pack):
-    return [
-        call("ttk.Frame", parent, style="Panel.TFrame", **dict(options)),
-        call(f"Frame{number}.pack", **pack),
-    ]
-
-
-STATE = [
-    call("StringVar", value="rectangle"),
-    call("BooleanVar", value=True),
-    call("StringVar", value="number 1"),
-    call("StringVar", value="6"),
-]
-PLACEMENT = [
-    *label(1, "Frame2", "<Plane>", "Panel"),
-    call(
-        "ttk.Combobox",
-        "Frame2",
-        textvariable="StringVar4",
-        values=("XY", "XZ", "YZ"),
-        state="readonly",
-        width=5,
-    ),
-    call("Combobox1.pack", side="left", padx=(4, 12)),
-    call("Combobox1.bind", "<<ComboboxSelected>>", "handler"),
-    *label(2, "Frame2", "<Offset along the normal>", "Panel"),
-    call("ttk.Entry", "Frame2", textvariable="StringVar5", width=9),
-    call("Entry1.pack", side="left", padx=(4, 2)),
-    *label(3, "Frame2", "mm", "Muted", padx=(0, 12)),
-]
-SNAP_AND_GRID = [
-    call("ttk.Checkbutton", "Frame2", text="<Snap to grid>", variable="BooleanVar1"),
-    call("Checkbutton1.pack", side="left"),
-    *label(4, "Frame2", "<Grid>", "Panel", padx=(10, 4)),
-    call("ttk.Entry", "Frame2", textvariable="StringVar2", width=7),
-    call("Entry2.pack", side="left"),
-    call("Entry2.bind", "<Return>", "handler"),
-    call("Entry2.bind", "<FocusOut>", "handler"),
-    *label(5, "Frame2", "mm", "Muted", padx=(2, 0)),
-    *button(1, "Frame2", "Fit", "editor.fit", side="right"),
-]
+def lines(text):
+    """Those of a record; what is indented belongs to the line before."""
+    return re.sub(r"\n +", " ", text.strip()).splitlines()
 
 
 def tool(number, key, text, tip):
-    return [
-        call(
-            "ttk.Radiobutton",
-            "Frame4",
-            text=f"<{text}>",
-            value=key,
-            variable="StringVar1",
-            style="SketchTool.TRadiobutton",
-            command="editor.cancel_drawing",
-        ),
-        call(f"Radiobutton{number}.pack", fill="x", pady=1),
-        call("Tooltip", f"Radiobutton{number}", f"<{tip}>"),
-    ]
+    radiobutton = {"text": f"<{text}>", "value": key, "variable": "StringVar1"}
+    radiobutton |= {"style": "SketchTool.TRadiobutton", "command": "editor.cancel_drawing"}
+    yield line(call("ttk.Radiobutton", "Frame4", **radiobutton))
+    yield line(call(f"Radiobutton{number}.pack", fill="x", pady=1))
+    yield line(call("Tooltip", f"Radiobutton{number}", f"<{tip}>"))
 
 
-BODY = [
-    *frame(3, "Frame1", fill="both", expand=True, pady=(8, 0)),
-    *frame(4, "Frame3", side="left", fill="y", padx=(0, 8)),
-    *(entry for number, row in enumerate(BUTTONS, 1) for entry in tool(number, *row)),
-    *frame(5, "Frame4", fill="x", pady=(6, 0)),
-    *label(6, "Frame5", "<Sides>", "Panel"),
-    call("ttk.Spinbox", "Frame5", from_=3, to=64, textvariable="StringVar3", width=4),
-    call("Spinbox1.pack", side="left", padx=(4, 0)),
-    *button(2, "Frame4", "Delete", "editor.delete", fill="x", pady=(12, 0)),
-    call(
-        "Canvas",
-        "Frame3",
-        width=620,
-        height=460,
-        background="the panel",
-        highlightthickness=1,
-        highlightbackground="the line",
-        cursor="crosshair",
-    ),
-    call("Canvas1.pack", side="left", fill="both", expand=True),
-    *frame(6, "Frame3", {"width": 280}, side="left", fill="y", padx=(8, 0)),
-    call(
-        "ttk.Treeview",
-        "Frame6",
-        columns=("size",),
-        show="tree headings",
-        height=8,
-        selectmode="browse",
-    ),
-    call("Treeview1.heading", "#0", text="<Shape>"),
-    call("Treeview1.heading", "size", text="<Size>"),
-    call("Treeview1.column", "#0", width=110),
-    call("Treeview1.column", "size", width=160),
-    call("Treeview1.pack", fill="x"),
-    call("Treeview1.bind", "<<TreeviewSelect>>", "handler"),
-    *frame(7, "Frame6", fill="x", pady=(8, 0)),
-]
-BOTTOM = [
-    call(
-        "ttk.Label",
-        "Frame1",
-        text="",
-        style="Muted.TLabel",
-        wraplength=("px", 900),
-        justify="left",
-    ),
-    call("Label7.pack", fill="x", pady=(6, 0)),
-    *frame(8, "Frame1", fill="x", pady=(8, 0)),
-    *label(
-        8,
-        "Frame8",
-        "<Shapes inside other shapes become holes; overlapping shapes join.>",
-        "Muted",
-    ),
-    *button(3, "Frame8", "Cancel", "editor.destroy", side="right"),
-    *button(4, "Frame8", "OK", "editor.ok", "Primary.TButton", side="right", padx=(0, 6)),
-]
-CANVAS = [
-    call("Canvas1.bind", event, handler)
-    for event, handler in [
-        ("<Configure>", "handler"),
-        ("<ButtonPress-1>", "editor._press"),
-        ("<B1-Motion>", "editor._drag"),
-        ("<ButtonRelease-1>", "editor._release"),
-        ("<Double-Button-1>", "handler"),
-        ("<Motion>", "editor._motion"),
-        ("<ButtonPress-2>", "editor._pan_start"),
-        ("<ButtonPress-3>", "editor._pan_start"),
-        ("<B2-Motion>", "editor._pan_move"),
-        ("<B3-Motion>", "editor._pan_move"),
-        ("<MouseWheel>", "handler"),
-        ("<Button-4>", "handler"),
-        ("<Button-5>", "handler"),
-    ]
-]
-NOTHING_SELECTED = [
-    call(
-        "ttk.Label",
-        "Frame7",
-        text="<Select a shape to type its exact size.>",
-        style="Muted.TLabel",
-        wraplength=("px", 260),
-    ),
-    call("Label9.pack", anchor="w"),
-]
-KEYS = [
-    call("editor.bind", event, "handler")
-    for event in ("<Escape>", "<Return>", "<Delete>", "<BackSpace>")
-]
-OUTER = [
-    *frame(1, "editor", {"padding": 10}, fill="both", expand=True),
-    *frame(2, "Frame1", fill="x"),
-]
+TOP = lines(
+    """
+Toplevel('the parent')
+editor.title('<Sketch>')
+editor.transient('the parent')
+editor.configure(background='the panel')
+StringVar(value='rectangle')
+BooleanVar(value=True)
+StringVar(value='number 1')
+StringVar(value='6')
+StringVar(value='XY')
+StringVar(value='number 0')
+ttk.Frame('editor', style='Panel.TFrame', padding=10)
+Frame1.pack(fill='both', expand=True)
+ttk.Frame('Frame1', style='Panel.TFrame')
+Frame2.pack(fill='x')
+"""
+)
+PLACEMENT = lines(
+    """
+ttk.Label('Frame2', text='<Plane>', style='Panel.TLabel')
+Label1.pack(side='left')
+ttk.Combobox('Frame2', textvariable='StringVar4', values=('XY', 'XZ', 'YZ'), state='readonly',
+    width=5)
+Combobox1.pack(side='left', padx=(4, 12))
+Combobox1.bind('<<ComboboxSelected>>', 'handler')
+ttk.Label('Frame2', text='<Offset along the normal>', style='Panel.TLabel')
+Label2.pack(side='left')
+ttk.Entry('Frame2', textvariable='StringVar5', width=9)
+Entry1.pack(side='left', padx=(4, 2))
+ttk.Label('Frame2', text='mm', style='Muted.TLabel')
+Label3.pack(side='left', padx=(0, 12))
+"""
+)
+TOOLBAR = lines(
+    """
+ttk.Checkbutton('Frame2', text='<Snap to grid>', variable='BooleanVar1')
+Checkbutton1.pack(side='left')
+ttk.Label('Frame2', text='<Grid>', style='Panel.TLabel')
+Label4.pack(side='left', padx=(10, 4))
+ttk.Entry('Frame2', textvariable='StringVar2', width=7)
+Entry2.pack(side='left')
+Entry2.bind('<Return>', 'handler')
+Entry2.bind('<FocusOut>', 'handler')
+ttk.Label('Frame2', text='mm', style='Muted.TLabel')
+Label5.pack(side='left', padx=(2, 0))
+ttk.Button('Frame2', text='<Fit>', command='editor.fit')
+Button1.pack(side='right')
+ttk.Frame('Frame1', style='Panel.TFrame')
+Frame3.pack(fill='both', expand=True, pady=(8, 0))
+ttk.Frame('Frame3', style='Panel.TFrame')
+Frame4.pack(side='left', fill='y', padx=(0, 8))
+"""
+)
+TOOLS = [made for number, row in enumerate(BUTTONS, 1) for made in tool(number, *row)]
+REST = lines(
+    """
+ttk.Frame('Frame4', style='Panel.TFrame')
+Frame5.pack(fill='x', pady=(6, 0))
+ttk.Label('Frame5', text='<Sides>', style='Panel.TLabel')
+Label6.pack(side='left')
+ttk.Spinbox('Frame5', from_=3, to=64, textvariable='StringVar3', width=4)
+Spinbox1.pack(side='left', padx=(4, 0))
+ttk.Button('Frame4', text='<Delete>', command='editor.delete')
+Button2.pack(fill='x', pady=(12, 0))
+Canvas('Frame3', width=620, height=460, background='the panel', highlightthickness=1,
+    highlightbackground='the line', cursor='crosshair')
+Canvas1.pack(side='left', fill='both', expand=True)
+ttk.Frame('Frame3', style='Panel.TFrame', width=280)
+Frame6.pack(side='left', fill='y', padx=(8, 0))
+ttk.Treeview('Frame6', columns=('size',), show='tree headings', height=8, selectmode='browse')
+Treeview1.heading('#0', text='<Shape>')
+Treeview1.heading('size', text='<Size>')
+Treeview1.column('#0', width=110)
+Treeview1.column('size', width=160)
+Treeview1.pack(fill='x')
+Treeview1.bind('<<TreeviewSelect>>', 'handler')
+ttk.Frame('Frame6', style='Panel.TFrame')
+Frame7.pack(fill='x', pady=(8, 0))
+ttk.Label('Frame1', text='', style='Muted.TLabel', wraplength=('px', 900), justify='left')
+Label7.pack(fill='x', pady=(6, 0))
+ttk.Frame('Frame1', style='Panel.TFrame')
+Frame8.pack(fill='x', pady=(8, 0))
+ttk.Label('Frame8', text='<Shapes inside other shapes become holes; overlapping shapes join.>',
+    style='Muted.TLabel')
+Label8.pack(side='left')
+ttk.Button('Frame8', text='<Cancel>', command='editor.destroy')
+Button3.pack(side='right')
+ttk.Button('Frame8', text='<OK>', style='Primary.TButton', command='editor.ok')
+Button4.pack(side='right', padx=(0, 6))
+Canvas1.bind('<Configure>', 'handler')
+Canvas1.bind('<ButtonPress-1>', 'editor._press')
+Canvas1.bind('<B1-Motion>', 'editor._drag')
+Canvas1.bind('<ButtonRelease-1>', 'editor._release')
+Canvas1.bind('<Double-Button-1>', 'handler')
+Canvas1.bind('<Motion>', 'editor._motion')
+Canvas1.bind('<ButtonPress-2>', 'editor._pan_start')
+Canvas1.bind('<ButtonPress-3>', 'editor._pan_start')
+Canvas1.bind('<B2-Motion>', 'editor._pan_move')
+Canvas1.bind('<B3-Motion>', 'editor._pan_move')
+Canvas1.bind('<MouseWheel>', 'handler')
+Canvas1.bind('<Button-4>', 'handler')
+Canvas1.bind('<Button-5>', 'handler')
+Treeview1.delete()
+ttk.Label('Frame7', text='<Select a shape to type its exact size.>', style='Muted.TLabel',
+    wraplength=('px', 260))
+Label9.pack(anchor='w')
+editor.update_idletasks()
+Canvas1.delete('all')
+editor.bind('<Escape>', 'handler')
+editor.bind('<Return>', 'handler')
+editor.bind('<Delete>', 'handler')
+editor.bind('<BackSpace>', 'handler')
+"""
+)
 NAMED = "tool snap grid sides plane offset canvas list props status".split()
-CONSTRUCTION = [
-    call("Toplevel", "the parent"),
-    call("editor.title", "<Sketch>"),
-    call("editor.transient", "the parent"),
-    call("editor.configure", background="the panel"),
-    *STATE,
-    call("StringVar", value="XY"),
-    call("StringVar", value="number 0"),
-    *OUTER,
-    *PLACEMENT,
-    *SNAP_AND_GRID,
-    *BODY,
-    *BOTTOM,
-    *CANVAS,
-    call("Treeview1.delete"),
-    *NOTHING_SELECTED,
-    call("editor.update_idletasks"),
-    call("Canvas1.delete", "all"),
-    *KEYS,
-    *("StringVar1", "BooleanVar1", "StringVar2", "StringVar3", "StringVar4", "StringVar5"),
-    *("Canvas1", "Treeview1", "Frame7", "Label7"),
-]
+NAMES = "StringVar1 BooleanVar1 StringVar2 StringVar3 StringVar4 StringVar5".split()
+NAMES += "Canvas1 Treeview1 Frame7 Label7".split()
+CONSTRUCTION = TOP + PLACEMENT + TOOLBAR + TOOLS + REST + NAMES
 
 
 ARGUMENTS = {
@@ -228,16 +180,17 @@ ARGUMENTS = {
 def constructed():
     """What is done for a dialog with these arguments, and which widgets have a name."""
     made = (f"{name!r}: made({arguments})" for name, arguments in ARGUMENTS.items())
-    return among_stand_ins(
+    records = among_stand_ins(
         f"""
         def made(*arguments, **named):
             stage.numbers.clear()
             editor = SketchEditor("the parent", *arguments, **named)
-            return stage.recorded() + [getattr(editor, name).name for name in {NAMED}]
+            return stage.recorded(), [getattr(editor, name).name for name in {NAMED}]
 
         answer = {{{", ".join(made)}}}
         """
     )
+    return {name: [*map(line, record), *names] for name, (record, names) in records.items()}
 
 
 def test_construction_call_by_call(constructed):
@@ -246,34 +199,32 @@ def test_construction_call_by_call(constructed):
 
 def test_construction_on_a_sketch_call_by_call(constructed):
     expected = list(CONSTRUCTION)
-    expected[1] = call("editor.title", "Profile")
-    expected[4:10] = [
-        call("StringVar", value="select"),
-        call("BooleanVar", value=True),
-        call("StringVar", value="number 100"),
-        call("StringVar", value="6"),
-        call("StringVar", value="YZ"),
-        call("StringVar", value="number 250"),
-    ]
-    rows = expected.index(call("Treeview1.delete"))
+    expected[1] = "editor.title('Profile')"
+    expected[4:10] = lines(
+        """
+StringVar(value='select')
+BooleanVar(value=True)
+StringVar(value='number 100')
+StringVar(value='6')
+StringVar(value='YZ')
+StringVar(value='number 250')
+"""
+    )
     row = {"iid": "0", "text": "1. <Rectangle>", "values": ("2000 mm x 1000 mm",)}
-    expected.insert(rows + 1, call("Treeview1.insert", "", "end", **row))
+    inserted = line(call("Treeview1.insert", "", "end", **row))
+    expected.insert(expected.index("Treeview1.delete()") + 1, inserted)
     assert constructed["a sketch"] == expected
 
 
-def renumbered(entries, shifts):
-    """The entries with the widgets' numbers as they are where some aren't made."""
-    text = repr(entries)
+def without_placement(kept, shifts):
+    """The construction where only a part of the widgets that place a sketch is made.
+
+    The numbers of the widgets are as they are where some aren't made.
+    """
+    text = "\n".join(kept + TOOLBAR + TOOLS + REST + NAMES)
     for before, after in shifts:
         text = text.replace(before, after)
-    return ast.literal_eval(text)
-
-
-def without_placement(kept, shifts):
-    """The construction where only a part of the widgets that place a sketch is made."""
-    start = CONSTRUCTION.index(SNAP_AND_GRID[0])
-    left = renumbered(kept + CONSTRUCTION[start:], shifts)
-    return CONSTRUCTION[: start - len(PLACEMENT)] + left
+    return TOP + text.splitlines()
 
 
 def test_layout_without_plane_chooser(constructed):
