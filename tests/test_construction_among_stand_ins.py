@@ -1,13 +1,12 @@
 """A dialog built of stand-ins, call by call: what is made, packed, bound and asked for."""
 
 import ast
-import re
 import textwrap
 
 import pytest
 from support.children import run
 from support.operations import BUTTONS
-from support.stand_ins import Stage, call
+from support.stand_ins import Stage, call, line, lines
 
 OPEN = """
 import json
@@ -26,17 +25,6 @@ print(json.dumps(repr(answer)))
 def among_stand_ins(code):
     """What `answer` is after this code, in a process that has no other tkinter."""
     return ast.literal_eval(run(OPEN.format(textwrap.dedent(code))))
-
-
-def line(entry):
-    """An entry of a record as it would be written."""
-    name, args, options = entry
-    return f"{name}({', '.join([*map(repr, args), *(f'{k}={v!r}' for k, v in options.items())])})"
-
-
-def lines(text):
-    """Those of a record; what is indented belongs to the line before."""
-    return re.sub(r"\n +", " ", text.strip()).splitlines()
 
 
 def tool(number, key, text, tip):

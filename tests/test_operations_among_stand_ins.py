@@ -5,7 +5,7 @@ import numpy as np
 import pytest
 from support.neighbours import circle, polygon, rectangle, regular, slot
 from support.plain import Event, Var
-from support.stand_ins import Child, Stage, call
+from support.stand_ins import Child, Stage, call, line, lines
 
 AXIS_1, AXIS_2, ORANGE = "#D2504B", "#3E9B5B", "#E8833A"
 
@@ -15,10 +15,6 @@ def stage(monkeypatch, sketcher):
     stage = Stage()
     stage.replace(monkeypatch, sketcher)
     return stage
-
-
-def dot(x, y):
-    return call("canvas.create_oval", x - 2, y - 2, x + 2, y + 2, fill=ORANGE, outline="")
 
 
 def grid_line(*ends):
@@ -52,43 +48,30 @@ def test_repaint_of_shapes_references_and_what_is_being_drawn(stage):
     editor.clicks = [np.array([1.0, 1.0])]
     editor.cursor = np.array([2.0, 0.0])
     editor.redraw()
-    assert stage.recorded() == [
-        *BACKGROUND,
-        call(
-            "canvas.create_line",
-            *(20.0, 15.0, 30.0, 10.0, 20.0, 15.0),
-            fill="the muted",
-            dash=(2, 3),
-        ),
-        call(
-            "canvas.create_polygon",
-            *(10.0, 25.0, 30.0, 25.0, 30.0, 5.0, 10.0, 5.0),
-            fill="the accent_soft",
-            outline=ORANGE,
-            width=3,
-        ),
-        call("canvas.create_text", 20.0, 37.0, text="2000 mm", fill=ORANGE),
-        call("canvas.create_text", 36.0, 15.0, text="2000 mm", fill=ORANGE, anchor="w"),
-        call(
-            "canvas.create_polygon",
-            *(15.0, 20.0, 25.0, 20.0, 25.0, 10.0, 15.0, 10.0),
-            fill="the panel",
-            outline="the accent",
-            width=2,
-        ),
-        call("canvas.create_line", 30.0, 5.0, 40.0, 15.0, fill=ORANGE, width=2),
-        call("canvas.create_oval", 27.0, 2.0, 33.0, 8.0, outline=ORANGE),
-        dot(40.0, 15.0),
-    ]
+    shapes = lines(
+        f"""
+canvas.create_line(20.0, 15.0, 30.0, 10.0, 20.0, 15.0, fill='the muted', dash=(2, 3))
+canvas.create_polygon(10.0, 25.0, 30.0, 25.0, 30.0, 5.0, 10.0, 5.0,
+    fill='the accent_soft', outline='{ORANGE}', width=3)
+canvas.create_text(20.0, 37.0, text='2000 mm', fill='{ORANGE}')
+canvas.create_text(36.0, 15.0, text='2000 mm', fill='{ORANGE}', anchor='w')
+canvas.create_polygon(15.0, 20.0, 25.0, 20.0, 25.0, 10.0, 15.0, 10.0,
+    fill='the panel', outline='the accent', width=2)
+canvas.create_line(30.0, 5.0, 40.0, 15.0, fill='{ORANGE}', width=2)
+canvas.create_oval(27.0, 2.0, 33.0, 8.0, outline='{ORANGE}')
+canvas.create_oval(38.0, 13.0, 42.0, 17.0, fill='{ORANGE}', outline='')
+"""
+    )
+    assert [line(entry) for entry in stage.recorded()] == [*map(line, BACKGROUND), *shapes]
 
 
-@pytest.mark.parametrize("lines", [5_000, 50_000])
-def test_as_many_grid_lines_as_the_visible_box_holds(stage, lines):
+@pytest.mark.parametrize("count", [5_000, 50_000])
+def test_as_many_grid_lines_as_the_visible_box_holds(stage, count):
     editor = repainting(stage)
-    editor.to_world = lambda x, y: np.array([x / 40 * (lines - 0.5), 0.5 - y / 300])
+    editor.to_world = lambda x, y: np.array([x / 40 * (count - 0.5), 0.5 - y / 300])
     editor.redraw()
     drawn = [entry for entry in stage.recorded() if entry[2] == {"fill": "the bg"}]
-    assert len(drawn) == lines + 1
+    assert len(drawn) == count + 1
 
 
 # --- the list and the form
@@ -100,22 +83,23 @@ def test_form_of_an_outline_call_by_call(stage):
     editor.show_props()
     commands, handlers = stage.commands(), stage.handlers()
     assert commands["<Apply>"] == editor.apply_props
-    text = "number 0 number 0\nnumber 3000 number 0\nnumber 0 number 2500"
-    assert stage.recorded() == [
-        call("old1.destroy"),
-        call("old2.destroy"),
-        call("Form", "props", label_width=14),
-        call("Form1.pack"),
-        call("StringVar", value="number 500"),
-        call("Form1.entry", "<Corner radius (0 = sharp)>", "StringVar1", "mm", width=10),
-        call("Entry1.bind", "<Return>", "handler"),
-        call("Form1.note", "<Corners (u v, one pair per line):>"),
-        call("Text", "props", height=6, width=28),
-        call("Text1.insert", "1.0", text),
-        call("Text1.pack", fill="x"),
-        call("ttk.Button", "props", text="<Apply>", command="editor.apply_props"),
-        call("Button1.pack", anchor="e", pady=(6, 0)),
-    ]
+    assert [line(entry) for entry in stage.recorded()] == lines(
+        r"""
+old1.destroy()
+old2.destroy()
+Form('props', label_width=14)
+Form1.pack()
+StringVar(value='number 500')
+Form1.entry('<Corner radius (0 = sharp)>', 'StringVar1', 'mm', width=10)
+Entry1.bind('<Return>', 'handler')
+Form1.note('<Corners (u v, one pair per line):>')
+Text('props', height=6, width=28)
+Text1.insert('1.0', 'number 0 number 0\nnumber 3000 number 0\nnumber 0 number 2500')
+Text1.pack(fill='x')
+ttk.Button('props', text='<Apply>', command='editor.apply_props')
+Button1.pack(anchor='e', pady=(6, 0))
+"""
+    )
     calls = editor.watch("apply_props")
     handlers["Entry1", "<Return>"](None)
     assert calls == [("apply_props", (), {})]

@@ -10,6 +10,7 @@ number: `Frame1`, `Label3`. Whatever else a stand-in is asked for fails the test
 """
 
 import functools
+import re
 import sys
 import types
 
@@ -54,6 +55,17 @@ MAY_BE_MISSING = ("points_text",)
 def call(name, *args, **kwargs):
     """One entry of a record."""
     return name, args, kwargs
+
+
+def line(entry):
+    """An entry of a record as it would be written."""
+    name, args, options = entry
+    return f"{name}({', '.join([*map(repr, args), *(f'{k}={v!r}' for k, v in options.items())])})"
+
+
+def lines(text):
+    """Those of a record; what is indented belongs to the line before."""
+    return re.sub(r"\n +", " ", text.strip()).splitlines()
 
 
 def operation_of(value):
