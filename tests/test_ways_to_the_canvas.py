@@ -161,6 +161,7 @@ def test_a_method_replaced_in_tkinter_is_called(editor, monkeypatch, name):
         seen.append(self)
         return real(self, *args, **options)
 
+    method.__name__ = name  # nothing but where it was written tells it from tkinter's
     monkeypatch.setattr(tk.Canvas, name, method)
     before = picture(editor)
     assert seen and all(canvas is editor.canvas for canvas in seen)
