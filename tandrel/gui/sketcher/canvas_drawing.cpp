@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <optional>
 
 #include "painter.hpp"
 #include "projection.hpp"
@@ -233,14 +234,17 @@ void draw_shapes(const Editor& editor, Projection& projection, Painter& painter)
     if (!outlines.has_asked(index, entity)) run.paint();
     const Ref outline = outlines.find(index, entity);
     if (!outline) continue;
-    if (!projection.reads_at_once(outline)) run.paint();
-    Outline pixels = projection.to_screen_all(outline);
+    std::optional<Outline> pixels = projection.to_screen_at_once(outline);
+    if (!pixels) {
+      run.paint();
+      pixels = projection.to_screen_all(outline);
+    }
     const bool is_hole = std::fmod(depths[index], 2) != 0;
     const Ref selection = editor.selection();
     if (!selection.is_none() && !selection.is_exact_int()) run.paint();
     const bool is_selected = py::to_python(index).equals(selection);
     if (!looks.has_asked(is_hole, is_selected)) run.paint();
-    run.add(std::move(pixels), looks.of(is_hole, is_selected));
+    run.add(*std::move(pixels), looks.of(is_hole, is_selected));
     if (is_selected || !may_wait) run.paint();
     if (is_selected) editor.call("_dimensions"_n, entity);
   }

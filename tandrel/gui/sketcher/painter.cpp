@@ -12,7 +12,6 @@ namespace {
 /// Points as the tuple x1, y1, x2, y2 ...
 Ref coordinates(std::span<const Point> points) {
   std::vector<double> values;
-  values.reserve(2 * points.size());
   for (const Point p : points) values.insert(values.end(), {p.x, p.y});
   return py::tuple_of(values);
 }
@@ -48,7 +47,8 @@ bool is_tkinters_interpreter(const Ref& interpreter) {
 /// Tk looks for options among the coordinates that `create` gets, and makes a text of each for
 /// that: most of the time that a long outline takes. The list of a line's coordinates it leaves
 /// alone, a polygon's not, so a polygon is made without any and `coords` completes it. Of all ways
-/// to give Tcl many numbers `binary scan` needs the fewest objects.
+/// to give Tcl many numbers `binary scan` needs the fewest objects. One outline's are dropped
+/// before the next one's are made, in the same memory.
 constexpr const char* kProcedures = R"(
   proc items {canvas type options places} {
     winfo width $canvas
@@ -59,6 +59,7 @@ constexpr const char* kProcedures = R"(
   proc polygons {canvas options outlines} {
     winfo width $canvas
     foreach doubles $outlines {
+      set coordinates {}
       binary scan $doubles d* coordinates
       $canvas coords [$canvas create polygon {*}$options] $coordinates
     }
@@ -99,8 +100,7 @@ Ref ItemOptions::command_words(const Ref& keywords) {
 }
 
 Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
-  // Whatever a canvas of another kind raises when it is looked at closely, it can still be drawn
-  // on.
+  // Whatever a canvas of another kind raises when it is looked at closely, it can be drawn on.
   py::attempt(
       [&] {
         if (!is_tkinters(canvas_, "Canvas"_n)) return;

@@ -12,18 +12,21 @@ Point read_fields(const Ref& entity, const Ref& x_key, const Ref& y_key) {
   return {entity[x_key].to_float(), entity[y_key].to_float()};
 }
 
+std::optional<std::vector<Point>> PointReader::read_at_once(const Ref& points) {
+  if (!is_array_of_doubles(points)) return std::nullopt;
+  // Row after row, whatever the strides. A copy, for interpreters before 3.11 have no buffers in
+  // their stable interface.
+  const Ref copy = points.call("tobytes"_n);
+  const std::string_view bytes = copy.bytes();
+  std::vector<Point> result(bytes.size() / sizeof(Point));
+  if (!result.empty()) std::memcpy(result.data(), bytes.data(), result.size() * sizeof(Point));
+  return result;
+}
+
 std::vector<Point> PointReader::read(const Ref& points) {
+  if (auto result = read_at_once(points)) return *std::move(result);
   std::vector<Point> result;
-  if (is_array_of_doubles(points)) {
-    // Row after row, whatever the strides. A copy, for interpreters before 3.11 have no buffers in
-    // their stable interface.
-    const Ref copy = points.call("tobytes"_n);
-    const std::string_view bytes = copy.bytes();
-    result.resize(bytes.size() / sizeof(Point));
-    if (!result.empty()) std::memcpy(result.data(), bytes.data(), result.size() * sizeof(Point));
-  } else {
-    py::for_each(points, [&](const Ref& point) { result.push_back(read_point(point)); });
-  }
+  py::for_each(points, [&](const Ref& point) { result.push_back(read_point(point)); });
   return result;
 }
 

@@ -1,6 +1,7 @@
 // Plane points of the interpreter's world as numbers.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "geometry.hpp"
@@ -18,22 +19,23 @@ Point read_fields(const Ref& entity, const Ref& x_key, const Ref& y_key);
 class PointReader {
  public:
   std::vector<Point> read(const Ref& points);
+  /// The same where this runs no code but ours and numpy's, else nothing.
+  std::optional<std::vector<Point>> read_at_once(const Ref& points);
   /// Calls `visit` with each of `vectors`, read as `float_array` reads it.
   template <class Visit>
   void for_each_vector(const Ref& vectors, Visit visit);
 
-  /// Whether `read` reads these points in one go.
+ private:
   bool is_array_of_doubles(const Ref& points);
 
- private:
   Ref array_type_;
   Ref double_type_;
 };
 
 template <class Visit>
 void PointReader::for_each_vector(const Ref& vectors, Visit visit) {
-  if (is_array_of_doubles(vectors)) {
-    for (const Point point : read(vectors)) visit(point);
+  if (const auto points = read_at_once(vectors)) {
+    for (const Point point : *points) visit(point);
     return;
   }
   py::for_each(vectors, [&](const Ref& vector) {

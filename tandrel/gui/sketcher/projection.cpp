@@ -21,14 +21,19 @@ Point Projection::to_screen(Point point) {
   return editor_.to_screen(py::tuple(point.x, point.y));
 }
 
-std::vector<Point> Projection::to_screen_all(const Ref& points) {
-  std::vector<Point> result;
-  if (has_own_to_screen()) {
-    result = reader_.read(points);
-    for (Point& point : result) point = view().to_screen(point);
-  } else {
-    py::for_each(points, [&](const Ref& point) { result.push_back(editor_.to_screen(point)); });
+std::optional<std::vector<Point>> Projection::to_screen_at_once(const Ref& points) {
+  if (!has_own_to_screen()) return std::nullopt;
+  auto result = reader_.read_at_once(points);
+  if (result) {
+    for (Point& point : *result) point = view().to_screen(point);
   }
+  return result;
+}
+
+std::vector<Point> Projection::to_screen_all(const Ref& points) {
+  if (auto result = to_screen_at_once(points)) return *std::move(result);
+  std::vector<Point> result;
+  py::for_each(points, [&](const Ref& point) { result.push_back(to_screen(point)); });
   return result;
 }
 

@@ -21,10 +21,8 @@ class Projection {
   Point to_screen(Point point);
   /// The canvas pixels of plane points, in their order.
   std::vector<Point> to_screen_all(const Ref& points);
-  /// Whether `to_screen_all` of these points runs no code but ours and numpy's.
-  bool reads_at_once(const Ref& points) {
-    return has_own_to_screen() && reader_.is_array_of_doubles(points);
-  }
+  /// The same where reading the points runs no code but ours and numpy's, else nothing.
+  std::optional<std::vector<Point>> to_screen_at_once(const Ref& points);
   /// The plane point under a canvas pixel.
   Point to_world(const Ref& x, const Ref& y);
 
