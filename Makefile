@@ -39,8 +39,7 @@ check: build
 ## bench: what it costs, as ratios of things measured side by side
 bench: build
 	@scripts/ensure-packages run bench
-	$(PYTHON) benchmarks/run.py
-	$(PYTHON) benchmarks/instructions.py
+	@$(PYTHON) benchmarks/run.py; held=$$?; $(PYTHON) benchmarks/instructions.py && exit $$held
 
 ## soak: everything that tries to break the editor, at full size; two hours. Some of it: soak-hostile
 SOAK := coverage opening hostile random_user allocation sanitizers memcheck planted_faults
