@@ -261,6 +261,33 @@ def test_a_canvas_of_a_subclass_gets_the_calls(editor):
     assert len([item for item in shown.items(canvas) if item.kind == "line"]) == expected
 
 
+def test_a_canvas_whose_attribute_hides_tkinter_gets_the_calls(editor, monkeypatch):
+    class Hiding(tk.Canvas):
+        hides = False
+
+        @property
+        def _w(self):
+            if self.hides:
+                monkeypatch.delitem(sys.modules, "tkinter", raising=False)
+            return self.path
+
+        @_w.setter
+        def _w(self, path):
+            self.path = path
+
+    before = picture(editor)
+    canvas = Hiding(editor.canvas.master, width=620, height=460)
+    canvas.place(x=0, y=0, width=editor.canvas.winfo_width(), height=editor.canvas.winfo_height())
+    editor.update()
+    editor.canvas = canvas
+    canvas.hides = True
+    editor.redraw()
+    canvas.hides = False
+    assert "tkinter" not in sys.modules
+    monkeypatch.undo()
+    assert shown.items(canvas) == before
+
+
 TEXTS = ["", " ", "a b", "{", "}", "\\", "$x [exit]", '"', "Ø ½ 𝄞", "a\nb", "-fill"]
 
 

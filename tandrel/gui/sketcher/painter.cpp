@@ -16,22 +16,22 @@ Ref coordinates(std::span<const Point> points) {
   return py::tuple_of(values);
 }
 
-/// Whether looking `name` up on a canvas finds the method that tkinter defines for canvases, bound
-/// to this canvas: not one of a subclass, of the instance, or put into tkinter's class by somebody
-/// else.
-bool is_tkinters_method(const Ref& canvas, const Ref& name) {
-  const Ref method = canvas.attr(name);
-  const Ref function = method.attr("__func__"_n);
-  return method.attr("__self__"_n).is(canvas) && function.attr("__name__"_n).equals(name) &&
-         function.is(tkinters("Canvas"_n).attr(name)) &&
-         function.attr("__globals__"_n).is(py::imported("tkinter"_n).attr("__dict__"_n));
-}
-
+/// Whether looking each method that items take up on a canvas finds the one that tkinter defines
+/// for canvases, bound to this canvas: not one of a subclass, of the instance, or put into
+/// tkinter's class by somebody else.
 bool has_tkinters_methods(const Ref& canvas) {
-  const std::array methods{"create_line"_n, "create_polygon"_n, "create_text"_n,
-                           "create_oval"_n, "_create"_n,        "_options"_n};
-  return std::all_of(methods.begin(), methods.end(),
-                     [&](const Ref& name) { return is_tkinters_method(canvas, name); });
+  const Ref tkinter = py::imported("tkinter"_n);
+  const Ref own_class = tkinters("Canvas"_n);
+  if (!tkinter || !own_class) return false;
+  const Ref own_names = tkinter.attr("__dict__"_n);
+  const std::array names{"create_line"_n, "create_polygon"_n, "create_text"_n,
+                         "create_oval"_n, "_create"_n,        "_options"_n};
+  return std::all_of(names.begin(), names.end(), [&](const Ref& name) {
+    const Ref method = canvas.attr(name);
+    const Ref function = method.attr("__func__"_n);
+    return method.attr("__self__"_n).is(canvas) && function.attr("__name__"_n).equals(name) &&
+           function.is(own_class.attr(name)) && function.attr("__globals__"_n).is(own_names);
+  });
 }
 
 bool is_tkinters_interpreter(const Ref& interpreter) {
