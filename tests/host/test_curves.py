@@ -128,7 +128,7 @@ class TestDrawings:
         space.add_lwpolyline([(100, 0), (100, -30), (0, -30), (0, 0)])
         ((part,), _) = read(drawing)
         data = writer.written(document(part), "mm", no_tick)
-        edges = [edge for line in reader.read(data, None, no_tick).lines for edge in line.edges]
+        edges = [edge for line in reader.read(data, no_tick).lines for edge in line.edges]
         assert sum(edge.bulge != 0 for edge in edges) > len(part["points"]) / 2
         (again,) = sketch_in(data, reader=reader)[0]["entities"]
         (left, low), (u, v) = (min(e["points"], key=sum) for e in (part, again))

@@ -228,7 +228,7 @@ class TestUnits:
     def test_lengths_are_in_the_drawing_s_unit(self, code, metres):
         drawing, space = new_drawing(code)
         space.add_circle((12.3, 0), 0.05 / metres)
-        ((hole,), _) = read(drawing)
+        ((hole,), _) = read(drawing, unit="stated")
         assert hole["xc"] == pytest.approx(12.3 * metres, rel=1e-15)
         assert hole["r"] == pytest.approx(0.05, rel=1e-15)
 
@@ -258,8 +258,7 @@ class TestUnits:
             (4, 2010, False),
             (6, 1.9, True),
             (6, 2.1, False),
-            (1, 9, True),
-            (1, 11, False),
+            (1, 9, False),
         ],
     )
     def test_sizes_that_no_part_has_are_asked_about(self, code, size, is_believed):
@@ -282,21 +281,41 @@ class TestUnits:
             read(drawing)
 
     def test_what_is_written_here_is_believed_whatever_its_size(self):
-        huge = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 12.0}
-        assert read(text_of(huge))[0] == [huge]
-
-    def test_a_unit_of_no_use_can_be_overridden(self):
-        assert len(read(raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=20), unit="mm")[0]) == 1
+        for place, radius in ((0.0, 12.0), (1.001e6, 1e3)):
+            huge = {"type": "circle", "xc": place, "yc": 0.0, "r": radius}
+            assert read(text_of(huge))[0] == [huge]
 
     @pytest.mark.parametrize(
-        "code, name", [(20, "Parsecs"), (18, "Astronomical"), (99, "99"), (-1, "-1")]
+        "size, hole, is_metric, is_believed",
+        [(9, 0.2, 0, True), (9, 0.2, 1, False), (9, 1.2, 0, False), (11, 0.2, 0, False)],
     )
-    def test_other_units_are_refused_by_name(self, code, name):
-        with pytest.raises(ExchangeError, match=name):
+    def test_inches_are_believed_of_small_parts_with_finer_details_than_millimetres_have(
+        self, size, hole, is_metric, is_believed
+    ):
+        drawing, space = new_drawing(1)
+        drawing.header["$MEASUREMENT"] = is_metric
+        space.add_circle((0, 0), size / 2)
+        space.add_circle((0, 0), hole / 2)
+        if is_believed:
+            assert read(drawing)[0][0]["r"] == pytest.approx(size / 2 * 0.0254)
+        else:
+            with pytest.raises(UnitsMissing):
+                read(drawing)
+
+    @pytest.mark.parametrize("code", [20, 99, -1])
+    def test_units_that_no_part_has_are_asked_about(self, code):
+        with pytest.raises(UnitsMissing):
             read(raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=code))
 
 
 class TestReading:
+    @pytest.mark.parametrize("bulge", [1e-13, -1e-200, 5e-324])
+    def test_arcs_that_are_flatter_than_any_number_are_lines(self, bulge):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(0, 0, bulge), (9, 0), (9, 4), (0, 4)], format="xyb", close=True)
+        ((found,), _) = read(drawing)
+        assert found["type"] == "rectangle"
+
     def test_the_older_kind_of_polyline(self):
         drawing = ezdxf.new("R12")
         fillet = math.tan(math.pi / 8)

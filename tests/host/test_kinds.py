@@ -56,7 +56,7 @@ def test_a_kind_that_is_registered_is_known_everywhere():
         document = storage.Document("egg", whole)
         assert storage.loads(storage.dumps(document)) == document
         assert [round(c, 9) for c in profile.box(whole)] == [0.0, -1.0, 1.5, 1.0]
-        drawing = dxf.read(dxf.written(document, "mm", no_tick), None, no_tick)
+        drawing = dxf.read(dxf.written(document, "mm", no_tick), no_tick)
         back, _ = importing.sketched(drawing, {}, no_tick)
         assert back["entities"][0]["type"] == "egg"
         assert svg.written(document, "mm", no_tick) and png.written(document, "mm", no_tick)

@@ -34,7 +34,7 @@ def sketch_in(data, unit=None, tick=no_tick, reader=dxf, **answers):
     """The sketch that is read of a drawing's bytes, and the notes."""
     if unit is not None:
         answers["unit"] = unit
-    found = reader.read(data, unit, lambda done: tick(done / 2))
+    found = reader.read(data, lambda done: tick(done / 2))
     return sketched(found, answers, lambda done: tick(0.5 + done / 2))
 
 

@@ -170,7 +170,7 @@ def import_(
     reader = _module(READERS.get(Path(path).suffix.lower(), DRAWING))
     sketched = _module(".importing").sketched
     with _nothing_collected():
-        drawing = reader.read(data, answers.get("unit"), lambda done: tick(done / 2))
+        drawing = reader.read(data, lambda done: tick(done / 2))
         sketch, notes = sketched(drawing, answers, lambda done: tick(0.5 + done / 2))
     return Imported(Document(Path(path).stem, sketch), notes)
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from collections.abc import Callable, Mapping
 from dataclasses import dataclass
 from decimal import Decimal
@@ -11,6 +12,7 @@ from tandrel.exchange.tell import Notes
 from tandrel.geometry.edges import Edge
 from tandrel.gui.i18n import N_
 
+LARGEST = 1e18  # of a number in a drawing, of whatever unit: no product of such comes near overflow
 TOO_LARGE = N_("numbers that are too large, or none")
 
 # The edges that keep this close to a curve, some of them at any distance.
@@ -31,12 +33,16 @@ class Line(NamedTuple):
 
 
 class Stated(NamedTuple):
-    """The unit that a drawing names, its length, and sizes of drawings that it is believed for."""
+    """The unit that a drawing names, its length, and what drawings it is believed for.
+
+    Those of a size between two, which have an arc of a smaller radius than a third.
+    """
 
     name: str
     metres: Decimal
     least: float = 0.002  # metres
     most: float = 2.0
+    radius: float = math.inf  # in the unit
 
 
 @dataclass

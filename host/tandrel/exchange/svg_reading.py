@@ -14,9 +14,9 @@ import svgelements
 from tandrel import sketch as S
 from tandrel.exchange import ExchangeError
 from tandrel.exchange.curves import as_edges
-from tandrel.exchange.lines import TOO_LARGE, Drawing, Line, Stated
+from tandrel.exchange.lines import LARGEST, TOO_LARGE, Drawing, Line, Stated
 from tandrel.exchange.tell import Notes
-from tandrel.geometry.edges import LARGEST, Edge, Point
+from tandrel.geometry.edges import Edge, Point
 from tandrel.gui.i18n import N_, tr
 from tandrel.progress import Tick
 
@@ -42,7 +42,7 @@ _SWITCHES_OFF = re.compile(rb"""display\s*[:=]\s*["']?\s*none""")
 _OTHERS = {"Text": N_("texts"), "Image": N_("pictures")}
 
 
-def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
+def read(data: bytes, tick: Tick) -> Drawing:
     """What is shown in a drawing, whatever it is filled with; its lower left corner is the origin.
 
     ExchangeError where it is no sound one.
@@ -88,12 +88,13 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
 
 
 def _ask_bounded(root: ET.Element) -> None:
-    """ExchangeError where elements that use others make far too many of them."""
+    """ExchangeError where elements that use others make far too many of them, or never end."""
     named = {element.get("id"): element for element in root.iter()}
     known: Dict[ET.Element, int] = {}
 
     def count(element: ET.Element) -> int:
         if element not in known:
+            known[element] = _MOST_PARTS  # for itself among its own parts
             used = next((v for k, v in element.items() if k.endswith("href")), "")
             target = named.get(used[1:]) if used.startswith("#") else None
             parts = [*element, *([] if target is None else [target])]

@@ -31,13 +31,21 @@ def metres(drawing: Drawing, chosen: Optional[str]) -> Decimal:
         text = tr("the drawing does not say what unit its lengths are in")
         raise UnitsMissing(text, choices(width, height, None))
     is_sure = drawing.is_own or chosen == AS_STATED or not size
-    if not is_sure and not stated.least <= size * float(stated.metres) <= stated.most:
+    if not is_sure and not _is_likely(stated, size, drawing.lines):
         text = tr("the drawing says that its unit is {unit}, which makes it {size} large")
         shown = _shown(width, height, float(stated.metres), SYSTEMS["mm"])
         raise UnitsMissing(
             text.format(unit=stated.name, size=shown), choices(width, height, stated)
         )
     return stated.metres
+
+
+def _is_likely(stated: Stated, size: float, lines: List[Line]) -> bool:
+    if not stated.least <= size * float(stated.metres) <= stated.most:
+        return False
+    return math.isinf(stated.radius) or any(
+        edge.bulge and edge.radius < stated.radius for line in lines for edge in line.edges
+    )
 
 
 def choices(width: float, height: float, stated: Optional[Stated]) -> Dict[str, str]:

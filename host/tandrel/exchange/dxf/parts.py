@@ -9,10 +9,10 @@ from ezdxf.math import BSpline
 
 from tandrel.exchange import ExchangeError
 from tandrel.exchange.curves import as_edges
-from tandrel.exchange.lines import TOO_LARGE, Line
+from tandrel.exchange.lines import LARGEST, TOO_LARGE, Line
 from tandrel.exchange.recognise import MOST_EDGES
 from tandrel.exchange.tell import Notes
-from tandrel.geometry.edges import LARGEST, Edge, Point, arc
+from tandrel.geometry.edges import Edge, Point, arc
 from tandrel.geometry.loops import straight
 from tandrel.gui.i18n import N_, tr
 from tandrel.kinds.fields import MOST_CORNERS
@@ -22,6 +22,7 @@ _MOST_PARTS = 100_000  # entities of a drawing, those of blocks counted as often
 _MOST_COPIES = 10_000  # in an array of blocks
 _DEEPEST = 8  # blocks within each other
 _FLAT = 1e-9  # how far the normal of a part may lean out of that of the drawing
+_STRAIGHT = 1e-12  # the bulge of a line, at most
 _FEWEST = 4  # chords of a curve between two knots
 
 # What is never cut, by what the user calls it.
@@ -248,6 +249,8 @@ def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrore
         raise Unfit(text.format(most=MOST_CORNERS))
     points = [_point(u, v, mirrored) for u, v, _ in vertices]
     bulges = [_number(-bulge if mirrored else bulge) for *_, bulge in vertices]
+    # Of what is straight but for less than any rounding there is no centre.
+    bulges = [bulge if abs(bulge) > _STRAIGHT else 0.0 for bulge in bulges]
     edges = [side._replace(bulge=bulge) for side, bulge in zip(straight(points), bulges)]
     if not part.is_closed:
         del edges[-1:]

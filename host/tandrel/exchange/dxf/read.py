@@ -24,10 +24,10 @@ _LINES_BETWEEN_TICKS = 4096
 _BINARY = b" Binary DXF\r\n\x1a\x00"
 
 
-def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
+def read(data: bytes, tick: Tick) -> Drawing:
     """What is shown in a drawing, that of blocks where they are placed.
 
-    ExchangeError where the library can't make sense of it. The unit is what the user says of it.
+    ExchangeError where the library can't make sense of it.
     """
     document, notes = _loaded(data.removeprefix(codecs.BOM_UTF8), lambda done: tick(done / 2))
     try:
@@ -43,7 +43,7 @@ def read(data: bytes, unit: Optional[str], tick: Tick) -> Drawing:
         is_metric = bool(document.header["$MEASUREMENT"]) if b"$MEASUREMENT" in data else None
     except Exception as error:  # of a damaged drawing the library may raise anything
         raise _unsound(error) from error
-    named = stated(code, is_metric, unit)
+    named = stated(code, is_metric)
     shown = spread(parts, hidden, notes, lambda done: tick(0.5 + done / 2))
     lines = [line for part, layer in shown for line in lines_of(part, layer, notes)]
     return Drawing(lines, named, notes, placed(properties), is_noted(properties))
