@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import math
-from itertools import chain
 from typing import Iterator, List, Optional, Sequence, Tuple
 
 import numpy as np
@@ -67,7 +66,7 @@ def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
     if len(runs) == len(corners):
         return straight(corners)
     wholes = [Edge(row[start], row[end], bulge) for start, end, bulge in runs]
-    error, same = fineness(wholes, error), _SAME * max(map(abs, chain(*corners)))
+    error, same = fineness(wholes, error), _SAME * float(np.abs(array).max())
     edges: List[Edge] = []
     for whole, (start, end, _) in zip(wholes, runs):
         points = whole.points(chords(whole, error)) if whole.bulge else row[start:end]

@@ -76,23 +76,21 @@ def _split(pieces: Sequence[Piece], places: Places, tick: Tick) -> Iterator[Piec
     points = np.array([places.points[place] for place in used])
     orders = np.argsort(points, axis=0, kind="stable")
     boxes = np.array([box([piece.edge, piece.edge.reversed()]) for piece in pieces])
-    lows, highs = boxes[:, :2] - reach, boxes[:, 2:] + reach
-    # Of the places along an axis, those that lie beside each piece: from the first to the last.
-    firsts, lasts = (
-        np.column_stack(
-            [
-                np.searchsorted(points[orders[:, axis], axis], ends[:, axis], side=side)
-                for axis in (0, 1)
-            ]
+    # Of the places along each axis, those that lie beside each piece: from the first to the last.
+    spans = [
+        (
+            np.searchsorted(points[orders[:, axis], axis], boxes[:, axis] - reach, "left"),
+            np.searchsorted(points[orders[:, axis], axis], boxes[:, axis + 2] + reach, "right"),
         )
-        for ends, side in ((lows, "left"), (highs, "right"))
-    )
+        for axis in (0, 1)
+    ]
     for k, piece in enumerate(pieces):
         tick(k / len(pieces))
-        axis = int(np.argmin(lasts[k] - firsts[k]))
-        near = orders[firsts[k, axis] : lasts[k, axis], axis]
-        if len(near) > 2:  # its own ends are among them
-            near = near[_lie_on(piece.edge, points[near], reach)]
+        counts = [int(lasts[k] - firsts[k]) for firsts, lasts in spans]
+        axis = counts.index(min(counts))
+        first, last = (int(bound[k]) for bound in spans[axis])
+        near = orders[first:last, axis]
+        near = near[_lie_on(piece.edge, points[near], reach)]
         cuts = []
         for place in used[near].tolist():
             if place not in (piece.start, piece.end):
