@@ -187,12 +187,37 @@ class TestLayers:
 
 
 class TestContours:
-    def test_one_that_touches_another_from_inside_is_left_out(self):
+    def test_those_that_touch_another_from_inside_are_notches(self):
         drawing, space = new_drawing()
         rectangle(space, 0, 0, 100, 60)
         rectangle(space, 0, 20, 10, 10)
-        ((plate,), notes) = read(drawing)
+        rectangle(space, 40, 40, 10, 20)
+        rectangle(space, 20, 20, 10, 10)
+        (hole, plate), notes = read(drawing)
+        assert S.area(hole) == pytest.approx(1e-4)
+        assert S.area(plate) == pytest.approx(6e-3 - 3e-4)
+        (note,) = notes
+        assert note.startswith("Cut out of the contour that they touch from inside (2), near")
+
+    @pytest.mark.parametrize(
+        "u, v, width, height, layer",
+        [(0, 20, 10, 10, "BEND"), (0, 0, 100, 59.9, "0"), (0, 0, 90, 55, "0")],
+    )
+    def test_but_for_those_that_may_not_be_meant_so(self, u, v, width, height, layer):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 60)
+        rectangle(space, u, v, width, height, layer)
+        ((plate,), notes) = read(drawing, layers=["0", "BEND"])
         assert S.area(plate) == pytest.approx(6e-3)
+        assert notes[0].startswith(
+            "Left out (1): contours that touch another one from inside, near"
+        )
+
+    def test_and_for_holes_that_touch_in_a_point(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 60)
+        space.add_circle((5, 30), 5)
+        ((plate,), notes) = read(drawing)
         assert notes[0].startswith(
             "Left out (1): contours that touch another one from inside, near"
         )

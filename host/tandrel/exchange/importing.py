@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+from collections import defaultdict
 from typing import Any, Dict, Iterator, List, Mapping, NamedTuple, Optional, Sequence, Tuple
 
 from tandrel import _checks
@@ -12,6 +13,7 @@ from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen, gaps, jo
 from tandrel.exchange.faces import faces
 from tandrel.exchange.join import Contour
 from tandrel.exchange.lines import Drawing
+from tandrel.exchange.notches import cut_out
 from tandrel.exchange.recognise import MOST_EDGES, recognised
 from tandrel.exchange.scale import in_metres
 from tandrel.exchange.tell import Note, Notes, placed
@@ -141,15 +143,40 @@ def _once(found: List[Found], lines: join.Joined) -> Tuple[List[Found], int]:
 
 
 def _clear(found: List[Found], notes: Notes) -> List[Found]:
-    """The shapes but for those that touch another from inside, which are neither in nor out."""
+    """The shapes but for those that touch another from inside, which are neither in nor out.
+
+    They are cut out of it, as holes are, where both are on one layer and that leaves a part.
+    """
+    cut: List[Point] = []
     while True:
         touches = nesting.touches([one.shape for one in found])
         if not touches:
-            return found
+            break
+        by_outer: Dict[int, List[nesting.Touch]] = defaultdict(list)
         for touch in touches:
-            notes.leave(tr("contours that touch another one from inside"), touch.place)
-        inner = {touch.inner for touch in touches}
-        found = [one for k, one in enumerate(found) if k not in inner]
+            by_outer[touch.outer].append(touch)
+        gone, new = {touch.inner for touch in touches}, []
+        for k, those in by_outer.items():
+            if k in gone:  # it is cut itself, or goes
+                gone -= {touch.inner for touch in those}
+                continue
+            outer, inner = found[k], [found[touch.inner] for touch in those]
+            try:
+                if any(one.layer != outer.layer for one in inner):
+                    raise ValueError
+                left = cut_out([one.entity for one in inner], outer.entity)
+                new += [_found(edges, outer.layer) for edges in left]
+            except ValueError:
+                for touch in those:
+                    notes.leave(tr("contours that touch another one from inside"), touch.place)
+            else:
+                gone.add(k)
+                cut += [touch.place for touch in those]
+        found = [*(one for k, one in enumerate(found) if k not in gone), *new]
+    if cut:
+        text = tr("Cut out of the contour that they touch from inside ({n}), near {place}")
+        notes.tell(text.format(n=len(cut), place=placed(cut[0])), cut[0])
+    return found
 
 
 def _on_layers(found: List[Found], chosen: Optional[Sequence[str]], notes: Notes) -> List[Found]:
