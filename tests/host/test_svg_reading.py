@@ -65,6 +65,16 @@ def test_pixels_are_asked_about(head):
     assert read(circle, head, unit="stated")[0][0]["r"] == pytest.approx(0.0127)
 
 
+@pytest.mark.parametrize(
+    "head, u, v",
+    [('viewBox="5 7 10 20"', 5, 27), ('x="9in" y="9in" viewBox="0 0 10 20"', 0, 20), ("", 0, 20)],
+)
+def test_the_lower_left_corner_is_the_origin(head, u, v):
+    circle = f'<circle cx="{u}" cy="{v}" r="2"/>'
+    ((found,), _) = read(circle, f'width="10px" height="20px" {head}', unit="mm")
+    assert found == approx(type="circle", xc=0.0, yc=0.0, r=0.002)
+
+
 def test_transforms_and_uses():
     found, notes = read(
         '<g transform="translate(10,20) scale(2)"><circle id="c" cx="1" cy="2" r="3"/></g>'

@@ -52,8 +52,9 @@ def read(data: bytes, tick: Tick) -> Drawing:
         root = ET.fromstring(data)
         _ask_bounded(root)
         stated, bottom = _placed(root)
-        # The library knows how long a millimetre is to six digits only.
-        for name in ("width", "height"):
+        # The library knows how long a millimetre is to six digits only, and takes the place of a
+        # whole drawing for that of one within another.
+        for name in ("width", "height", "x", "y"):
             root.attrib.pop(name, None)
         _hide_what_is_only_used(root)
         shapes = _elements(root)
@@ -131,7 +132,7 @@ def _placed(root: ET.Element) -> Tuple[Stated, float]:
     """The unit of a drawing's numbers, and the v at which it ends below."""
     box = [float(n) for n in re.split(r"[\s,]+", root.get("viewBox", "").strip()) if n]
     sizes = [_length(root.get(name, "")) for name in ("width", "height")]
-    bottom = box[1] + box[3] if len(box) == 4 else 0.0
+    bottom = box[3] if len(box) == 4 else float(sizes[1][0] / _PIXEL) if sizes[1] else 0.0
     if len(box) != 4 or not (box[2] > 0 and box[3] > 0):
         return _pixels(_PIXEL), bottom
     scales = [
