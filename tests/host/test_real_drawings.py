@@ -166,6 +166,20 @@ class TestLayers:
         assert asked.value.layers == {"FRAME": 2, "PART": 1, "HOLE": 1}
         assert asked.value.proposed == ["PART", "HOLE"]
 
+    def test_one_on_the_layer_of_the_part_is_asked_about_if_it_is_a_sheet(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 297, 210)
+        rectangle(space, 20, 10, 267, 190)
+        rectangle(space, 50, 50, 100, 60)
+        space.add_circle((70, 70), 5)
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.layers == {"0: sheet": 2, "0": 2}
+        assert asked.value.proposed == ["0"]
+        assert len(read(drawing, layers=["0"])[0]) == 2
+        rectangle(space, -5, -5, 310, 220)
+        assert len(read(drawing)[0]) == 5
+
     def test_what_is_not_chosen_is_left_out_and_told(self):
         found, notes = read(self.frame(), layers=["PART", "HOLE"])
         assert [e["type"] for e in found] == ["rectangle", "circle"]

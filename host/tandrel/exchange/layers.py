@@ -2,14 +2,22 @@
 
 from __future__ import annotations
 
-from typing import Dict, NamedTuple, Optional, Sequence
+from typing import Dict, List, NamedTuple, Optional, Sequence
 
 from tandrel import sketch as S
 from tandrel._shapes import shape
+from tandrel.gui.i18n import tr
 from tandrel.kinds.kind import Entity
 
 # Those that drawings of this application have: what lies within another is a hole there.
 OWN = {"CONTOUR", "HOLES"}
+
+# The sides of sheets of paper, in metres: A4 to A0, and 8.5 by 11 inches with its multiples.
+_SHEETS = [(0.21, 0.297), (0.297, 0.42), (0.42, 0.594), (0.594, 0.841), (0.841, 1.189)]
+_SHEETS += [(0.2159, 0.2794), (0.2794, 0.4318), (0.4318, 0.5588), (0.5588, 0.8636)]
+_SHEETS += [(0.8636, 1.1176)]
+_ROUND = 5e-4  # metres by which a sheet may be off
+_MARGINS = 0.03  # metres by which its border is smaller, at most
 
 
 class Frame(NamedTuple):
@@ -17,6 +25,37 @@ class Frame(NamedTuple):
 
     layer: str
     is_sure: bool  # whether what it holds has contours within each other, as a part has
+
+
+def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str]:
+    """The layers, but for a sheet's edge and border on the layer of others: they get their own."""
+    names = list(layers)
+    if set(names) <= {"", *OWN}:
+        return names
+    shapes = [shape(entity) for entity in entities]
+    order = sorted(range(len(shapes)), key=lambda k: -shapes[k].area)
+    around: List[int] = []
+    for rank, k in enumerate(order[:-1]):
+        e, inner = entities[k], order[rank + 1 :]
+        if e["type"] != "rectangle" or e["radius"]:
+            break
+        if around:
+            larger = entities[around[-1]]
+            is_part = max(larger["w"] - e["w"], larger["h"] - e["h"]) <= _MARGINS + _ROUND
+        else:
+            is_part = any(
+                abs(a - e["w"]) <= _ROUND and abs(b - e["h"]) <= _ROUND
+                for one, other in _SHEETS
+                for a, b in ((one, other), (other, one))
+            )
+        holds = shapes[k].prepared.contains_properly
+        if not is_part or not all(holds(shapes[j].polygon) for j in inner):
+            break
+        around.append(k)
+    if {names[k] for k in around} & {names[k] for k in range(len(names)) if k not in around}:
+        for k in around:
+            names[k] = tr("{layer}: sheet").format(layer=names[k])
+    return names
 
 
 def frame(entities: Sequence[Entity], layers: Sequence[str]) -> Optional[Frame]:
