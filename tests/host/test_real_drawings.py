@@ -227,11 +227,13 @@ class TestContours:
             "Left out (1): contours that touch another one from inside, near"
         )
 
-    def test_and_for_holes_that_touch_in_a_point(self):
+    @pytest.mark.parametrize("width", [100, 10])
+    def test_and_for_holes_that_touch_in_a_point(self, width):
         drawing, space = new_drawing()
-        rectangle(space, 0, 0, 100, 60)
+        rectangle(space, 0, 0, width, 60)
         space.add_circle((5, 30), 5)
         ((plate,), notes) = read(drawing)
+        assert plate["type"] == "rectangle"
         assert notes[0].startswith(
             "Left out (1): contours that touch another one from inside, near"
         )

@@ -166,6 +166,16 @@ def test_what_is_written_comes_back(entity):
     assert S.area(back) == pytest.approx(S.area(entity), rel=1e-9)
 
 
+def test_a_small_circle_far_from_the_corner_is_one_again():
+    """Of twelve digits of a coordinate few are left for how its halves meet."""
+    circles = [
+        {"type": "circle", "xc": x / 331, "yc": x / 9973, "r": 7.23899268e-4} for x in range(60)
+    ]
+    data = svg.written(document(*circles), "mm", no_tick)
+    back = sketch_in(data, reader=svg_reading)[0]["entities"]
+    assert {entity["type"] for entity in back} == {"circle"}
+
+
 def test_the_whole_way_through_files(tmp_path):
     exchange.export(document(*PLATE), tmp_path / "part.SVG", "in")
     found = exchange.import_(tmp_path / "part.SVG").document

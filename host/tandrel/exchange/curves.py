@@ -66,14 +66,22 @@ def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
     if len(runs) == len(corners):
         return straight(corners)
     wholes = [Edge(row[start], row[end], bulge) for start, end, bulge in runs]
-    error, same = fineness(wholes, error), _SAME * float(np.abs(array).max())
-    edges: List[Edge] = []
-    for whole, (start, end, _) in zip(wholes, runs):
-        points = whole.points(chords(whole, error)) if whole.bulge else row[start:end]
-        if len(points) == end - start and _apart(points, row[start:end]) <= same:
-            edges.append(whole)
-        else:
-            edges += _on_arc(whole, row[start : end + 1], error)
+    same = _SAME * float(np.abs(array).max())
+
+    def divisible(error: float) -> Iterator[Edge]:
+        """The edges that give the corners again when they are divided with that error."""
+        for whole, (start, end, _) in zip(wholes, runs):
+            points = whole.points(chords(whole, error)) if whole.bulge else row[start:end]
+            if len(points) == end - start and _apart(points, row[start:end]) <= same:
+                yield whole
+            else:
+                yield from _on_arc(whole, row[start : end + 1], error)
+
+    edges, fine = wholes, math.inf
+    # Of a small contour the error hangs on its size, and that on the arcs.
+    while fineness(edges, error) < fine:
+        fine = fineness(edges, error)
+        edges = list(divisible(fine))
     return edges
 
 

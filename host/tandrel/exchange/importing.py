@@ -165,7 +165,7 @@ def _clear(found: List[Found], notes: Notes) -> List[Found]:
                 if any(one.layer != outer.layer for one in inner):
                     raise ValueError
                 left = cut_out([one.entity for one in inner], outer.entity)
-                new += [_found(edges, outer.layer) for edges in left]
+                new.append(_found(left, outer.layer))
             except ValueError:
                 for touch in those:
                     notes.leave(tr("contours that touch another one from inside"), touch.place)

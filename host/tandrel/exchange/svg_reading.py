@@ -30,9 +30,9 @@ _METRES = {
 }
 _LENGTH = re.compile(r"\s*([-+0-9.eE]+)\s*([a-z%]*)\s*$")
 _ROUND = 1e-9  # by how much the radii of a circle may differ, as a part of them
-# How far from the chord of half a circle the centre may seem to lie, as a part of the radius, where
-# chord and radius are rounded to twelve digits.
-_HALF = 3e-6
+# The square of how far the centre may seem to lie from the chord of half a circle where both are
+# rounded to twelve digits, as a part of the radius and of the largest of these numbers.
+_HALF = 1e-11
 _MOST = 10_000  # chords of a curve
 _MOST_PARTS = 100_000  # elements of a drawing, those that are used counted as often as they are
 # What the library would draw where it stands, although it only shows where something refers to it.
@@ -240,12 +240,15 @@ def _round(start: Point, end: Point, centre: Point, radius: float, is_left: bool
     # How far to the left of the chord the centre lies; beyond it where the arc is a small one.
     left = (du * (centre[1] - start[1]) - dv * (centre[0] - start[0])) / chord
     beyond = left if is_left else -left
-    if beyond < -_HALF * radius:
+    largest = max(abs(c) for c in (*start, *end, radius))
+    if beyond * beyond <= _HALF * radius * largest:
+        beyond = 0.0
+    if beyond < 0:
         out = math.copysign(radius / chord, left)
         top = centre[0] - out * dv, centre[1] + out * du
         ends = [(start, top), (top, end)]
         return [edge for pair in ends for edge in _round(*pair, centre, radius, is_left)]
-    bulge = chord / 2 / (radius + (beyond if beyond > _HALF * radius else 0.0))
+    bulge = chord / 2 / (radius + beyond)
     return [Edge(start, end, bulge if is_left else -bulge)]
 
 
