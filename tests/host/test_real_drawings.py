@@ -221,7 +221,7 @@ class TestContours:
         drawing, space = new_drawing()
         rectangle(space, 0, 0, 100, 60)
         rectangle(space, u, v, width, height, layer)
-        ((plate,), notes) = read(drawing, layers=["0", "BEND"])
+        ((plate,), notes) = read(drawing)
         assert S.area(plate) == pytest.approx(6e-3)
         assert notes[0].startswith(
             "Left out (1): contours that touch another one from inside, near"
