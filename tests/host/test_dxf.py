@@ -1,6 +1,5 @@
 """DXF drawings: what others read in those that are written, and what is read in those of others."""
 
-import io
 import math
 
 import ezdxf
@@ -11,6 +10,7 @@ from hypothesis import strategies as st
 from shapely.geometry import Polygon
 from support.children import printed
 from support.drawings import binary, new_drawing, opened, raw, read, sketch_in, text_of
+from support.neighbours import circle, rectangle, regular, slot
 from support.shapes import EVERY_KIND, PAIR, PLATE, document, entities, sketch
 from support.ticks import stopping_at
 from support.types import CARD
@@ -83,8 +83,7 @@ class TestWriting:
         assert layers == ["CONTOUR", "HOLES", "CONTOUR", "HOLES", "HOLES"]
 
     def test_shapes_that_overlap_are_one_contour_whose_arcs_are_arcs(self):
-        bar = {"type": "rectangle", "x": 0.0, "y": -0.005, "w": 0.06, "h": 0.01, "radius": 0.0}
-        boss = {"type": "circle", "xc": 0.0, "yc": 0.0, "r": 0.01}
+        bar, boss = rectangle(0.0, -0.005, 0.06, 0.01), circle(r=0.01)
         (part,) = opened(bar, boss).modelspace()
         assert part.dxftype() == "LWPOLYLINE" and part.closed
         assert polyline_area(part) * 1e-6 == pytest.approx(profile.area(sketch(bar, boss)))
@@ -92,14 +91,13 @@ class TestWriting:
         assert math.fsum(4 * math.atan(b) for b in arcs) == pytest.approx(math.radians(300))
 
     def test_contours_as_they_are_come_back_as_the_shapes(self):
-        pair = [{"type": "circle", "xc": 0.01 * k, "yc": 0.0, "r": 0.01} for k in range(2)]
+        pair = [circle(0.01 * k, r=0.01) for k in range(2)]
         back, notes = read(opened(*pair, own_contours=True))
         assert (back, notes) == (pair, [])
 
     def test_a_joined_hole_lies_on_the_layer_of_holes(self):
-        holes = [{"type": "circle", "xc": 0.01 * k, "yc": 0.0, "r": 0.01} for k in range(2)]
-        plate = {"type": "rectangle", "x": -0.1, "y": -0.1, "w": 0.2, "h": 0.2, "radius": 0.0}
-        outside, hole = opened(*holes, plate).modelspace()
+        holes = [circle(0.01 * k, r=0.01) for k in range(2)]
+        outside, hole = opened(*holes, rectangle(-0.1, -0.1, 0.2, 0.2)).modelspace()
         assert (outside.dxf.layer, hole.dxf.layer) == ("CONTOUR", "HOLES")
         assert polyline_area(hole) > 0
 
@@ -110,7 +108,7 @@ class TestWriting:
         assert layers == {("LWPOLYLINE", "CONTOUR"), ("CIRCLE", "HOLES")}
 
     def test_typed_lengths_are_written_as_they_were_typed(self):
-        hole = {"type": "circle", "xc": 0.0123, "yc": -0.0001, "r": 0.0007}
+        hole = circle(0.0123, -0.0001, 0.0007)
         text = text_of(hole, EVERY_KIND["polygon"], own_contours=True)
         assert "\n 10\n12.3\n 20\n-0.1\n" in text
         assert "\n 40\n0.7\n" in text
@@ -125,22 +123,17 @@ class TestWriting:
         assert port.dxf.height >= 160
 
     def test_plane_and_offset_are_noted_and_come_back(self):
-        shapes = dict(plane="YZ", offset=0.0123)
-        data = text_of(*PLATE, **shapes).encode()
-        found, _ = sketch_in(data)
+        found, _ = sketch_in(text_of(*PLATE, plane="YZ", offset=0.0123).encode())
         assert (found["plane"], found["offset"]) == ("YZ", 0.0123)
 
     @pytest.mark.parametrize(
         "plane, offset", [("Q", "1"), ("XZ", "x"), ("XZ", "nan"), ("XZ", "1e99")]
     )
     def test_placings_that_make_no_sense_are_not_taken_over(self, plane, offset):
-        drawing, space = new_drawing()
-        space.add_circle((0, 0), 1)
+        drawing = disc(4, 2)
         drawing.header.custom_vars.append("Sketch plane", plane)
         drawing.header.custom_vars.append("Offset along the normal (m)", offset)
-        text = io.StringIO()
-        drawing.write(text)
-        found, _ = sketch_in(text.getvalue().encode(), "mm")
+        found, _ = sketch_in(binary(drawing), "mm")
         assert found["plane"] in ("XY", plane) and found["plane"] in S.PLANES
         assert found["offset"] in (0.0, 1.0) and S.check(found) == []
 
@@ -164,9 +157,9 @@ class TestRoundTrip:
     @settings(max_examples=150)
     @given(entities(), st.sampled_from(list(METRES)))
     @example(EVERY_KIND["stadium"], "in")
-    @example({"type": "rectangle", "x": 0.0, "y": 0.0, "w": 1.0, "h": 1.0, "radius": 0.5}, "mm")
-    @example({"type": "regular", "xc": 1.0, "yc": 0.0, "r": 1.0, "n": 4, "angle": 45.0}, "mm")
-    @example({"type": "slot", "x1": 0.0, "y1": 1e4, "x2": 1e-4, "y2": 1e4, "r": 10.0}, "mm")
+    @example(rectangle(w=1.0, h=1.0, radius=0.5), "mm")
+    @example(regular(1.0, n=4, angle=45.0), "mm")
+    @example(slot(0.0, 1e4, 1e-4, 1e4, 10.0), "mm")
     def test_shapes_keep_area_place_and_kind(self, entity, unit):
         (back,), notes = read(text_of(entity, unit=unit))
         assert notes == []
@@ -203,7 +196,7 @@ class TestRoundTrip:
         st.lists(entities(st.just(1e-3), farthest=0.0), min_size=1, max_size=300),
     )
     def test_a_plate_with_many_holes(self, unit, shapes):
-        plate = {"type": "rectangle", "x": -0.005, "y": -0.005, "w": 2.0, "h": 2.0, "radius": 0.002}
+        plate = rectangle(-0.005, -0.005, 2.0, 2.0, 0.002)
         holes = [moved(e, 0.004 * (k % 20), 0.004 * (k // 20)) for k, e in enumerate(shapes)]
         before = sketch(plate, *holes)
         back, notes = read(text_of(*before["entities"], unit=unit))
@@ -218,6 +211,13 @@ def moved(e, u, v):
         return {**e, "points": [[x + u, y + v] for x, y in e["points"]]}
     by = {"x": u, "xc": u, "x1": u, "x2": u, "y": v, "yc": v, "y1": v, "y2": v}
     return {key: value + by.get(key, 0) if key != "type" else value for key, value in e.items()}
+
+
+def disc(code, size):
+    """A drawing in a unit of a circle as large as that."""
+    drawing, space = new_drawing(code)
+    space.add_circle((0, 0), size / 2)
+    return drawing
 
 
 class TestUnits:
@@ -242,48 +242,35 @@ class TestUnits:
         assert hole["r"] == 0.0254
 
     def test_a_unit_that_is_given_holds_and_that_is_said(self):
-        drawing, space = new_drawing(5)
-        space.add_circle((0, 0), 1)
-        ((hole,), notes) = read(drawing, unit="in")
+        ((hole,), notes) = read(disc(5, 2), unit="in")
         assert hole["r"] == 0.0254
         assert notes == ["The drawing says that its unit is cm; it was read in in."]
-        assert read(drawing, unit="cm")[1] == []
+        assert read(disc(5, 2), unit="cm")[1] == []
 
-    @pytest.mark.parametrize(
-        "code, size, is_believed",
-        [
-            (4, 1.9, False),
-            (4, 2.1, True),
-            (4, 1990, True),
-            (4, 2010, False),
-            (6, 1.9, True),
-            (6, 2.1, False),
-            (1, 9, False),
-        ],
-    )
-    def test_sizes_that_no_part_has_are_asked_about(self, code, size, is_believed):
-        drawing, space = new_drawing(code)
-        space.add_circle((0, 0), size / 2)
-        if is_believed:
-            read(drawing)
-            return
+    @pytest.mark.parametrize("code, size", [(4, 2.1), (4, 1990), (6, 1.9)])
+    def test_sizes_that_parts_have_are_believed(self, code, size):
+        assert len(read(disc(code, size))[0]) == 1
+
+    @pytest.mark.parametrize("code, size", [(4, 1.9), (4, 2010), (6, 2.1), (1, 9)])
+    def test_sizes_that_no_part_has_are_asked_about(self, code, size):
         with pytest.raises(UnitsMissing) as caught:
-            read(drawing)
+            read(disc(code, size))
         assert f"{size} in × {size} in = " in caught.value.choices["in"]
         assert caught.value.choices["mm"] == f"{size} mm × {size} mm"
-        assert len(read(drawing, unit="stated")[0]) == 1
+        assert len(read(disc(code, size), unit="stated")[0]) == 1
 
     def test_millimetres_of_a_drawing_that_calls_itself_imperial(self):
-        drawing, space = new_drawing()
+        drawing = disc(4, 8)
         drawing.header["$MEASUREMENT"] = 0
-        space.add_circle((0, 0), 4)
         with pytest.raises(UnitsMissing):
             read(drawing)
 
     def test_what_is_written_here_is_believed_whatever_its_size(self):
-        for place, radius in ((0.0, 12.0), (1.001e6, 1e3)):
-            huge = {"type": "circle", "xc": place, "yc": 0.0, "r": radius}
+        for huge in circle(r=12.0), circle(1.001e6, 0, 1e3):
             assert read(text_of(huge))[0] == [huge]
+
+    def test_a_unit_of_no_use_can_be_overridden(self):
+        assert len(read(raw(0, "CIRCLE", 10, 0, 20, 0, 40, 1, units=20), unit="mm")[0]) == 1
 
     @pytest.mark.parametrize(
         "size, hole, is_metric, is_believed",
@@ -318,25 +305,12 @@ class TestReading:
 
     def test_the_older_kind_of_polyline(self):
         drawing = ezdxf.new("R12")
-        fillet = math.tan(math.pi / 8)
-        drawing.modelspace().add_polyline2d(
-            [
-                (1, 0, 0),
-                (9, 0, fillet),
-                (10, 1, 0),
-                (10, 4, fillet),
-                (9, 5, 0),
-                (1, 5, fillet),
-                (0, 4, 0),
-                (0, 1, fillet),
-            ],
-            format="xyb",
-            close=True,
-        )
+        corners = [(1, 0), (9, 0), (10, 1), (10, 4), (9, 5), (1, 5), (0, 4), (0, 1)]
+        bulges = 4 * [0, math.tan(math.pi / 8)]
+        vertices = [(u, v, bulge) for (u, v), bulge in zip(corners, bulges)]
+        drawing.modelspace().add_polyline2d(vertices, format="xyb", close=True)
         ((found,), notes) = read(drawing, unit="mm")
-        assert found == pytest.approx(
-            {"type": "rectangle", "x": 0, "y": 0, "w": 0.01, "h": 0.005, "radius": 0.001}, abs=1e-15
-        )
+        assert found == pytest.approx(rectangle(0, 0, 0.01, 0.005, 0.001), abs=1e-15)
         assert notes == []
 
     def test_lines_and_arcs_that_meet(self):
