@@ -5,16 +5,11 @@ import math
 import ezdxf
 import pytest
 from ezdxf.math import BSpline, ConstructionArc
-from support.drawings import new_drawing, raw, read
+from support.drawings import new_drawing, raw, read, rectangle
 from tandrel import sketch as S
 from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen, join
 
 REPAIRED = "The file is damaged; it was repaired as well as it can be."
-
-
-def rectangle(space, u, v, w, h, layer="0"):
-    corners = [(u, v), (u + w, v), (u + w, v + h), (u, v + h)]
-    return space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
 
 
 class TestCurves:

@@ -3,9 +3,9 @@
 import math
 from tkinter.font import Font
 
-import ezdxf
 import pytest
 from support.application import answering, dialogs, outlines
+from support.drawings import new_drawing, rectangle
 from support.events import settle
 from tandrel.application.dialogs import Question
 from tandrel.application.importing import Layers, Report
@@ -15,11 +15,11 @@ from tandrel.gui import i18n
 
 @pytest.fixture
 def drawn(tmp_path):
-    """drawn(draw, units=4): the path of a drawing that draw(space, drawing) has filled."""
+    """drawn(draw, units=4): the path of a drawing whose space draw(space) has filled."""
 
     def write(draw, units=4):
-        drawing = ezdxf.new("R2010", units=units)
-        draw(drawing.modelspace(), drawing)
+        drawing, space = new_drawing(units)
+        draw(space)
         path = tmp_path / "part.dxf"
         drawing.saveas(path)
         return path
@@ -27,28 +27,23 @@ def drawn(tmp_path):
     return write
 
 
-def rectangle(space, u, v, w, h, layer="0"):
-    corners = [(u, v), (u + w, v), (u + w, v + h), (u, v + h)]
-    space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
-
-
-def too_large(space, drawing):
+def too_large(space):
     """In inches."""
     rectangle(space, 0, 0, 370, 370)
 
 
-def with_frame(space, drawing):
+def with_frame(space):
     rectangle(space, 0, 0, 297, 210, "FRAME")
     rectangle(space, 50, 50, 100, 60, "PART")
     space.add_circle((70, 70), 5, dxfattribs={"layer": "PART"})
 
 
-def with_gap(space, drawing):
+def with_gap(space):
     space.add_lwpolyline([(0, 0), (100, 0), (100, 50), (0, 50), (0, 1)])
     space.add_circle((20, 20), 5)
 
 
-def with_texts(space, drawing):
+def with_texts(space):
     rectangle(space, 0, 0, 100, 50)
     for k in range(3):
         space.add_text("a note", dxfattribs={"insert": (200 + k, 20)})
@@ -189,7 +184,7 @@ def test_what_was_left_out_is_listed_and_shown(start, drawn):
 
 
 def test_what_has_no_place_cannot_be_shown(start, drawn):
-    def twice(space, drawing):
+    def twice(space):
         rectangle(space, 0, 0, 100, 50)
         rectangle(space, 0, 0, 100, 50)
 

@@ -43,6 +43,12 @@ def new_drawing(units=4):
     return drawing, drawing.modelspace()
 
 
+def rectangle(space, u, v, w, h, layer="0"):
+    """Draw a closed polyline: a corner and the sides, in the drawing's unit."""
+    corners = [(u, v), (u + w, v), (u + w, v + h), (u, v + h)]
+    space.add_lwpolyline(corners, close=True, dxfattribs={"layer": layer})
+
+
 def binary(drawing):
     data = io.BytesIO()
     drawing.write(data, fmt="bin")
