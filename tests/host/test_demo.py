@@ -105,13 +105,7 @@ def test_with_a_display_the_application_opens_a_copy_of_the_part(tmp_path):
         for name in names:
             with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as program:
                 search = ["xdotool", "search", "--sync", "--name", name]
-                subprocess.run(
-                    search,
-                    env=environment,
-                    timeout=patience.SECONDS,
-                    check=True,
-                    capture_output=True,
-                )
+                subprocess.check_output(search, env=environment, timeout=patience.SECONDS)
                 assert program.poll() is None
                 program.terminate()
             assert copy.read_bytes() == run.PART.read_bytes().replace(names[0], name)
