@@ -84,6 +84,7 @@ def test_units_are_chosen_in_the_menu(start, part, label, name, size):
     before = part.read_bytes()
     choose(app.menus["units"], label)
     assert widgets.units().name == name
+    assert app.message.cget("text") == "", "it was the path until the next action"
     assert app.size.cget("text") == size
     assert texts(app.view) == size.split(" × ")
     area = profile.area(app.session.document.sketch)
