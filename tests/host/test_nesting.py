@@ -43,7 +43,7 @@ NESTED = {
         [0, 0, 1, 2],
     ),
     "equal shapes do not hold each other": ([PLATE, PLATE, HOLE, HOLE], [0, 0, 1, 1]),
-    "nor in another way": ([PLATE, polygon((0, 0), (10, 0), (10, 10), (0, 10))], [0, 0]),
+    "nor do they as other types": ([PLATE, polygon((0, 0), (10, 0), (10, 10), (0, 10))], [0, 0]),
     "what touches from inside does not lie in it": (
         [PLATE, rectangle(0.0, 2.0, 3.0, 3.0), circle(5.0, 5.0, 5.0)],
         [0, 0, 0],
