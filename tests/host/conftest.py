@@ -15,7 +15,7 @@ import tandrel.gui
 from demo.draughtsman import Draughtsman
 from harness.display import x_server
 from harness.places import HOST
-from harness.user import User, play
+from harness.user import play
 from support.application import Person, shown
 from support.events import Send
 from support.roots import close_root, open_root
@@ -165,26 +165,21 @@ def picks(monkeypatch):
 
 @pytest.fixture
 def acted(managed_display, start, tmp_path):
-    """acted(script, path): plays script(person) at the application until it ends."""
+    """acted(script, path): plays script(app, person) at the application until it ends."""
 
     def act(script, path=None):
         root = open_root(managed_display)
         app = start(path, root=root)
-        person = Person(app, managed_display)
-        play(root, script(app, person), tmp_path / "failure.png")
-        return app
+        play(root, script(app, Person(app, managed_display)), tmp_path / "failure.png")
 
     return act
 
 
 @pytest.fixture
-def hands(managed_display, start, part, tmp_path):
+def hands(acted, part, tmp_path):
     """hands(script): plays script(draughtsman) at the application on the flange."""
 
     def play_out(script):
-        root = open_root(managed_display)
-        app = start(part, root=root)
-        person = Draughtsman(app, User(root, managed_display), tmp_path)
-        play(root, script(person), tmp_path / "failure.png")
+        acted(lambda app, person: script(Draughtsman(app, person, tmp_path)), part)
 
     return play_out
