@@ -5,6 +5,7 @@ process neither crashes nor hangs, and an error that isn't the editor's to catch
 raised.
 """
 
+import sys
 
 import numpy as np
 import pytest
@@ -152,3 +153,22 @@ class TestNeighboursThatMeddle:
         editor._preview = editor.redraw
         with pytest.raises(RecursionError):
             editor.redraw()
+
+    def test_operations_nest_a_thousand_deep_at_most(self, sketcher):
+        """Whatever the interpreter allows, since the limit of the C++ stack is none of its."""
+        editor = sound()
+        depths = []
+
+        def nested(*point):
+            depths.append(len(depths))
+            return editor.snapped(*point)
+
+        editor.to_world = nested
+        limit = sys.getrecursionlimit()
+        sys.setrecursionlimit(100_000)
+        try:
+            with pytest.raises(RecursionError, match="^maximum recursion depth exceeded$"):
+                editor.snapped(1, 2)
+        finally:
+            sys.setrecursionlimit(limit)
+        assert len(depths) == 1000
