@@ -27,7 +27,7 @@ def test_nothing_is_reported_of_the_module(capsys):
 @pytest.mark.parametrize(
     "fault, said",
     {
-        "number never released": r"leak of 24 byte.*\n(.*\n)*?.*tandrel::py::to_python\(double\)",
+        "number never released": r"leak of \d+ byte.*\n(.*\n)*?.*tandrel::py::to_python\(double\)",
         "list never released": r"leak of \d+ byte.*\n(.*\n)*?.*/sketcher/",
         "write past the end": "heap-buffer-overflow|store to address .* with insufficient space",
         "signed overflow": "runtime error: signed integer overflow",

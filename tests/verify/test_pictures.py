@@ -1,6 +1,7 @@
 """The manual's pictures and messages are those of the program as it is."""
 
 import json
+import platform
 import re
 import subprocess
 import sys
@@ -45,6 +46,10 @@ def test_each_tool_has_a_section_with_a_picture(sketcher):
     assert MANUAL[start:end].count("(images/") == len(titles)
 
 
+@pytest.mark.skipif(
+    platform.freedesktop_os_release().get("VERSION_CODENAME") != "bookworm",
+    reason="pictures are made on Debian 12, and letters as wide as its are its only",
+)
 @pytest.mark.parametrize("name", SHOWN)
 def test_pictures_are_current(name, made):
     kept, now = content(IMAGES / f"{name}.png"), content(made / f"{name}.png")
