@@ -20,7 +20,7 @@ def report(capsys):
 def test_nothing_is_reported_of_the_module(capsys):
     status, printed, tests, reports = report(capsys)
     assert (status, reports) == (0, 0), printed
-    assert tests > 50
+    assert tests > 0
     assert "1 processes looked for leaks" in printed
 
 
