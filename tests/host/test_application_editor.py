@@ -5,8 +5,9 @@ import copy
 import pytest
 from support.application import status
 from support.desk import field
-from support.events import Send, type_text
+from support.events import Send, focus, type_text
 from support.neighbours import rectangle
+from support.widgets import button
 from tandrel.application.editor import CLICK_PX, Editor
 from tandrel.gui import widgets
 from tandrel.gui.sketcher import SketchEditor
@@ -165,6 +166,49 @@ def test_the_number_pad_s_enter_is_the_other_one(at_work):
     box.mark_set("insert", "end")
     hands.key("KP_Enter", box)
     assert box.get("1.0", "end").count("\n") == 4
+
+
+def test_changes_taken_back_after_corners_are_made_again_before_them(at_work):
+    hands, _ = at_work(Editor, "line")
+    editor = hands.editor
+    editor.select(0)
+    editor.delete()
+    hands.click(20, 20)
+    (corner,) = editor.clicks
+    for key, clicks, shapes in (
+        ("Control-z", [], []),
+        ("Control-z", [], SKETCH["entities"]),
+        ("Control-y", [], []),
+        ("Control-y", [corner], []),
+    ):
+        hands.key(key)
+        assert (editor.clicks, editor.sk["entities"]) == (clicks, shapes)
+
+
+def test_a_size_that_drawing_on_applies_is_a_step_of_its_own(at_work):
+    hands, (x, y) = at_work(Editor, "circle")
+    editor = hands.editor
+    editor.select(0)
+    editor.vars["w"].set("80")
+    hands.stroke((x, y), (x + 20, y), (x + 40, y))
+    assert [e["type"] for e in editor.sk["entities"]] == ["rectangle", "circle"]
+    hands.key("Control-z")
+    assert editor.sk["entities"] == [{**SKETCH["entities"][0], "w": 0.08}]
+    hands.key("Control-z")
+    assert editor.sk["entities"] == SKETCH["entities"]
+
+
+def test_the_button_deletes_whatever_has_the_keyboard(at_work):
+    hands, _ = at_work(Editor)
+    editor = hands.editor
+    editor.select(0)
+    for widget in (field(editor, "w"), *editor._entries(editor.grid)):
+        focus(widget)
+        hands.key("Delete", widget)
+        assert len(editor.sk["entities"]) == 1
+        button(editor, "Delete").invoke()
+        assert editor.sk["entities"] == []
+        editor.undo()
 
 
 @pytest.mark.parametrize("name", ["grid", "offset"])

@@ -43,6 +43,8 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         super()._build(allow_plane)
         editor_layout.arrange(self, self.window_size)
         self.canvas.bind("<Double-Button-1>", self._press_again)
+        delete: Any = self.canvas.master.winfo_children()[0].winfo_children()[-1]
+        delete.configure(command=self._delete_by_button)
         # Where numbers are typed, Enter is that of the number pad.
         self.bind("<KP_Enter>", lambda e: e.widget.event_generate("<Return>"))
 
@@ -70,7 +72,22 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         elif self.sel is not None and self.list.selection() != (str(self.sel),):
             self.list.selection_set(str(self.sel))
 
-    # Taking back: first what isn't a change of the sketch yet.
+    # Taking back: first what isn't a change of the sketch yet. It comes again the other way round.
+
+    _corners_at = 0  # in the history: where the last corner was taken back
+
+    def take_back(self) -> bool:
+        is_taken = super().take_back()
+        if is_taken and self.history is not None:
+            self._corners_at = self.history.at
+        return is_taken
+
+    def give_back(self) -> bool:
+        """Changes that were taken back after the corners come first."""
+        history = self.history
+        if history is not None and history.at < self._corners_at and history.has(1):
+            return False
+        return super().give_back()
 
     def undo(self) -> None:
         """Take back the last corner, what was typed and not applied, or the last change."""
@@ -96,6 +113,11 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
             self.sk["entities"][self.sel] = self.drag["orig"]
             self.refresh_list()
         super().cancel_drawing()
+
+    def _delete_by_button(self) -> None:
+        """Also while a field has the keyboard: only keys may be meant for its text."""
+        self.canvas.focus_set()
+        self.delete()
 
     def duplicate(self) -> None:
         if self.settle():

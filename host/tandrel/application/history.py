@@ -29,33 +29,37 @@ class State(NamedTuple):
 
 
 class History:
-    """The states of a sketch one after the other, and which of them is the present one."""
+    """The states of a sketch one after the other; the present one is that `at` this index."""
 
     def __init__(self, first: State) -> None:
         self._states: List[State] = [first]
-        self._at = 0
+        self.at = 0
         self.first = first
 
     @property
     def present(self) -> State:
-        return self._states[self._at]
+        return self._states[self.at]
 
     def note(self, state: State) -> bool:
         """Go on with a state. False where only the selection is another one: that is no step."""
         if state.draws(self.present):
-            self._states[self._at] = state
+            self._states[self.at] = state
             return False
-        del self._states[self._at + 1 :]
+        del self._states[self.at + 1 :]
         self._states.append(state)
         del self._states[:-MOST]
-        self._at = len(self._states) - 1
+        self.at = len(self._states) - 1
         return True
+
+    def has(self, by: int) -> bool:
+        """Whether there is a state so many after the present one, or before it."""
+        return 0 <= self.at + by < len(self._states)
 
     def step(self, by: int) -> Optional[State]:
         """Go one state back (-1) or forth (1); None, and no step, at the end."""
-        if not 0 <= self._at + by < len(self._states):
+        if not self.has(by):
             return None
-        self._at += by
+        self.at += by
         return self.present
 
 
@@ -79,7 +83,8 @@ class Undoing(SketchEditor):
             getattr(self, operation)()
 
     def redraw(self) -> None:
-        if self.drag is None:
+        # Where a shape is while it is being moved is no state of the sketch.
+        if self.drag is None or self.drag["kind"] != "move":
             self._note()
         super().redraw()
 
