@@ -42,12 +42,25 @@ def click_a_corner(editor):
     Send(editor).click(50, 50)
 
 
+def begin_a_move(editor):
+    hands = Send(editor)
+    x, y = hands.at((CIRCLE["xc"], CIRCLE["yc"]))
+    hands.press(x, y)
+    hands.drag(x + 40, y)
+
+
 def type_a_radius(editor):
     editor.select(0)
     editor.vars["r"].set("5")
 
 
-CHANGES = [delete, click_a_corner, type_a_radius, lambda editor: editor.offset.set("5")]
+CHANGES = [
+    delete,
+    click_a_corner,
+    begin_a_move,
+    type_a_radius,
+    lambda editor: editor.offset.set("5"),
+]
 
 
 @pytest.mark.parametrize("change", CHANGES)

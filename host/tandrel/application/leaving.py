@@ -66,8 +66,9 @@ class Leaving(Undoing, TypedSizes):
     def _has_changes(self) -> bool:
         """Whether anything was drawn, begun or typed that isn't in the sketch as it came."""
         drawn = self.history is not None and not self.history.present.draws(self.history.first)
+        begun = bool(self.clicks) or self.drag is not None
         typed = self.is_unapplied() or self.offset.get() != self._offset_shown
-        return drawn or bool(self.clicks) or typed
+        return drawn or begun or typed
 
     def changed(self) -> None:
         super().changed()
