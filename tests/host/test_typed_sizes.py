@@ -90,6 +90,7 @@ def test_what_cannot_be_applied_stays_and_is_named(editor):
         assert editor.sk == SKETCH
         assert (status(editor), editor.vars[key].get()) == (why, text)
         assert editor.is_unapplied()
+        editor.forget_typed()
 
 
 def test_a_reason_stays_until_the_next_press_or_key(editor):
@@ -232,6 +233,35 @@ def test_going_on_to_another_shape_applies_what_is_typed(editor, go_on, text, ra
     assert editor.sk["entities"][:3] == [{**typed, "r": radius}, *others]
     assert editor.sel == (3 if go_on is by_drawing else 1)
     assert editor.vars["r"].get() != text and why in status(editor)
+
+
+@pytest.mark.parametrize("go_on", [by_pointer, by_row, by_drawing])
+def test_what_was_refused_on_going_on_is_there_again_with_its_shape(editor, go_on):
+    hands, box = Send(editor), lambda: editor.points_text.get("1.0", "end-1c")
+    typed = "0 100\n20 100\n30 x\n0 120"
+    editor.select(2)
+    shown = box()
+    editor.points_text.replace("1.0", "end", typed)
+    go_on(hands)
+    editor.select(2)
+    assert box() == typed and editor.is_unapplied()
+    # A click is no change either.
+    hands.editor.tool.set("select")
+    hands.click(*hands.at((0.005, 0.105)))
+    assert (editor.sel, box()) == (2, typed)
+    editor.forget_typed()
+    editor.show_props()
+    assert box() == shown
+    for text in (typed, shown, typed):
+        editor.points_text.replace("1.0", "end", text)
+        go_on(hands)
+        editor.select(2)
+        assert box() == text
+    editor.points_text.replace("1.0", "end", typed.replace("x", "105"))
+    editor.apply_props()
+    go_on(hands)
+    editor.select(2)
+    assert len(editor.sk["entities"][2]["points"]) == 4 and not editor.is_unapplied()
 
 
 def test_a_press_on_the_drawing_gives_it_the_keyboard(editor):

@@ -43,11 +43,12 @@ class TypedSizes(LastingMessages):
 
     What can't be read is named, and stays as it was typed. What was applied, and a press on the
     drawing, give the keyboard back to that. OK applies what is typed in the form, and so does going
-    on to another shape.
+    on to another shape; what was refused then is there again when its shape is shown again.
     """
 
     _shown: Optional[List[str]] = None  # by the form before anything was typed
     _refused: Optional[List[str]] = None  # what was typed when that was told
+    _left: Tuple[Any, List[str]] = None, []  # a shape, and what the form held when it was left
     # Of the field over the drawing that has the keyboard, and what stood there when it came.
     _field: Optional[Tuple[tk.StringVar, str]] = None
 
@@ -88,6 +89,7 @@ class TypedSizes(LastingMessages):
         if self._shown is None or not self.is_unapplied():
             return False
         self._type(self._shown)
+        self._left = None, []
         return True
 
     def settle(self) -> bool:
@@ -97,9 +99,15 @@ class TypedSizes(LastingMessages):
         return not self.is_unapplied()
 
     def _go_on(self) -> None:
-        """Apply what was typed before another shape is shown; what was refused is known to be."""
+        """Apply what was typed before another shape is shown, or put it by where it can't be."""
+        # What was refused is known to be.
         if self.typed() != self._refused:
             self.settle()
+        typed = self.typed()
+        if typed is not None:
+            shape = self.sk["entities"][self.sel or 0]
+            if self.is_unapplied() or shape is self._left[0]:
+                self._left = shape, typed
 
     def select(self, index: Optional[int]) -> None:
         self._go_on()
@@ -111,11 +119,12 @@ class TypedSizes(LastingMessages):
 
     def _list_selected(self) -> None:
         row = self.list.selection()
-        if row != (str(self.sel),) and self.is_unapplied():
+        if row != (str(self.sel),):
             self._go_on()
-            # Applying made the rows anew, with that of the shape that was typed for selected.
-            self.list.selection_set(row)
-            self.list.focus(*row)
+            if self.list.selection() != row:
+                # Applying made the rows anew, with that of the shape that was typed for selected.
+                self.list.selection_set(row)
+                self.list.focus(*row)
         super()._list_selected()
 
     def _press(self, e: Any) -> None:
@@ -128,10 +137,17 @@ class TypedSizes(LastingMessages):
     def show_props(self) -> None:
         super().show_props()
         self._shown, self._refused = self.typed(), None
-        if self._shown is not None and self._has_corners():
+        if self._shown is None:
+            return
+        if self._has_corners():
             self.points_text.configure(undo=True)
             for event, step in (("<<Undo>>", "undo"), ("<<Redo>>", "redo")):
                 self.points_text.bind(event, partial(_step_in_text, self.points_text, step))
+        # An entity that was changed since is another object.
+        shape, refused = self._left
+        if self.sk["entities"][self.sel or 0] is shape:
+            self._type(refused)
+            self._refused = refused
 
     def apply_props(self) -> None:
         typed = self.typed()
