@@ -136,6 +136,14 @@ class TestDrawings:
             pytest.approx(point, abs=1e-12) for point in sorted(part["points"])
         ]
 
+    @pytest.mark.parametrize("reader, writer", [(dxf, dxf), (svg_reading, svg)])
+    def test_many_corners_round_a_circle_are_no_circle(self, reader, writer):
+        part = {"type": "regular", "xc": 0.0, "yc": 0.0, "r": 0.01, "n": 1000, "angle": 0.0}
+        data = writer.written(document(part), "mm", no_tick)
+        (again,) = sketch_in(data, reader=reader)[0]["entities"]
+        assert (again["type"], again["n"]) == ("regular", 1000)
+        assert S.area(again) == pytest.approx(S.area(part), rel=1e-12)
+
     def test_outlines_with_few_corners_are_written_as_they_are(self):
         for entity in EVERY_KIND.values():
             if entity["type"] == "polygon" and not entity["radius"]:

@@ -46,7 +46,8 @@ def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
     """The closed line through corners, with arcs again where :func:`arcs_again` finds them.
 
     Divided with that error they give the same corners again. An arc that would give others is
-    written as one from corner to corner.
+    written as one from corner to corner. Corners round a whole circle stay: as arcs they would be
+    taken for the circle.
     """
     if len(corners) <= _FEWEST:
         return straight(corners)
@@ -66,6 +67,9 @@ def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
     if len(runs) == len(corners):
         return straight(corners)
     wholes = [Edge(row[start], row[end], bulge) for start, end, bulge in runs]
+    if all(edge.bulge for edge in wholes):
+        if all(math.dist(edge.centre, wholes[0].centre) <= error for edge in wholes):
+            return straight(corners)
     same = _SAME * float(np.abs(array).max())
 
     def divisible(error: float) -> Iterator[Edge]:
