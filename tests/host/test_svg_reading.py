@@ -8,6 +8,7 @@ from support.shapes import EVERY_KIND, PLATE, document
 from tandrel import exchange
 from tandrel import sketch as S
 from tandrel.exchange import ExchangeError, UnitsMissing, svg, svg_reading
+from tandrel.gui import i18n
 from tandrel.progress import no_tick
 
 
@@ -63,6 +64,14 @@ def test_pixels_are_asked_about(head):
     assert caught.value.choices["stated"] == "px: 25.4 mm × 25.4 mm"
     assert read(circle, head, unit="mm")[0][0]["r"] == 0.048
     assert read(circle, head, unit="stated")[0][0]["r"] == pytest.approx(0.0127)
+
+
+@pytest.mark.usefixtures("catalogues")
+def test_a_choice_has_the_colon_of_the_language():
+    i18n.set_language("fr")
+    with pytest.raises(UnitsMissing) as caught:
+        read('<circle cx="0" cy="0" r="48"/>', "")
+    assert caught.value.choices["stated"].startswith("px\u00a0: ")
 
 
 @pytest.mark.parametrize(

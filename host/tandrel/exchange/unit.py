@@ -57,7 +57,7 @@ def choices(width: float, height: float, stated: Optional[Stated]) -> Dict[str, 
         found[name] = own if name == "mm" else f"{own} = {in_mm}"
     if stated is not None and stated.metres not in [unit.metres for unit in SYSTEMS.values()]:
         shown = _shown(width, height, float(stated.metres), SYSTEMS["mm"])
-        found[AS_STATED] = f"{stated.name}: {shown}"
+        found[AS_STATED] = tr("{unit}: {size}").format(unit=stated.name, size=shown)
     size = max(width, height)
     believed = [
         name
