@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+from itertools import islice
 from typing import Any, Callable, Collection, Iterator, List, Optional, Sequence, Tuple
 
 from ezdxf.math import BSpline
@@ -43,7 +44,7 @@ _UNKNOWN = N_("parts of other kinds")
 _ASKEW = N_("parts that stand askew in space")
 
 
-class Unfit(Exception):
+class Unfit(ExchangeError):
     """A part that no sketch can hold, and why."""
 
 
@@ -52,9 +53,10 @@ def spread(
 ) -> Iterator[Tuple[Any, str]]:
     """The parts that are shown and their layers, with those of blocks in place of the blocks.
 
-    Parts on the hidden layers, which are given by their names, aren't shown.
+    Parts on the hidden layers, which are given by their names, aren't shown. In a block the layer 0
+    stands for the one that the block is placed on.
     """
-    nested, count = [iter(parts)], 0
+    nested, above, count = [iter(parts)], ["0"], 0
     while nested:
         try:
             part = next(nested[-1], None)
@@ -63,18 +65,21 @@ def spread(
             part = None
         if part is None:
             nested.pop()
+            above.pop()
             continue
         tick(min(1.0, count / len(parts)))
         count += 1
         if count > _MOST_PARTS:
             raise ExchangeError(tr("the drawing has too many parts"))
         layer, is_hidden = _standing(part)
+        layer = above[-1] if layer == "0" else layer
         if is_hidden or layer.lower() in hidden:
             notes.leave(tr("parts that are hidden or on hidden layers"), _place(part))
         elif part.dxftype() != "INSERT":
             yield part, layer
         elif len(nested) <= _DEEPEST:
             nested.append(_inside(part))
+            above.append(layer)
         else:
             notes.leave(tr("blocks too deep within each other"))
 
@@ -218,7 +223,10 @@ def _divided(spline: BSpline, knots: Sequence[float], error: float) -> Iterator[
 def _curve(divided: Callable[[float], Any], is_closed: bool) -> Line:
     def edges(error: float) -> List[Edge]:
         # The library estimates the error, which may be more.
-        points = [_point(p.x, p.y) for p in divided(error / 2)]
+        points = [_point(p.x, p.y) for p in islice(divided(error / 2), MOST_EDGES + 1)]
+        # Of a curve that runs to infinity and back there is no end.
+        if len(points) > MOST_EDGES:
+            raise _too_long()
         if math.isfinite(error):
             return as_edges(points, error)
         return [Edge(a, b) for a, b in zip(points, points[1:])]
@@ -245,8 +253,7 @@ def _heavy_polyline(part: Any) -> Line:
 
 def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrored: bool) -> Line:
     if len(vertices) > MOST_EDGES:
-        text = tr("an outline can have {most} corners at most")
-        raise Unfit(text.format(most=MOST_CORNERS))
+        raise _too_long()
     points = [_point(u, v, mirrored) for u, v, _ in vertices]
     bulges = [_number(-bulge if mirrored else bulge) for *_, bulge in vertices]
     # Of what is straight but for less than any rounding there is no centre.
@@ -255,6 +262,10 @@ def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrore
     if not part.is_closed:
         del edges[-1:]
     return Line(edges, bool(part.is_closed))
+
+
+def _too_long() -> Unfit:
+    return Unfit(tr("an outline can have {most} corners at most").format(most=MOST_CORNERS))
 
 
 def _is_mirrored(part: Any) -> bool:
