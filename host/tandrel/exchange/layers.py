@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import Dict, List, NamedTuple, Optional, Sequence
 
+import numpy as np
+
 from tandrel import sketch as S
 from tandrel._shapes import shape
 from tandrel.gui.i18n import tr
@@ -28,7 +30,10 @@ class Frame(NamedTuple):
 
 
 def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str]:
-    """The layers, but for a sheet's edge and border on the layer of others: they get their own."""
+    """The layers, but for a sheet's edge and border on the layer of others: they get their own.
+
+    A third rectangle is the part.
+    """
     names = list(layers)
     if set(names) <= {"", *OWN}:
         return names
@@ -37,7 +42,7 @@ def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str
     around: List[int] = []
     for rank, k in enumerate(order[:-1]):
         e, inner = entities[k], order[rank + 1 :]
-        if e["type"] != "rectangle" or e["radius"]:
+        if len(around) == 2 or e["type"] != "rectangle" or e["radius"]:
             break
         if around:
             larger = entities[around[-1]]
@@ -69,7 +74,10 @@ def frame(entities: Sequence[Entity], layers: Sequence[str]) -> Optional[Frame]:
     if not all(e["type"] == "rectangle" and not e["radius"] for e in of_layer):
         return None
     inner = [k for k, other in enumerate(layers) if other != layer]
-    if not all(shapes[outer].prepared.contains_properly(shapes[k].polygon) for k in inner):
+    # What touches the frame lies in it, too: it may be drawn around just so.
+    least, greatest = np.array(shapes[outer].box).reshape(2, 2) + [[-_ROUND], [_ROUND]]
+    boxes = np.array([shapes[k].box for k in inner]).reshape(-1, 2, 2)
+    if (boxes[:, 0] < least).any() or (boxes[:, 1] > greatest).any():
         return None
     depths = S.depths({"entities": [entities[k] for k in inner]})
     return Frame(layer, max(depths) > 0)
