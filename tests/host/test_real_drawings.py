@@ -13,6 +13,15 @@ REPAIRED = "The file is damaged; it was repaired as well as it can be."
 
 
 class TestCurves:
+    def test_one_without_an_end_is_told(self):
+        """It runs to infinity and back, or is so large that it would take millions of edges."""
+        drawing, space = new_drawing()
+        space.add_rational_spline([(0, 0), (50, 100), (100, 0)], [1, -1, 1], degree=2)
+        space.add_ellipse((0, 0), (1e9, 0), 0.5)
+        space.add_circle((20, 20), 5)
+        (_, notes) = read(drawing, unit="mm", outline="go on")
+        assert notes == ["Left out (2): an outline can have 10000 corners at most"]
+
     def test_a_closed_spline(self):
         """Its area is that of a fine polygon of the same curve, worked out by the library."""
         drawing, space = new_drawing()
@@ -123,6 +132,13 @@ class TestOutline:
         with pytest.raises(OutlineOpen, match="4 lines around 100 mm × 50 mm"):
             read(drawing)
 
+    def test_one_that_a_bend_line_closes_in_part(self):
+        drawing, space = new_drawing()
+        space.add_lwpolyline([(100, 29), (100, 0), (0, 0), (0, 60), (100, 60), (100, 30)])
+        space.add_line((80, 0), (80, 60))
+        with pytest.raises(OutlineOpen, match="5 lines around 100 mm × 60 mm.*1 mm near"):
+            read(drawing)
+
     def test_one_whose_side_is_missing(self):
         drawing, space = new_drawing()
         space.add_lwpolyline([(0, 50), (0, 0), (100, 0), (100, 50)])
@@ -175,6 +191,41 @@ class TestLayers:
         rectangle(space, -5, -5, 310, 220)
         assert len(read(drawing)[0]) == 5
 
+    def test_the_part_may_be_nearly_as_large_as_the_border(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 297, 210)
+        rectangle(space, 5, 5, 287, 200)
+        rectangle(space, 15, 15, 265, 180)
+        space.add_circle((70, 70), 5)
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.layers == {"0: sheet": 2, "0": 2}
+        assert asked.value.proposed == ["0"]
+
+    def test_a_part_that_touches_the_frame_is_no_notch_of_it(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 100, 60, "BOX")
+        space.add_lwpolyline([(0, 0), (100, 0), (100, 30), (60, 60), (0, 60)], close=True)
+        space.add_circle((20, 20), 5)
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.layers == {"BOX": 1, "0": 2}
+        assert [e["type"] for e in read(drawing, layers=["0"])[0]] == [
+            "polygon",
+            "circle",
+        ]
+
+    def test_the_layer_0_of_a_block_is_that_which_the_block_is_placed_on(self):
+        drawing, space = new_drawing()
+        rectangle(drawing.blocks.new("SHEET"), 0, 0, 400, 300)
+        space.add_blockref("SHEET", (0, 0), dxfattribs={"layer": "FRAME"})
+        rectangle(space, 50, 50, 100, 100)
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.layers == {"FRAME": 1, "0": 1}
+        drawing.layers.add("FRAME").off()
+        assert len(read(drawing)[0]) == 1
+
     def test_what_is_not_chosen_is_left_out_and_told(self):
         found, notes = read(self.frame(), layers=["PART", "HOLE"])
         assert [e["type"] for e in found] == ["rectangle", "circle"]
@@ -216,7 +267,7 @@ class TestContours:
         drawing, space = new_drawing()
         rectangle(space, 0, 0, 100, 60)
         rectangle(space, u, v, width, height, layer)
-        ((plate,), notes) = read(drawing)
+        ((plate,), notes) = read(drawing, layers=["0", layer])
         assert S.area(plate) == pytest.approx(6e-3)
         assert notes[0].startswith(
             "Left out (1): contours that touch another one from inside, near"

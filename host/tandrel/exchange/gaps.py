@@ -61,6 +61,14 @@ def opened(rows: Sequence[List[Edge]]) -> List[Open]:
     return found
 
 
+def nearly_closed(rows: Sequence[List[Edge]]) -> Iterator[Open]:
+    """What those rows would enclose that lack so little that each was meant to close by itself."""
+    for row in rows:
+        length = math.fsum(edge.length for edge in row)
+        if math.dist(row[0].start, row[-1].end) <= _LIKELY_OPEN * length:
+            yield from opened([row])
+
+
 def _partners(ends: Points) -> List[int]:
     """For each end another, the nearest pairs first. The ends of one row are a pair at last."""
     apart = np.hypot(*(ends[:, None] - ends[None]).transpose(2, 0, 1))

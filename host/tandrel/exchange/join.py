@@ -27,11 +27,13 @@ class Joined(NamedTuple):
     """What lines make: contours, and rows of edges that close nowhere.
 
     Of how many lines the latter are, how many lines were drawn more than once, and which ends were
-    joined although they lie apart, is for the user.
+    joined although they lie apart, is for the user. ``gaping`` are rows that were nearly closed
+    before the faces of what was left were taken.
     """
 
     contours: List[Contour]
     open: List[List[Edge]]
+    gaping: List[List[Edge]]
     left: int
     doubled: int
     bridged: List[Tuple[Point, Point]]
@@ -69,10 +71,13 @@ def joined(lines: Sequence[Line], extent: float, tick: Tick = no_tick) -> Joined
         doubled |= more
         rings, left = _rings(left)
         take(rings)
+    gaping = [[piece.edge for piece in row] for row, _ in _rows(left)]
+    gaping = [row for row in gaping if math.dist(row[0].start, row[-1].end) > loose]
     rings, left = faces(left, places, loose, lambda done: tick(0.5 + done / 2))
     take(rings)
     rows = [[piece.edge for piece in row] for row, _ in _rows(left)]
-    return Joined(contours, rows, len({piece.line for piece in left}), len(doubled), bridged)
+    left_lines = len({piece.line for piece in left})
+    return Joined(contours, rows, gaping, left_lines, len(doubled), bridged)
 
 
 def _meeting(pieces: Sequence[Piece]) -> Dict[int, List[int]]:
