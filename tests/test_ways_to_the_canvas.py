@@ -261,14 +261,17 @@ def test_a_canvas_of_a_subclass_gets_the_calls(editor):
     assert len([item for item in shown.items(canvas) if item.kind == "line"]) == expected
 
 
-def test_a_canvas_whose_attribute_hides_tkinter_gets_the_calls(editor, monkeypatch):
+@pytest.mark.parametrize("whole", [True, False], ids=["tkinter", "its Canvas"])
+def test_a_canvas_whose_attribute_hides_tkinter_gets_the_calls(editor, monkeypatch, whole):
     class Hiding(tk.Canvas):
         hides = False
 
         @property
         def _w(self):
-            if self.hides:
+            if self.hides and whole:
                 monkeypatch.delitem(sys.modules, "tkinter", raising=False)
+            elif self.hides:
+                monkeypatch.delattr(tk, "Canvas", raising=False)
             return self.path
 
         @_w.setter
@@ -283,7 +286,7 @@ def test_a_canvas_whose_attribute_hides_tkinter_gets_the_calls(editor, monkeypat
     canvas.hides = True
     editor.redraw()
     canvas.hides = False
-    assert "tkinter" not in sys.modules
+    assert "tkinter" not in sys.modules or not hasattr(tk, "Canvas")
     monkeypatch.undo()
     assert shown.items(canvas) == before
 
