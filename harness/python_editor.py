@@ -54,7 +54,7 @@ class PythonOperations:
         return CARD.get(e["type"])
 
     def key_points(self):
-        points = [np.zeros(2)]
+        points: list[Any] = [np.zeros(2)]
         for e in self.sk["entities"]:
             known = self.card(e)
             if known is None:

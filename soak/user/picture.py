@@ -80,7 +80,8 @@ class Picture(PythonOperations):
     def _flat(self, points: Any) -> list[float]:
         """All at once, for there are many."""
         pixels = self.to_screen(np.asarray(points, dtype=np.float64).T)
-        return np.column_stack(pixels).ravel().tolist()
+        flat: Any = np.column_stack(pixels).ravel()
+        return flat.tolist()
 
     def _ok(self, e: Any) -> bool:
         return shapes.outline(e) is not None

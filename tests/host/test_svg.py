@@ -34,7 +34,8 @@ def rings(root, group="*"):
     """The closed rings of the paths, their arcs divided."""
     found = []
     for path in paths(root, group):
-        for ring in svgelements.Path(path.get("d")).as_subpaths():
+        for row in svgelements.Path(path.get("d")).as_subpaths():
+            ring = svgelements.Path(row)
             assert isinstance(ring[-1], svgelements.Close)
             points = [
                 edge.npoint(ALONG if isinstance(edge, svgelements.Arc) else [1]) for edge in ring

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from typing import Dict, Iterator, List, Sequence, Set, Tuple
+from typing import Any, Dict, Iterator, List, Sequence, Set, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -91,8 +91,8 @@ def _split(pieces: Sequence[Piece], places: Places, tick: Tick) -> Iterator[Piec
         first, last = (int(bound[k]) for bound in spans[axis])
         near = orders[first:last, axis]
         near = near[_lie_on(piece.edge, points[near], reach)]
-        cuts = []
-        for place in used[near].tolist():
+        cuts: List[Tuple[float, int]] = []
+        for place in map(int, used[near]):
             if place not in (piece.start, piece.end):
                 part = _part(piece.edge, places.points[place])
                 if 0 < part < 1:
@@ -102,7 +102,7 @@ def _split(pieces: Sequence[Piece], places: Places, tick: Tick) -> Iterator[Piec
 
 def _lie_on(edge: Edge, points: Points, reach: float) -> npt.NDArray[np.bool_]:
     """Which points lie on the line or the circle that an edge is a part of."""
-    off: Points
+    off: npt.NDArray[np.floating[Any]]
     if edge.bulge:
         off = np.hypot(*(points - edge.centre).T) - edge.radius
     else:
