@@ -177,11 +177,15 @@ class TestLayers:
         assert asked.value.layers == {"FRAME": 2, "PART": 1, "HOLE": 1}
         assert asked.value.proposed == ["PART", "HOLE"]
 
-    def test_one_on_the_layer_of_the_part_is_asked_about_if_it_is_a_sheet(self):
+    @pytest.mark.parametrize(
+        "border, part",
+        [((20, 10, 267, 190), (50, 50, 100, 60)), ((5, 5, 287, 200), (15, 15, 265, 180))],
+        ids=["small part", "part nearly as large as the border"],
+    )
+    def test_one_on_the_layer_of_the_part_is_asked_about_if_it_is_a_sheet(self, border, part):
         drawing, space = new_drawing()
-        rectangle(space, 0, 0, 297, 210)
-        rectangle(space, 20, 10, 267, 190)
-        rectangle(space, 50, 50, 100, 60)
+        for sides in (0, 0, 297, 210), border, part:
+            rectangle(space, *sides)
         space.add_circle((70, 70), 5)
         with pytest.raises(LayersUnclear) as asked:
             read(drawing)
@@ -190,17 +194,6 @@ class TestLayers:
         assert len(read(drawing, layers=["0"])[0]) == 2
         rectangle(space, -5, -5, 310, 220)
         assert len(read(drawing)[0]) == 5
-
-    def test_the_part_may_be_nearly_as_large_as_the_border(self):
-        drawing, space = new_drawing()
-        rectangle(space, 0, 0, 297, 210)
-        rectangle(space, 5, 5, 287, 200)
-        rectangle(space, 15, 15, 265, 180)
-        space.add_circle((70, 70), 5)
-        with pytest.raises(LayersUnclear) as asked:
-            read(drawing)
-        assert asked.value.layers == {"0: sheet": 2, "0": 2}
-        assert asked.value.proposed == ["0"]
 
     def test_a_part_that_touches_the_frame_is_no_notch_of_it(self):
         drawing, space = new_drawing()
