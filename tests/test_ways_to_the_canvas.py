@@ -179,6 +179,13 @@ def test_a_part_of_the_methods_that_is_replaced_on_the_instance_is_called(editor
     assert len(seen) == len(before)
 
 
+def test_delete_replaced_on_the_instance_is_called(editor):
+    before, seen = picture(editor), []
+    editor.canvas.delete = lambda *args: seen.append(args)
+    assert picture(editor) == before + before
+    assert seen == [("all",)]
+
+
 def test_another_canvas_s_method_draws_there(editor):
     other = tk.Canvas(editor)
     editor.canvas.create_oval = other.create_oval
@@ -349,7 +356,7 @@ def traced(root):
 
 
 OUTLINES = [circle(0.001 * k, 0.0, 0.01) for k in range(7)]
-PROCEDURES = ["::tandrel::items", "::tandrel::polygons"]
+PROCEDURES = ["::tandrel::clear", "::tandrel::items", "::tandrel::polygons"]
 
 
 def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
@@ -359,15 +366,56 @@ def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
     counts = traced(str(editor.canvas), *PROCEDURES)
     editor.redraw()
     # The grid, two axes, a letter at each, and the dot at the pointer.
-    commands = {"::tandrel::polygons": 1, "::tandrel::items": 1 + 2 + 2 + 1}
-    assert counts == {"delete": 1, "create": count, "coords": 7, **commands}
+    commands = {"::tandrel::clear": 1, "::tandrel::polygons": 1, "::tandrel::items": 1 + 2 + 2 + 1}
+    looks = len(["grid", "first axis", "second axis", "shapes", "pointer"])
+    assert counts == {"delete": 2, "create": looks + count, "coords": 7, **commands}
+
+
+def hidden(canvas):
+    """The colours of the items that don't show."""
+    items = shown.of_kind(canvas, "rectangle", state="hidden")
+    return {item.options["fill"] for item in items}
+
+
+def test_colours_stay_with_tk_from_one_picture_to_the_next(selected, sketcher, monkeypatch):
+    """Until the shapes are there. Where the last item of a colour goes, Tk has to ask for it."""
+    before, kept, canvas = picture(selected), [], selected.canvas
+    real = sketcher.S.depths
+    monkeypatch.setattr(sketcher.S, "depths", lambda sk: kept.append(hidden(canvas)) or real(sk))
+    assert picture(selected) == before
+    assert kept == [{item.options["fill"] for item in before}]
+
+
+@pytest.mark.parametrize("name", ["to_screen", "_dimensions", "_preview"])
+def test_an_overridden_operation_sees_the_picture_only(selected, monkeypatch, name):
+    real, kept = getattr(selected, name), []
+    look = lambda *args: kept.append(hidden(selected.canvas)) or real(*args)  # noqa: E731
+    monkeypatch.setattr(selected, name, look, raising=False)
+    for selected.sel in (0, None):
+        selected.redraw()
+    assert kept and not any(kept)
+
+
+def test_a_repaint_that_ends_early_leaves_the_picture_only(selected, sketcher, monkeypatch):
+    def refuse(sk):
+        raise ZeroDivisionError
+
+    before = picture(selected)
+    with monkeypatch.context() as patch, pytest.raises(ZeroDivisionError):
+        patch.setattr(sketcher.S, "depths", refuse)
+        selected.redraw()
+    left = shown.items(selected.canvas)
+    assert left == [item for item in before if item.kind != "polygon"][: len(left)] != []
+    with monkeypatch.context() as patch:
+        patch.setattr(selected, "canvas", tk.Canvas(selected))  # not laid out
+        assert picture(selected) == []
 
 
 def test_what_it_needs_in_tcl_is_made_once(open_editor):
     editor = open_editor(None)
     editor.redraw()
     call = editor.tk.call
-    assert set(call("info", "commands", "::tandrel::*")) == set(PROCEDURES)
+    assert set(call("info", "commands", "::tandrel::*")) == {*PROCEDURES, "::tandrel::remember"}
     call("proc", "::tandrel::items", "args", "")
     editor.redraw()
     assert picture(editor) == []

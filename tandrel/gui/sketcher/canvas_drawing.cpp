@@ -40,6 +40,11 @@ struct Picture {
   Ref height;
 };
 
+/// Whether painting asks the application for nothing but outlines and colours.
+bool is_plain(const Editor& editor, Projection& projection) {
+  return projection.has_own_to_screen() && !editor.object().type().find_attr("sel"_n);
+}
+
 // -- background --------------------------------------------------------------------------------
 
 /// More grid lines than a side of the canvas has room for.
@@ -215,18 +220,11 @@ class Run {
   std::vector<Outline> outlines_;
 };
 
-/// Whether painting one shape after the other asks the application for nothing but outlines and
-/// colours, and for those once.
-bool is_plain(const Editor& editor, const Ref& entities, Projection& projection) {
-  return entities.is_exact_list() && projection.has_own_to_screen() &&
-         !editor.object().type().find_attr("sel"_n);
-}
-
 void draw_shapes(const Editor& editor, Projection& projection, Painter& painter) {
   const Ref entities = editor.entities();
   Outlines outlines(editor, entities);
   const std::vector<double> depths = nesting_depths(editor, entities, outlines);
-  const bool may_wait = is_plain(editor, entities, projection);
+  const bool may_wait = entities.is_exact_list() && is_plain(editor, projection);
   ShapeLooks looks;
   Run run(painter);
   for (const std::size_t index : painting_order(depths)) {
@@ -246,22 +244,24 @@ void draw_shapes(const Editor& editor, Projection& projection, Painter& painter)
     if (!looks.has_asked(is_hole, is_selected)) run.paint();
     run.add(*std::move(pixels), looks.of(is_hole, is_selected));
     if (is_selected || !may_wait) run.paint();
-    if (is_selected) editor.call("_dimensions"_n, entity);
+    if (!is_selected) continue;
+    painter.drop_colours();
+    editor.call("_dimensions"_n, entity);
   }
   run.paint();
 }
 
 void redraw(const Editor& editor) {
   Painter painter(editor.canvas());
-  painter.require_canvas();
-  editor.canvas().call("delete"_n, "all"_n);
+  Projection projection(editor);
+  painter.clear(is_plain(editor, projection));
   const Picture picture(editor);
   if (picture.width.number() < 2) return;  // not laid out yet
-  Projection projection(editor);
   draw_grid(picture, projection, painter);
   draw_axes(picture, projection, painter);
   draw_references(picture, projection, painter);
   draw_shapes(editor, projection, painter);
+  painter.drop_colours();
   editor.call("_preview"_n);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "python/error.hpp"
 
@@ -24,8 +25,8 @@ bool has_tkinters_methods(const Ref& canvas) {
   const Ref own_class = tkinters("Canvas"_n);
   if (!tkinter || !own_class) return false;
   const Ref own_names = tkinter.attr("__dict__"_n);
-  const std::array names{"create_line"_n, "create_polygon"_n, "create_text"_n,
-                         "create_oval"_n, "_create"_n,        "_options"_n};
+  const std::array names{"create_line"_n, "create_polygon"_n, "create_text"_n, "create_oval"_n,
+                         "_create"_n,     "_options"_n,       "delete"_n};
   return std::all_of(names.begin(), names.end(), [&](const Ref& name) {
     const Ref method = canvas.attr(name);
     const Ref function = method.attr("__func__"_n);
@@ -49,15 +50,34 @@ bool is_tkinters_interpreter(const Ref& interpreter) {
 /// alone, a polygon's not, so a polygon is made without any and `coords` completes it. Of all ways
 /// to give Tcl many numbers `binary scan` needs the fewest objects. One outline's are dropped
 /// before the next one's are made, in the same memory.
+///
+/// Tk gives a colour back to the X server with the last item that has it, and waits for the server
+/// to have it again: on an idle machine as long as it takes to make ten shapes. So hidden items of
+/// a type that no picture has keep the colours of the one that is cleared.
 constexpr const char* kProcedures = R"(
+  variable colours {}
+  proc clear {canvas} {
+    variable colours
+    foreach options [dict keys $colours] {
+      catch {$canvas create rectangle 0 0 0 0 {*}$options -state hidden -tags ::tandrel::kept}
+    }
+    set colours {}
+    $canvas delete !::tandrel::kept
+  }
+  proc remember {options} {
+    variable colours
+    dict set colours [dict filter $options key -fill -outline] {}
+  }
   proc items {canvas type options places} {
     winfo width $canvas
+    remember $options
     foreach place $places {
       $canvas create $type $place {*}$options
     }
   }
   proc polygons {canvas options outlines} {
     winfo width $canvas
+    remember $options
     foreach doubles $outlines {
       set coordinates {}
       binary scan $doubles d* coordinates
@@ -113,6 +133,25 @@ Painter::Painter(Ref canvas) : canvas_(std::move(canvas)) {
         is_direct_ = true;
       },
       py::Exception);
+}
+
+void Painter::clear(bool keeps_colours) {
+  require_canvas();
+  keeps_colours_ = keeps_colours && is_direct_;
+  if (keeps_colours_) {
+    call_tcl_("::tandrel::clear"_n, path_);
+  } else {
+    canvas_.call("delete"_n, "all"_n);
+  }
+}
+
+void Painter::drop_colours() noexcept {
+  if (!std::exchange(keeps_colours_, false)) return;
+  try {
+    require_canvas();
+    call_tcl_(path_, "delete"_n, "::tandrel::kept"_n);
+  } catch (...) {  // whoever needs the canvas is told; the next picture drops them too
+  }
 }
 
 void Painter::polyline(const Outline& points, const ItemOptions& options) const {

@@ -47,10 +47,18 @@ class ItemOptions {
 class Painter {
  public:
   explicit Painter(Ref canvas);
+  Painter(const Painter&) = delete;
+  Painter& operator=(const Painter&) = delete;
+  ~Painter() { drop_colours(); }
 
   /// Raises TclError where a canvas of Tk's is gone, closed by application code. Everything that
   /// makes items does so itself; to be called before any other command of the canvas.
   void require_canvas() const;
+
+  /// Deletes all items. Where it may keep their colours for the next picture, hidden items are
+  /// there until `drop_colours`, or until the painter goes.
+  void clear(bool keeps_colours);
+  void drop_colours() noexcept;
 
   /// The item of a type of Tk's at a place, the tuple x1, y1, x2, y2 ...; or one item at each of a
   /// list of places.
@@ -70,6 +78,7 @@ class Painter {
   Ref canvas_;
   Ref call_tcl_;  // gives the words of a command to Tcl; empty where the canvas is no real one
   Ref path_;      // of the real canvas in Tcl
+  bool keeps_colours_ = false;
   bool is_direct_ = false;  // whether items go to Tcl without the canvas's methods
 };
 
