@@ -360,15 +360,15 @@ PROCEDURES = ["::tandrel::clear", "::tandrel::items", "::tandrel::polygons"]
 
 
 def test_tcl_is_given_as_few_commands_as_can_be(open_editor, traced):
-    editor = open_editor({"entities": OUTLINES})
+    editor = open_editor({"entities": 10 * OUTLINES})
     editor.cursor = np.array([0.01, 0.01])
     count = len(picture(editor))
     counts = traced(str(editor.canvas), *PROCEDURES)
     editor.redraw()
     # The grid, two axes, a letter at each, and the dot at the pointer.
-    commands = {"::tandrel::clear": 1, "::tandrel::polygons": 1, "::tandrel::items": 1 + 2 + 2 + 1}
+    commands = {"::tandrel::clear": 1, "::tandrel::polygons": 2, "::tandrel::items": 1 + 2 + 2 + 1}
     looks = len(["grid", "first axis", "second axis", "shapes", "pointer"])
-    assert counts == {"delete": 2, "create": looks + count, "coords": 7, **commands}
+    assert counts == {"delete": 2, "create": looks + count, "coords": 70, **commands}
 
 
 def hidden(canvas):

@@ -18,6 +18,7 @@ constexpr double kLeastGridPixels = 10;
 constexpr double kLeastGridLines = 100'000;  // that can always be drawn
 constexpr double kCornerRadius = 3;          // pixels; rings on the clicked corners
 constexpr double kPointerRadius = 2;         // pixels; the dot where a click would land
+constexpr std::size_t kMostTogether = 64;    // shapes
 
 Ref first_axis_colour() {
   return "#D2504B"_n;
@@ -199,13 +200,14 @@ class ShapeLooks {
   ItemOptions looks_[2][2];
 };
 
-/// Shapes of one look, one upon the other, that wait to be painted together.
+/// Shapes of one look, one upon the other, that wait to be painted together: not so many that what
+/// was made of the first is out of the processor's caches before the last is there.
 class Run {
  public:
   explicit Run(const Painter& painter) : painter_(painter) {}
 
   void add(Outline pixels, const ItemOptions& look) {
-    if (look_ != &look) paint();
+    if (look_ != &look || outlines_.size() == kMostTogether) paint();
     look_ = &look;
     outlines_.push_back(std::move(pixels));
   }
