@@ -39,7 +39,7 @@ class Floor:
         self._arguments = (
             ctypes.c_void_p(canvas.tk.interpaddr()),
             self._array(path, "delete", "all"),
-            self._array("coords")[0],
+            ctypes.c_void_p(self._array("coords")[0]),
             (Polygon * len(made))(*made),
             len(made),
         )
