@@ -11,13 +11,13 @@ from typing import Any, Hashable
 
 from tandrel._reasons import Reason
 from tandrel.geometry.edges import Edge
-from tandrel.geometry.loops import joined
+from tandrel.geometry.loops import POINTS, joined
 from tandrel.geometry.shapes import Shape
 from tandrel.gui.i18n import N_
 from tandrel.kinds import KINDS
 from tandrel.kinds.kind import Drawing
 
-ROOM = 1 << 20  # points remembered at most; a point takes about 100 bytes with all that hangs on it
+ROOM = 1 << 21  # points remembered at most; a point takes 50 to 100 bytes with all that hangs on it
 
 
 class Memo:
@@ -94,7 +94,7 @@ def _built(key: tuple[Any, ...]) -> Shape | Reason:
 
 def _weight(key: tuple[Any, ...], found: Shape | Reason) -> int:
     if isinstance(found, Shape):
-        return len(found.outline)
+        return max(POINTS, len(found.ring))
     return 1 + sum(len(value) // 16 for value in key if isinstance(value, bytes))
 
 

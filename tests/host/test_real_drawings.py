@@ -2,12 +2,11 @@
 
 import math
 
-import ezdxf
 import pytest
 from ezdxf.math import BSpline, ConstructionArc
 from support.drawings import new_drawing, raw, read, rectangle
 from tandrel import sketch as S
-from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen, join
+from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen
 
 REPAIRED = "The file is damaged; it was repaired as well as it can be."
 
@@ -294,21 +293,3 @@ class TestContours:
         found, notes = read(drawing)
         assert len(found) == 1
         assert notes == ["Drawn more than once (2): one of each is kept"]
-
-
-def test_a_large_drawing_is_joined_without_comparing_everything(monkeypatch):
-    """Ends are compared with those near them: here with none but their own partners."""
-    compared = []
-    dist = math.dist
-    monkeypatch.setattr(join.math, "dist", lambda a, b: compared.append(1) or dist(a, b))
-    drawing = ezdxf.new("R12")
-    space = drawing.modelspace()
-    for k in range(400):
-        u, v = 10 * (k % 20), 10 * (k // 20)
-        corners = [(u, v), (u + 5, v), (u + 5, v + 4), (u, v + 4)]
-        for one, two in zip(corners, [*corners[1:], (u, v + 0.02)]):
-            space.add_line(one, two)
-    found, notes = read(drawing, unit="mm")
-    assert len(found) == 400
-    assert notes[0].startswith("Gaps closed (400)")
-    assert len(compared) < 100 * 400

@@ -180,10 +180,11 @@ def _clear(found: List[Found], notes: Notes) -> List[Found]:
 
 def _on_layers(found: List[Found], chosen: Optional[Sequence[str]], notes: Notes) -> List[Found]:
     """The shapes on the layers that the user wants, or on all but that of the sheet's frame."""
-    names = layers.without_sheet([one.entity for one in found], [one.layer for one in found])
+    entities, shapes = [one.entity for one in found], [one.shape for one in found]
+    names = layers.without_sheet(entities, shapes, [one.layer for one in found])
     found = [one._replace(layer=name) for one, name in zip(found, names)]
     if chosen is None:
-        frame = layers.frame([one.entity for one in found], names) if found else None
+        frame = layers.frame(entities, shapes, names) if found else None
         if frame is None:
             return found
         rest = [name for name in layers.by_contours(names) if name != frame.layer]

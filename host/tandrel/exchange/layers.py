@@ -6,8 +6,8 @@ from typing import Dict, List, NamedTuple, Optional, Sequence
 
 import numpy as np
 
-from tandrel import sketch as S
-from tandrel._shapes import shape
+from tandrel.geometry import nesting
+from tandrel.geometry.shapes import Shape
 from tandrel.gui.i18n import tr
 from tandrel.kinds.kind import Entity
 
@@ -29,7 +29,9 @@ class Frame(NamedTuple):
     is_sure: bool  # whether what it holds has contours within each other, as a part has
 
 
-def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str]:
+def without_sheet(
+    entities: Sequence[Entity], shapes: Sequence[Shape], layers: Sequence[str]
+) -> List[str]:
     """The layers, but for a sheet's edge and border on the layer of others: they get their own.
 
     A third rectangle is the part.
@@ -37,7 +39,6 @@ def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str
     names = list(layers)
     if set(names) <= {"", *OWN}:
         return names
-    shapes = [shape(entity) for entity in entities]
     order = sorted(range(len(shapes)), key=lambda k: -shapes[k].area)
     around: List[int] = []
     for rank, k in enumerate(order[:-1]):
@@ -63,11 +64,12 @@ def without_sheet(entities: Sequence[Entity], layers: Sequence[str]) -> List[str
     return names
 
 
-def frame(entities: Sequence[Entity], layers: Sequence[str]) -> Optional[Frame]:
+def frame(
+    entities: Sequence[Entity], shapes: Sequence[Shape], layers: Sequence[str]
+) -> Optional[Frame]:
     """The layer that may be the frame around the sheet."""
     if len(set(layers)) < 2 or set(layers) <= OWN:
         return None
-    shapes = [shape(entity) for entity in entities]
     outer = max(range(len(shapes)), key=lambda k: shapes[k].area)
     layer = layers[outer]
     of_layer = [e for e, other in zip(entities, layers) if other == layer]
@@ -79,7 +81,7 @@ def frame(entities: Sequence[Entity], layers: Sequence[str]) -> Optional[Frame]:
     boxes = np.array([shapes[k].box for k in inner]).reshape(-1, 2, 2)
     if (boxes[:, 0] < least).any() or (boxes[:, 1] > greatest).any():
         return None
-    depths = S.depths({"entities": [entities[k] for k in inner]})
+    depths = nesting.depths(tuple(shapes[k] for k in inner))
     return Frame(layer, max(depths) > 0)
 
 

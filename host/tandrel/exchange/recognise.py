@@ -63,9 +63,7 @@ def recognised(edges: Sequence[Edge]) -> Recognised:
 
 def _is_right(guess: Guess, edges: Sequence[Edge]) -> bool:
     try:
-        shape(guess.entity)
+        drawn = contour(guess.entity)
     except ValueError:
         return False
-    if guess.tolerance is None:
-        return True
-    return loops.agree(edges, loops.tidied(contour(guess.entity)), guess.tolerance)
+    return guess.tolerance is None or loops.agree(edges, loops.tidied(drawn), guess.tolerance)

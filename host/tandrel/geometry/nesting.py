@@ -16,7 +16,7 @@ from typing import Any, Iterator, NamedTuple, Sequence
 
 import numpy as np
 import numpy.typing as npt
-from shapely.geometry import JOIN_STYLE, LinearRing
+from shapely.geometry import JOIN_STYLE
 from shapely.ops import nearest_points
 from shapely.prepared import PreparedGeometry, prep
 
@@ -93,12 +93,12 @@ def touches(shapes: Sequence[Shape]) -> list[Touch]:
     found = []
     boxed = _boxed(ranked, -1.0)
     for inner, ((holders, parents), candidates) in enumerate(zip(_holders(ranked), boxed)):
-        rim = ranked[inner].polygon.exterior
-        close = (p for p in parents if _gap(ranked[p], rim) <= tolerance(ranked[p]))
+        one = ranked[inner]
+        close = (p for p in parents if _gap(ranked[p], one) <= tolerance(ranked[p]))
         doubtful = (k for k in _members(candidates & ~holders) if covers(k, inner))
         outer = next(chain(close, doubtful), None)
         if outer is not None:
-            place = nearest_points(ranked[outer].polygon.exterior, rim)[0]
+            place = nearest_points(ranked[outer].polygon.exterior, one.polygon.exterior)[0]
             found.append(Touch(order[inner], order[outer], (place.x, place.y)))
     return found
 
@@ -169,5 +169,5 @@ def _members(shapes: int) -> Iterator[int]:
         yield k
 
 
-def _gap(shape: Shape, rim: LinearRing) -> float:
-    return float(shape.polygon.exterior.distance(rim))
+def _gap(one: Shape, other: Shape) -> float:
+    return float(one.polygon.exterior.distance(other.polygon.exterior))

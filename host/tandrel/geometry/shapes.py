@@ -10,30 +10,38 @@ from shapely.geometry import Polygon
 from shapely.prepared import PreparedGeometry, prep
 
 from tandrel.geometry.edges import Point, Points
-from tandrel.geometry.loops import Box, Loop, enclosed, is_curved, sampled
+from tandrel.geometry.loops import Box, Loop, enclosed, is_curved, sampled, straight
 
 
 class Shape:
     """What is known of a shape that can be drawn.
 
     Arrays have the shape (N, 2) and can't be written to, as everybody shares them:
-    ``outline`` runs counter-clockwise, ``corners`` as drawn. ``box`` is (least u, least v,
-    greatest u, greatest v). Two shapes are equal only if they are the same object.
+    ``outline`` and ``ring`` run counter-clockwise, ``corners`` as drawn. ``box`` is (least u, least
+    v, greatest u, greatest v). Two shapes are equal only if they are the same object.
     """
 
     def __init__(self, corners: Sequence[Point], loop: Loop) -> None:
-        self.outline = _array(sampled(loop))
         self.corners = _array(corners)
         self.area = enclosed(loop)
+        self._is_curved = is_curved(loop)
         # Points along straight edges would only slow the predicates down, and blur them.
-        self._ring = self.outline if is_curved(loop) else self.corners
-        (u1, v1), (u2, v2) = self._ring.min(axis=0).tolist(), self._ring.max(axis=0).tolist()
-        self.box: Box = u1, v1, u2, v2
+        ring = sampled(loop) if self._is_curved else [edge.start for edge in loop]
+        self.ring = _array(ring)
+        us, vs = zip(*ring)
+        self.box: Box = min(us), min(vs), max(us), max(vs)
+
+    @cached_property
+    def outline(self) -> Points:
+        """The ring with points along its straight edges as well."""
+        if self._is_curved:
+            return self.ring
+        return _array(sampled(straight([(u, v) for u, v in self.ring.tolist()])))
 
     @cached_property
     def polygon(self) -> Polygon:
         """The shape to shapely, to within the sampling of its arcs."""
-        return Polygon(self._ring)
+        return Polygon(self.ring)
 
     @cached_property
     def prepared(self) -> PreparedGeometry:

@@ -6,12 +6,11 @@ import math
 import re
 from typing import Iterator, NoReturn, Sequence
 
-import numpy as np
 from shapely.geometry import Polygon
 from shapely.validation import explain_validity
 
 from tandrel._reasons import Reason
-from tandrel.geometry.edges import Point, Points, smallest_detail
+from tandrel.geometry.edges import Point, smallest_detail
 from tandrel.geometry.fillets import unrounded
 from tandrel.geometry.loops import Loop, enclosed, is_curved, sampled, straight
 from tandrel.gui.i18n import N_
@@ -29,7 +28,7 @@ def _drawing(radius: float, points: bytes) -> Drawing:
         raise ValueError(Reason(N_("an outline needs at least three corners")))
     detail = smallest_detail(*(c for corner in corners for c in corner))
     _ask_distinct(corners, detail)
-    _ask_wide(np.array(corners), detail)
+    _ask_wide(corners, detail)
     _ask_simple(
         corners,
         N_("the outline crosses itself near u = {u}, v = {v}"),
@@ -52,12 +51,13 @@ def _ask_distinct(corners: Sequence[Point], detail: float) -> None:
             raise ValueError(Reason(text, {"one": one, "two": two}, u=corner[0], v=corner[1]))
 
 
-def _ask_wide(corners: Points, detail: float) -> None:
+def _ask_wide(corners: Sequence[Point], detail: float) -> None:
     """Corners that all lie on one line are refused."""
-    off = corners - corners[0]
-    far = off[np.argmax(np.hypot(off[:, 0], off[:, 1]))]
-    across = np.abs(off[:, 0] * far[1] - off[:, 1] * far[0]) / math.hypot(*far)
-    if across.max() <= detail:
+    u0, v0 = corners[0]
+    far = max(corners, key=lambda corner: math.dist(corners[0], corner))
+    du, dv = far[0] - u0, far[1] - v0
+    across = max(abs((u - u0) * dv - (v - v0) * du) for u, v in corners)
+    if across <= detail * math.hypot(du, dv):
         text = N_("the outline encloses no area: all its corners lie on one line")
         raise ValueError(Reason(text))
 

@@ -1,0 +1,57 @@
+"""Drawings of very many contours: nothing is compared with everything, or worked out twice."""
+
+import math
+
+import ezdxf
+from support.drawings import new_drawing, read, rectangle
+from tandrel import _shapes
+from tandrel.exchange import join
+from tandrel.geometry import nesting
+
+
+def test_a_large_drawing_is_joined_without_comparing_everything(monkeypatch):
+    """Ends are compared with those near them: here with none but their own partners."""
+    compared = []
+    dist = math.dist
+    monkeypatch.setattr(join.math, "dist", lambda a, b: compared.append(1) or dist(a, b))
+    drawing = ezdxf.new("R12")
+    space = drawing.modelspace()
+    for k in range(400):
+        u, v = 10 * (k % 20), 10 * (k // 20)
+        corners = [(u, v), (u + 5, v), (u + 5, v + 4), (u, v + 4)]
+        for one, two in zip(corners, [*corners[1:], (u, v + 0.02)]):
+            space.add_line(one, two)
+    found, notes = read(drawing, unit="mm")
+    assert len(found) == 400
+    assert notes[0].startswith("Gaps closed (400)")
+    assert len(compared) < 100 * 400
+
+
+def test_only_the_shape_that_a_contour_is_is_built(monkeypatch):
+    built = []
+    build = _shapes._built
+    monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(1000))
+    monkeypatch.setattr(_shapes, "_built", lambda key: built.append(key[0]) or build(key))
+    drawing, space = new_drawing()
+    rectangle(space, 0, 0, 10, 5)
+    space.add_lwpolyline([(20, 0), (30, 0), (30, 7), (20, 5)], close=True)
+    found, _ = read(drawing)
+    assert built == [entity["type"] for entity in found] == ["rectangle", "polygon"]
+    assert "outline" not in vars(_shapes.shape(found[0]))
+
+
+def test_a_shape_on_its_own_is_compared_with_none():
+    apart = [_shapes.shape({"type": "circle", "xc": u, "yc": 0.0, "r": 0.1}) for u in (5.0, 6.0)]
+    assert nesting.touches(apart) == []
+    assert not any("polygon" in vars(shape) for shape in apart)
+
+
+def test_ten_thousand_shapes_are_all_remembered(monkeypatch):
+    built = []
+    build = _shapes._built
+    monkeypatch.setattr(_shapes, "_shapes", _shapes.Memo(_shapes.ROOM // 2))
+    monkeypatch.setattr(_shapes, "_built", lambda key: built.append(key) or build(key))
+    for _ in range(3):
+        for k in range(10_000):
+            _shapes.shape({"type": "rectangle", "x": k, "y": 0, "w": 0.5, "h": 0.5, "radius": 0})
+    assert len(built) == 10_000
