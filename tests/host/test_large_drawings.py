@@ -1,11 +1,14 @@
 """Drawings of very many contours: nothing is compared with everything, or worked out twice."""
 
 import math
+import sys
 
 import ezdxf
+import pytest
+import tandrel
 from support.drawings import new_drawing, read, rectangle
 from tandrel import _shapes
-from tandrel.exchange import join
+from tandrel.exchange import ExchangeError, faces, join
 from tandrel.geometry import nesting
 
 
@@ -25,6 +28,60 @@ def test_a_large_drawing_is_joined_without_comparing_everything(monkeypatch):
     assert len(found) == 400
     assert notes[0].startswith("Gaps closed (400)")
     assert len(compared) < 100 * 400
+
+
+def lines_run(task):
+    """How many lines of the application a task runs through, those of its loops each time."""
+    count, before = 0, sys.gettrace()
+
+    def trace(frame, event, arg):
+        nonlocal count
+        if not frame.f_code.co_filename.startswith(tandrel.__path__[0]):
+            return None
+        count += 1
+        return trace
+
+    sys.settrace(trace)
+    try:
+        task()
+    finally:
+        sys.settrace(before)
+    return count
+
+
+def sharing_a_corner(space, count):
+    for k in range(count):
+        space.add_lwpolyline([(0, 0), (50 + k / 10, 0), (0, 1000 / (10 + k / 10))], close=True)
+
+
+def notches(space, count):
+    rectangle(space, 0, 0, 2 * count, 30)
+    for k in range(count):
+        rectangle(space, 2 * k + 0.5, 0, 1, 1)
+
+
+@pytest.mark.parametrize("draw", [sharing_a_corner, notches])
+def test_twice_the_contours_are_twice_the_work(draw):
+    def work(count):
+        drawing, space = new_drawing()
+        draw(space, count)
+        return lines_run(lambda: read(drawing, unit="mm"))
+
+    work(10)  # what is read once and for all
+    assert work(800) < 2.5 * work(400)
+
+
+def test_strokes_that_lie_in_rows_are_not_looked_for_on_each_other(monkeypatch):
+    compared = []
+    monkeypatch.setattr(faces, "_part", lambda *_: compared.append(1) or 0.0)
+    drawing, space = new_drawing()
+    for k in range(100):
+        u, v = 10 * (k % 10), 10 * (k // 10)
+        space.add_line((u, v), (u + 5, v))
+        space.add_line((u, v + 1), (u, v + 6))
+    with pytest.raises(ExchangeError, match="no closed contour"):
+        read(drawing)
+    assert len(compared) <= 2 * 200  # its own ends
 
 
 def test_only_the_shape_that_a_contour_is_is_built(monkeypatch):

@@ -293,3 +293,15 @@ class TestContours:
         found, notes = read(drawing)
         assert len(found) == 1
         assert notes == ["Drawn more than once (2): one of each is kept"]
+
+    def test_only_those_with_gaps_may_be_off_by_as_much_from_their_doubles(self):
+        drawing, space = new_drawing()
+        corners = [(0, 0), (20, 0), (20, 20), (0, 20)]
+        for one, two in zip(corners, [*corners[1:], (0, 0.09)]):
+            space.add_line(one, two)
+        rectangle(space, 0.05, 0, 19.95, 20)
+        rectangle(space, 40, 0, 20, 20)
+        rectangle(space, 39.95, -0.05, 20.1, 20.1)
+        found, notes = read(drawing)
+        assert [round(S.area(e) * 1e6) for e in found] == [399, 400, 404]
+        assert notes[0] == "Drawn more than once (1): one of each is kept"

@@ -90,6 +90,9 @@ def _split(pieces: Sequence[Piece], places: Places, tick: Tick) -> Iterator[Piec
         axis = counts.index(min(counts))
         first, last = (int(bound[k]) for bound in spans[axis])
         near = orders[first:last, axis]
+        across = points[near, 1 - axis]
+        low, high = boxes[k, 1 - axis] - reach, boxes[k, 3 - axis] + reach
+        near = near[(low <= across) & (across <= high)]
         near = near[_lie_on(piece.edge, points[near], reach)]
         cuts: List[Tuple[float, int]] = []
         for place in map(int, used[near]):

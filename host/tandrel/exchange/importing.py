@@ -70,7 +70,7 @@ def sketched(
     extent = extent_of(edge for row in rows for edge in row)
     lines = join.joined(open_lines, extent, lambda done: tick(0.2 + 0.2 * done))
     found, refused = _recognised([*closed, *lines.contours], lambda done: tick(0.4 + 0.4 * done))
-    found, again = _once(found, lines)
+    found, again = _once(found)
     kept = _clear(_on_layers(found, answers.get("layers"), notes), notes)
     tick(0.9)
     _tell(notes, kept, lines, lines.doubled + again)
@@ -129,16 +129,18 @@ def _apart(contour: Contour) -> Iterator[Found]:
             continue
 
 
-def _once(found: List[Found], lines: join.Joined) -> Tuple[List[Found], int]:
-    """One of each of the shapes, and how many others there were.
-
-    Those that had gaps may be off from their doubles by as much at each end.
-    """
+def _once(found: List[Found]) -> Tuple[List[Found], int]:
+    """One of each of the shapes, and how many others there were."""
     shapes = dict(enumerate(one.shape for one in found))
-    widest = max((math.dist(*ends) for ends in lines.bridged), default=0.0)
-    doubled = doubles([one.edges for one in found], max(_ALIKE, 2 * widest))
+    doubled = doubles([one.edges for one in found], [_reach(one.edges) for one in found])
     doubled |= {k for k, _ in _checks.doubles(shapes)}
     return [one for k, one in enumerate(found) if k not in doubled], len(doubled)
+
+
+def _reach(edges: Sequence[Edge]) -> float:
+    """How far a contour may be off from its doubles: as far at each end as it has gaps."""
+    gaps = (math.dist(one.end, after.start) for one, after in zip(edges, [*edges[1:], edges[0]]))
+    return max(_ALIKE, 2 * max(gaps))
 
 
 def _clear(found: List[Found], notes: Notes) -> List[Found]:

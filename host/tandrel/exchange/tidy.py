@@ -3,17 +3,21 @@
 from __future__ import annotations
 
 import math
+import sys
+from bisect import bisect_left, insort
 from collections import defaultdict
+from itertools import product
 from typing import Dict, Iterable, Iterator, List, NamedTuple, Sequence, Set, Tuple
 
 from shapely.geometry import Polygon
 
 from tandrel.geometry.edges import Edge, Point
-from tandrel.geometry.loops import Loop, box, divided
+from tandrel.geometry.loops import Loop, box, divided, enclosed
 
 # How far apart ends may lie that meet: metres, and a part of the extent of the drawing.
 _FARTHEST, _FARTHEST_PART = 1e-6, 1e-5
 _NEAREST = 1e-12  # metres, where there is no extent
+_CELL = 8  # times as far as doubles lie apart: what may be one of a contour is in few cells
 
 
 class Piece(NamedTuple):
@@ -108,22 +112,33 @@ def bow(edge: Edge) -> float:
     return edge.bulge * edge.chord / 2 if edge.bulge else 0.0
 
 
-def doubles(contours: Sequence[Loop], reach: float) -> Set[int]:
-    """The contours that lie on one before them, everywhere within a distance."""
-    places = Places(reach)
-    boxes = [box(contour) for contour in contours]
-    alike: Dict[int, List[int]] = defaultdict(list)
-    found = set()
-    for k, (left, low, _, _) in enumerate(boxes):
-        others = alike[places.at((left, low))]
-        near = [j for j in others if max(abs(a - b) for a, b in zip(boxes[k], boxes[j])) <= reach]
-        one = Polygon(divided(contours[k], reach / 4)) if near else None
-        if one and any(_lie_on(one, contours[j], reach) for j in near):
+def doubles(contours: Sequence[Loop], reaches: Sequence[float]) -> Set[int]:
+    """The contours that lie on one before them, everywhere within the larger reach of the two."""
+    widest = max(reaches, default=0.0)
+    # By the cells in which the sides of their boxes lie, the areas and numbers of those before.
+    before: Dict[Tuple[float, ...], List[Tuple[float, int]]] = defaultdict(list)
+    cell = _CELL * widest
+    found: Set[int] = set()
+    for k, contour in enumerate(contours):
+        sides, area = box(contour), abs(enclosed(contour))
+        # What lies between doubles is no more than a strip along them, as wide as the reach.
+        strip = 2 * widest * math.fsum(edge.length for edge in contour)
+        near = [
+            other
+            for cells in product(*({(c - widest) // cell, (c + widest) // cell} for c in sides))
+            for _, other in _between(before.get(cells, []), area - strip, area + strip)
+        ]
+        if any(_alike(contour, contours[j], max(reaches[j], reaches[k])) for j in near):
             found.add(k)
         else:
-            others.append(k)
+            insort(before[tuple(c // cell for c in sides)], (area, k))
     return found
 
 
-def _lie_on(one: Polygon, contour: Loop, reach: float) -> bool:
-    return bool(one.hausdorff_distance(Polygon(divided(contour, reach / 4))) <= reach)
+def _between(rows: List[Tuple[float, int]], least: float, most: float) -> List[Tuple[float, int]]:
+    return rows[bisect_left(rows, (least, 0)) : bisect_left(rows, (most, sys.maxsize))]
+
+
+def _alike(one: Loop, other: Loop, reach: float) -> bool:
+    both = [Polygon(divided(contour, reach / 4)) for contour in (one, other)]
+    return bool(both[0].hausdorff_distance(both[1]) <= reach)

@@ -221,7 +221,7 @@ class _Stacks:
         self._depths = depths
         self._deepest_first = sorted(range(len(loops)), key=lambda k: -depths[k])
         boxes = np.array([box(loops[k]) for k in self._deepest_first]).reshape(-1, 4)
-        self._low, self._high = boxes[:, :2], boxes[:, 2:]
+        self._sides = np.ascontiguousarray(boxes.T)  # comparisons run through one after the other
         self._runs: Dict[int, List[_Run]] = {}
 
     def cuts(self, place: Point, along: List[int], against: List[int]) -> Optional[bool]:
@@ -238,7 +238,8 @@ class _Stacks:
 
     def _depth(self, place: Point, but: set[int]) -> int:
         """The depth of the deepest other shape that holds a place; -1 if there is none."""
-        held = ((self._low < place) & (place < self._high)).all(axis=1)
+        (u, v), (left, low, right, high) = place, self._sides
+        held = (left < u) & (u < right) & (low < v) & (v < high)
         for row in map(int, np.flatnonzero(held)):
             k = self._deepest_first[row]
             if k not in but and self._holds(k, place):
@@ -302,16 +303,20 @@ def _rings(parts: List[Part], plan: _Plan) -> Iterator[List[Part]]:
             continue
         leaving[first.nodes[0]].remove(first)
         ring = [first]
+        left = {first.nodes[0]: 0}  # the nodes that it left, and by which of its parts
         while ring:
             node = ring[-1].nodes[1]
-            at = next((k for k, part in enumerate(ring) if part.nodes[0] == node), None)
-            if at is not None:
-                yield ring[at:]
-                del ring[at:]
+            if node in left:
+                closed = ring[left[node] :]
+                yield closed
+                del ring[left[node] :]
+                for part in closed:
+                    del left[part.nodes[0]]
                 continue
             onward = leaving[node]
             part = onward[0] if len(onward) == 1 else _leftmost(ring[-1], onward, plan)
             onward.remove(part)
+            left[node] = len(ring)
             ring.append(part)
 
 
