@@ -7,9 +7,11 @@ import ezdxf
 import pytest
 import tandrel
 from support.drawings import new_drawing, read, rectangle
+from support.shapes import document
 from tandrel import _shapes
-from tandrel.exchange import ExchangeError, faces, join
+from tandrel.exchange import ExchangeError, curves, dxf, faces, join
 from tandrel.geometry import nesting
+from tandrel.progress import no_tick
 
 
 def test_a_large_drawing_is_joined_without_comparing_everything(monkeypatch):
@@ -112,3 +114,11 @@ def test_ten_thousand_shapes_are_all_remembered(monkeypatch):
         for k in range(10_000):
             _shapes.shape({"type": "rectangle", "x": k, "y": 0, "w": 0.5, "h": 0.5, "radius": 0})
     assert len(built) == 10_000
+
+
+def test_sharp_corners_are_not_looked_at_for_arcs(monkeypatch):
+    monkeypatch.setattr(curves, "_bulge", None)
+    zigzag = [[k * 1e-3, (k % 2) * 1e-3] for k in range(40)]
+    points = [*zigzag, [0.039, 0.02], [0.0, 0.02]]
+    outline = {"type": "polygon", "points": points, "radius": 0.0}
+    assert b"LWPOLYLINE" in dxf.written(document(outline), "mm", no_tick)

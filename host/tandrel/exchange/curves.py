@@ -30,8 +30,15 @@ def arcs_again(points: Sequence[Point], error: float) -> List[Edge]:
 def _runs(points: Sequence[Point], error: float) -> Iterator[Tuple[int, int, float]]:
     """The first and the last of the points of each edge, and its bulge."""
     array = np.asarray(points, dtype=np.float64)
+    # An arc turns little between its first three chords; elsewhere there is no need to look for it.
+    little = np.abs(_turns(np.diff(array, axis=0))) <= _STEEPEST
+    arcs_begin = {*np.flatnonzero(little[:-1] & little[1:]).tolist()}
     first = 0
     while first < len(array) - 1:
+        if first not in arcs_begin:
+            yield first, first + 1, 0.0
+            first += 1
+            continue
         last = max(_reach(array, first, min(_STRICT, error), error), first + 1)
         if last - first < _FEWEST:
             last = max(_reach(array, first, error, error), first + 1)
@@ -57,10 +64,7 @@ def contour_with_arcs(corners: Sequence[Point], error: float) -> List[Edge]:
         array - np.roll(array, 1, axis=0),
         np.roll(array, -1, axis=0) - array,
     )
-    turns = np.arctan2(
-        before[:, 0] * after[:, 1] - before[:, 1] * after[:, 0],
-        (before * after).sum(axis=1),
-    )
+    turns = _turns(np.vstack([before[:1], after]))
     first = int(np.argmax(np.abs(turns) + _UNLIKE * _unlike(before, after)))
     row = [*corners[first:], *corners[: first + 1]]
     runs = list(_runs(row, error))
@@ -104,6 +108,14 @@ def _on_arc(whole: Edge, points: Sequence[Point], error: float) -> Iterator[Edge
         yield Edge(start, end, math.copysign(bulge, whole.bulge))
 
 
+def _turns(steps: Points) -> Points:
+    """By how much each step turns from the one before it, in radians."""
+    before, after = steps[:-1], steps[1:]
+    cross = before[:, 0] * after[:, 1] - before[:, 1] * after[:, 0]
+    found: Points = np.arctan2(cross, (before * after).sum(axis=1))
+    return found
+
+
 def _unlike(before: Points, after: Points) -> Points:
     """From 0, where both sides of a corner are as long as each other, to 1."""
     one, two = np.hypot(*before.T), np.hypot(*after.T)
@@ -136,10 +148,7 @@ def _bulge(points: Points, off: float, sagitta: float) -> Optional[float]:
     lengths = np.hypot(steps[:, 0], steps[:, 1])
     if not lengths.all():
         return None
-    turns = np.arctan2(
-        steps[:-1, 0] * steps[1:, 1] - steps[:-1, 1] * steps[1:, 0],
-        (steps[:-1] * steps[1:]).sum(axis=1),
-    )
+    turns = _turns(steps)
     most = np.abs(turns).max()
     if most > _STEEPEST or not (np.all(turns > 0) or np.all(turns < 0)):
         return None
