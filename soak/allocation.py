@@ -15,7 +15,6 @@ from __future__ import annotations
 
 import argparse
 import ctypes
-import faulthandler
 import gc
 import json
 import os
@@ -31,13 +30,12 @@ from typing import Any, NamedTuple, NoReturn
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
 from harness import patience  # noqa: E402
-from harness.display import x_server  # noqa: E402
 from harness.places import ROOT  # noqa: E402
 from soak.common.suite import quietly  # noqa: E402
-from soak.common.watched import Progress, Telling, watch_all  # noqa: E402
+from soak.common.watched import Telling, watch_all  # noqa: E402
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
-COMMAND = [sys.executable, str(Path(__file__).resolve())]
+CHILD = "soak.allocation:serve"
 SECONDS = round(patience.SECONDS)  # for one point
 SILENCE = 2 * patience.SECONDS
 MODES = ("once", "lasting")
@@ -57,17 +55,22 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("--points", type=int, help="about so many, evenly chosen; else all")
     parser.add_argument("--only", metavar="STEP[:N[:MODE]]", help="one step, or one point of it")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
-    parser.add_argument("--part", type=int, help=argparse.SUPPRESS)
     options = parser.parse_args(arguments)
-    if options.part is not None:
-        serve(options)
-        return 0
     build_shim()
-    os.environ["LD_PRELOAD"] = str(SHIM)
-    try:
-        return report(sys.argv[1:] if arguments is None else arguments, options.jobs)
-    finally:
-        del os.environ["LD_PRELOAD"]
+    outcomes: Counter[str] = Counter()
+
+    def heard(kind: str, value: str) -> None:
+        if kind == "result":
+            outcomes[value] += 1
+
+    parts = [(part, options.jobs, options.only, options.points) for part in range(options.jobs)]
+    findings = watch_all(CHILD, parts, heard, SILENCE, LD_PRELOAD=str(SHIM))
+    for step, what in findings:
+        print(f"{step}: {what}\n  replay: soak/allocation.py --only {step!r}")
+    print("ended with:", ", ".join(f"{name} {n:,}" for name, n in outcomes.most_common()))
+    points = sum(outcomes.values())
+    print(f"allocation failure: {points:,} points: {len(findings)} faults")
+    return 0 if points and not findings else 1
 
 
 def build_shim() -> None:
@@ -77,59 +80,32 @@ def build_shim() -> None:
     quietly(*command, str(ROOT / "soak" / "common" / "failing_allocator.cpp"), "-o", str(SHIM))
 
 
-def report(arguments: list[str], jobs: int) -> int:
-    """Run the children, print what they found and the figure; 0 where they found nothing."""
-    outcomes: Counter[str] = Counter()
-    progress = Progress()
-
-    def heard(kind: str, value: str) -> None:
-        if kind == "result":
-            outcomes[value] += 1
-        else:
-            progress.tell(value)
-
-    with x_server(1280, 1024) as display:
-        os.environ["DISPLAY"] = display
-        commands = [[*COMMAND, *arguments, "--part", str(part)] for part in range(jobs)]
-        findings = watch_all(commands, SILENCE, heard)
-    for finding in findings:
-        replay = f"soak/allocation.py --only {str(finding.step)!r}"
-        print(f"{finding.step}: {finding.what}\n  replay: {replay}")
-    print("ended with:", ", ".join(f"{name} {n:,}" for name, n in outcomes.most_common()))
-    points = sum(outcomes.values())
-    print(f"allocation failure: {points:,} points: {len(findings)} faults")
-    return 0 if points and not findings else 1
-
-
 # -- the child ---------------------------------------------------------------------------------
 
 
-def serve(options: argparse.Namespace) -> None:
+def serve(telling: Telling, part: int, parts: int, *chosen_by: Any) -> None:
     """Try this part's points and tell how each ended."""
-    from soak.dialogs.steps import PLAIN, REAL, prepare
+    from soak.dialogs.steps import STEPS, prepare
 
-    telling = Telling()
     prepare()
-    steps = {**PLAIN, **REAL}
     shim = ctypes.PyDLL(str(SHIM))
     if not shim.install():
         raise RuntimeError("this interpreter hides where it evaluates")
     gc.collect()
     gc.freeze()
-    points = chosen(options, steps, shim, telling)
-    for point in points[options.part :: options.jobs]:
+    for point in chosen(STEPS, shim, telling, *chosen_by)[part::parts]:
         telling.begin(str(point))
-        outcome, wrong = tried(steps[point.step], point, shim)
+        outcome, wrong = tried(STEPS[point.step], point, shim)
         telling.result(outcome)
         if wrong:
             telling.found(str(point), wrong)
 
 
 def chosen(
-    options: argparse.Namespace, steps: dict[str, Any], shim: Any, telling: Telling
+    steps: dict[str, Any], shim: Any, telling: Telling, only: str | None, most: int | None
 ) -> list[Point]:
     """All points, or evenly chosen ones; the same in every part."""
-    name, _, rest = (options.only or "").partition(":")
+    name, _, rest = (only or "").partition(":")
     n, _, mode = rest.partition(":")
     if n:
         return [Point(name, int(n), each) for each in MODES if mode in ("", each)]
@@ -139,8 +115,8 @@ def chosen(
         for k in range(1, allocations(steps[step], step, shim, telling) + 1)
         for mode in MODES
     ]
-    if options.points and options.points < len(points):
-        return [points[k * len(points) // options.points] for k in range(options.points)]
+    if most and most < len(points):
+        return [points[k * len(points) // most] for k in range(most)]
     return points
 
 
@@ -182,7 +158,6 @@ def tried(step: Any, point: Point, shim: Any) -> tuple[str, str]:
 
 def in_child(step: Any, point: Point, shim: Any, writing: int) -> NoReturn:
     signal.alarm(SECONDS)
-    faulthandler.enable()
     try:
         answer = outcome_of(step, point, shim)
     except BaseException:

@@ -14,7 +14,6 @@ one by one.
 from __future__ import annotations
 
 import argparse
-import faulthandler
 import gc
 import os
 import resource
@@ -25,52 +24,43 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
-from harness import patience  # noqa: E402
-from harness.display import x_server  # noqa: E402
-from soak.common.watched import Progress, Telling, watch_all  # noqa: E402
+from soak.common.watched import Telling, watch_all  # noqa: E402
 
-BATCH = 500  # cases of one child
+BATCH = 500  # cases of one child; those after one that crashes or hangs aren't run
 WINDOWS_EVERY = 8
 MEMORY = 2 << 30  # bytes that a child may take over what it starts with
-COMMAND = [sys.executable, str(Path(__file__).resolve())]
+CHILD = "soak.hostile:serve"
+ENVIRONMENT = {
+    "PYTHONMALLOC": os.environ.get("PYTHONMALLOC", "debug"),  # shows the use of a freed object
+    "PYTHONHASHSEED": "0",  # sets have the same order in every run
+}
 
 
-def main(arguments: list[str] | None = None, command: list[str] | None = None) -> int:
+def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--cases", type=int, default=200_000)
     parser.add_argument("--seed", type=int, default=0, help="of the first case")
     parser.add_argument("--jobs", type=int, default=1, help="children at a time")
-    parser.add_argument("--child", action="store_true", help=argparse.SUPPRESS)
     chosen = parser.parse_args(arguments)
-    seeds = range(chosen.seed, chosen.seed + chosen.cases)
-    if chosen.child:
-        serve(seeds)
-        return 0
-    with x_server(1280, 1024) as display:
-        environment = {
-            "PYTHONMALLOC": "debug",  # shows the use of an object that is gone
-            **os.environ,
-            "PYTHONHASHSEED": "0",  # sets have the same order in every run
-            "DISPLAY": display,
-        }
-        return report(seeds, chosen.jobs, command or COMMAND, environment)
+    end = chosen.seed + chosen.cases
+    batches = [(seed, min(seed + BATCH, end)) for seed in range(chosen.seed, end, BATCH)]
+    seeds: list[int] = []
+    findings = watch_all(
+        CHILD, batches, lambda _, seed: seeds.append(seed), jobs=chosen.jobs, **ENVIRONMENT
+    )
+    for seed, what in findings:
+        print(f"seed {seed}: {what}\n  replay: soak/hostile.py --seed {seed} --cases 1")
+    print(f"hostile: {len(seeds):,} cases, seed {chosen.seed}: {len(findings)} faults")
+    return 1 if findings or len(seeds) < chosen.cases else 0
 
 
-# -- the child ---------------------------------------------------------------------------------
-
-
-def serve(seeds: range, strike: Callable[[int], None] | None = None) -> None:
-    """Run the cases and tell what is found; `strike` is called first with each seed."""
-    faulthandler.enable()
+def serve(telling: Telling, seed: int, end: int) -> None:
+    """Run the cases and tell what is found."""
     warnings.simplefilter("ignore")  # numpy's, about nonsense
     bound_memory()
-    telling = Telling(os.fdopen(os.dup(1), "w"))
-    sys.stdout = sys.stderr
-    run = runner(aloud=len(seeds) == 1)
-    for seed in seeds:
+    run = runner(aloud=end - seed == 1)
+    for seed in range(seed, end):
         telling.begin(seed)
-        if strike:
-            strike(seed)
         for what in run(seed):
             telling.found(seed, what)
 
@@ -78,11 +68,9 @@ def serve(seeds: range, strike: Callable[[int], None] | None = None) -> None:
 def runner(aloud: bool = False) -> Callable[[int], list[str]]:
     """A function that runs the case of a seed and gives what must not be."""
     from soak.hostility.cases import Afterwards, Case
-    from soak.hostility.windows import AfterwardsOnScreen, Screen, WindowCase
+    from soak.hostility.windows import Screen, WindowCase
 
-    screen = Screen()
-    off_screen = Afterwards()
-    on_screen = AfterwardsOnScreen(screen, off_screen)
+    screen, afterwards = Screen(), Afterwards()
     gc.collect()
     gc.freeze()  # what is there already need not be looked at after each case
 
@@ -91,7 +79,7 @@ def runner(aloud: bool = False) -> Callable[[int], list[str]]:
         case = WindowCase(seed, screen) if windows else Case(seed)
         case.attack.aloud = aloud
         case.run()
-        return on_screen.check(case) if windows else off_screen.check(case)
+        return [*afterwards.check(case), *(screen.check() if windows else ())]
 
     return run
 
@@ -103,34 +91,6 @@ def bound_memory() -> None:
     with open("/proc/self/statm", "rb") as numbers:
         now = int(numbers.read().split()[0]) * resource.getpagesize()
     resource.setrlimit(resource.RLIMIT_AS, (now + MEMORY, now + MEMORY))
-
-
-# -- the parent --------------------------------------------------------------------------------
-
-
-def report(seeds: range, jobs: int, command: list[str], environment: dict[str, str]) -> int:
-    """Run the cases in children, print the findings and the figure; 0 where there are none.
-
-    After a crash or a hang the child's other cases, a batch at most, aren't run.
-    """
-    starts = range(seeds.start, seeds.stop, BATCH)
-    batches = [range(start, min(start + BATCH, seeds.stop)) for start in starts]
-    words = [["--child", "--seed", str(b.start), "--cases", str(len(b))] for b in batches]
-    begun = 0
-    progress = Progress()
-
-    def heard(_kind: str, _seed: int) -> None:
-        nonlocal begun
-        begun += 1
-        progress.tell(f"{begun:,} cases")
-
-    commands = [command + each for each in words]
-    findings = watch_all(commands, patience.SECONDS, heard, environment, jobs)
-    for finding in findings:
-        replay = f"soak/hostile.py --seed {finding.step} --cases 1"
-        print(f"seed {finding.step}: {finding.what}\n  replay: {replay}")
-    print(f"hostile: {begun:,} cases, seed {seeds.start}: {len(findings)} faults")
-    return 1 if findings or begun < len(seeds) else 0
 
 
 if __name__ == "__main__":

@@ -27,17 +27,21 @@ VALGRIND = ["valgrind", "--tool=memcheck", "--num-callers=40", "--trace-children
 # Nor is what a skipped program starts looked at.
 VALGRIND += ["--trace-children-skip=*/Xvfb", "--error-limit=no"]
 
-# What runs, by name: programs that see the module and tests/ on their search path.
+# What runs, by name; the random user watched by nobody, for here nothing is quick enough.
 PROGRAMS = {
-    "operations": """
+    "operations": [
+        "-c",
+        """
 from support import neighbours
-sketch, units = neighbours.install_modules()
+neighbours.install_modules()
 import tandrel.gui.sketcher as sketcher
 from support.operations import run_all, sound
 assert not run_all(sound)
 print([sketcher.describe(e) for e in sound().sk["entities"]])
 """,
-    "dialog": "from support import walkthrough\nwalkthrough.main()\n",
+    ],
+    "dialog": ["-m", "support.walkthrough"],
+    "random user": ["-m", "soak.common.watched", "soak.random_user:work"],
 }
 
 
@@ -51,8 +55,27 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("--only", choices=PROGRAMS, help="only this program")
     parser.add_argument("--events", type=int, default=400, help="of the random user")
     options = parser.parse_args(arguments)
+    names = [options.only] if options.only else list(PROGRAMS)
+    ours: list[str] = []
+    others, failed = 0, 0
+    for name in names:
+        words = [f"[{options.events}]"] if name == "random user" else []
+        done, found = looked_at([*PROGRAMS[name], *words])
+        print(f"{name}: {len(found.ours)} errors, {found.others} of others", flush=True)
+        if done.returncode:
+            failed += 1
+            print(f"{name} ended with {done.returncode}\n{done.stdout}{done.stderr}")
+        ours += found.ours
+        others += found.others
+    print(*ours, sep="\n\n")
+    broken = f", {failed} programs ended with an error" if failed else ""
+    print(f"memcheck: {', '.join(names)}: {len(ours)} errors ({others} of others){broken}")
+    return 1 if ours or failed else 0
+
+
+def looked_at(words: list[str]) -> tuple[subprocess.CompletedProcess[str], Errors]:
+    """How a Python program ended, and the errors in it."""
     with tempfile.TemporaryDirectory(prefix="memcheck-") as name, x_server(1280, 1024) as display:
-        folder = Path(name)
         environment = {
             **os.environ,
             "DISPLAY": display,
@@ -61,38 +84,9 @@ def main(arguments: list[str] | None = None) -> int:
             "PYTHONMALLOC": "malloc",
             "PYTHONPATH": os.pathsep.join(map(str, (BUILD, HOST, ROOT / "tests", ROOT))),
         }
-        commands = {name: ["-c", PROGRAMS[name]] for name in PROGRAMS}
-        if options.only:
-            commands = {options.only: commands[options.only]}
-        elif options.events:
-            # In one process that nobody watches: here nothing is quick enough to be watched.
-            tool = str(ROOT / "soak" / "random_user.py")
-            words = ["--events", str(options.events), "--seed", "1", "--stride", "1"]
-            commands["random user"] = [tool, *words]
-        return report(commands, environment, folder)
-
-
-def report(commands: dict[str, list[str]], environment: dict[str, str], folder: Path) -> int:
-    ours: list[str] = []
-    others, failed = 0, 0
-    for name, command in commands.items():
-        logs = folder / name.replace(" ", "-")
-        logs.mkdir()
-        valgrind = [*VALGRIND, f"--log-file={logs}/%p.log", sys.executable]
-        done = subprocess.run(
-            [*valgrind, *command], env=environment, capture_output=True, text=True, cwd=ROOT
-        )
-        found = read(logs)
-        print(f"{name}: {len(found.ours)} errors, {found.others} of others", flush=True)
-        if done.returncode or not list(logs.iterdir()):
-            failed += 1
-            print(f"{name} ended with {done.returncode}\n{done.stdout}{done.stderr}")
-        ours += found.ours
-        others += found.others
-    print(*ours, sep="\n\n")
-    broken = f", {failed} programs ended with an error" if failed else ""
-    print(f"memcheck: {', '.join(commands)}: {len(ours)} errors ({others} of others){broken}")
-    return 1 if ours or failed else 0
+        command = [*VALGRIND, f"--log-file={name}/%p.log", sys.executable, *words]
+        done = subprocess.run(command, env=environment, capture_output=True, text=True, cwd=ROOT)
+        return done, read(Path(name))
 
 
 def read(logs: Path) -> Errors:

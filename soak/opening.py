@@ -10,8 +10,7 @@ what the application keeps, allocated blocks and file descriptors.
 from __future__ import annotations
 
 import argparse
-import faulthandler
-import os
+import json
 import sys
 from collections.abc import Callable, Iterator, Mapping
 from pathlib import Path
@@ -19,44 +18,66 @@ from typing import Any
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 
-from harness import patience  # noqa: E402
-from harness.display import x_server  # noqa: E402
 from soak.common import growth  # noqa: E402
-from soak.common.watched import Finding, Progress, Telling, watch_all  # noqa: E402
+from soak.common.watched import Finding, Telling, watch_all  # noqa: E402
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
-COMMAND = [sys.executable, str(Path(__file__).resolve())]
+CHILD = "soak.opening:serve"
 
 
-def main(arguments: list[str] | None = None, command: list[str] | None = None) -> int:
+def main(arguments: list[str] | None = None) -> int:
+    """Run the child, print a row for each way and the figure; 0 where nothing grew."""
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--cycles", type=int, default=10_000, help="of all ways together")
     parser.add_argument("--ways", nargs="+", metavar="WAY", help="only these")
-    parser.add_argument("--child", action="store_true", help=argparse.SUPPRESS)
     chosen = parser.parse_args(arguments)
-    if chosen.child:
-        serve(chosen.cycles, chosen.ways)
-        return 0
-    words = ["--child", "--cycles", str(chosen.cycles)]
-    if chosen.ways:
-        words += ["--ways", *chosen.ways]
-    with x_server(1280, 1024) as display:
-        return report((command or COMMAND) + words, {**os.environ, "DISPLAY": display})
+    print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}")
+    rows: list[dict[str, Any]] = []
+
+    def heard(kind: str, value: Any) -> None:
+        if kind == "result":
+            rows.append(value)
+            print(row_text(value), flush=True)
+
+    findings = watch_all(CHILD, [(chosen.cycles, chosen.ways)], heard)
+    for step, what in findings:
+        way, cycle = step or ("start", 0)
+        print(f"{way}, cycle {cycle}: {what}\n  replay: {replay(way, cycle)}")
+    return figure(rows, findings)
+
+
+def row_text(row: dict[str, Any]) -> str:
+    grew = row["grew"]
+    cells = "  ".join(f"{grew.get(name, 0):>+{len(name)}}" for name in growth.MEASURES)
+    more = [f"    {name} {by:+}" for name, by in grew.items() if name not in growth.MEASURES]
+    return "\n".join([f"{row['way']:<34} {row['cycles']:>7}  {cells}", *more])
+
+
+def replay(way: str, cycle: int) -> str:
+    return f"soak/opening.py --cycles {max(cycle, 0) + 1} --ways {way!r}"
+
+
+def figure(rows: list[dict[str, Any]], findings: list[Finding]) -> int:
+    """The last line: the growth of every measure over all ways."""
+    totals = {name: sum(row["grew"].get(name, 0) for row in rows) for name in growth.MEASURES}
+    cycles = sum(row["cycles"] for row in rows)
+    amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
+    broken = f"; {len(findings)} faults" if findings else ""
+    print(f"open and close: {cycles:,} cycles in {len(rows)} ways: {amounts}{broken}")
+    return 1 if any(totals.values()) or findings or not rows else 0
 
 
 # -- the child ---------------------------------------------------------------------------------
 
 
 def serve(
+    telling: Telling,
     cycles: int,
     only: list[str] | None = None,
     ways: Mapping[str, Callable[[Any], None]] | None = None,
 ) -> None:
     """Do the cycles of all ways and tell what grew."""
-    faulthandler.enable()
-    telling = Telling()
-    # Not before the child: the parent needs no Tk.
     from soak.dialogs.ways import WAYS, Stage
     from tandrel.gui.widgets import main_window
 
@@ -124,68 +145,20 @@ def grown_by(
             assert windows == [], f"left {windows}"
 
     before = growth.measured(stage.root, watched)
-    grew = growth.growth(before, before, watched)
+    grew = growth.growth(before, before)
     # One measurement and one growth are kept while the next measurement is taken, from the first.
     run(-WARM_UP, 0)
     before = growth.measured(stage.root, watched)
     for repetition in range(RUNS):
         run(repetition * count, (repetition + 1) * count)
         after = growth.measured(stage.root, watched)
-        grew_now = growth.growth(before, after, watched)
-        grew = grew_now.at_most(grew) if repetition else grew_now
+        grew_now = growth.growth(before, after)
+        grew = growth.least(grew_now, grew) if repetition else grew_now
         before = after
         del after, grew_now
-        if not any(grew.by.values()):
+        if not json.loads(grew):
             break
-    return {
-        "way": name,
-        "cycles": count,
-        "grew": grew.by,
-        "details": grew.details,
-    }
-
-
-# -- the parent --------------------------------------------------------------------------------
-
-
-def report(command: list[str], environment: Mapping[str, str]) -> int:
-    """Run the child, print a row for each way and the figure; 0 where nothing grew."""
-    print(f"{'growth over':<34} {'cycles':>7}  {'  '.join(growth.MEASURES)}")
-    progress = Progress()
-    rows: list[dict[str, Any]] = []
-
-    def heard(kind: str, value: Any) -> None:
-        if kind == "begin":
-            progress.tell(f"{value[0]}, cycle {value[1]}")
-        else:
-            rows.append(value)
-            print(row_text(value), flush=True)
-
-    findings = watch_all([command], patience.SECONDS, heard, environment)
-    for finding in findings:
-        way, cycle = finding.step or ("start", 0)
-        print(f"{way}, cycle {cycle}: {finding.what}\n  replay: {replay(way, cycle)}")
-    return figure(rows, findings)
-
-
-def row_text(row: dict[str, Any]) -> str:
-    cells = [f"{row['grew'][name]:>+{len(name)}}" for name in growth.MEASURES]
-    text = f"{row['way']:<34} {row['cycles']:>7}  {'  '.join(cells)}"
-    return f"{text}\n{row['details']}".rstrip()
-
-
-def replay(way: str, cycle: int) -> str:
-    return f"soak/opening.py --cycles {max(cycle, 0) + 1} --ways {way!r}"
-
-
-def figure(rows: list[dict[str, Any]], findings: list[Finding]) -> int:
-    """The last line: the growth of every measure over all ways."""
-    totals = {name: sum(row["grew"][name] for row in rows) for name in growth.MEASURES}
-    cycles = sum(row["cycles"] for row in rows)
-    amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
-    broken = f"; {len(findings)} faults" if findings else ""
-    print(f"open and close: {cycles:,} cycles in {len(rows)} ways: {amounts}{broken}")
-    return 1 if any(totals.values()) or findings or not rows else 0
+    return {"way": name, "cycles": count, "grew": json.loads(grew)}
 
 
 if __name__ == "__main__":

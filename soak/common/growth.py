@@ -1,7 +1,8 @@
 """What a process holds at a moment, and what grew between two moments.
 
 Everything that Tcl, Python and the operating system can count: `measured` counts, `growth` tells
-what there is more of.
+what there is more of. Numbers by their names are packed into one text, JSON: what is kept of one
+measurement must not depend on its numbers, for the next one counts it.
 """
 
 from __future__ import annotations
@@ -12,82 +13,46 @@ import os
 import sys
 import tkinter as tk
 import warnings
-from array import array
 from collections import Counter
 from collections.abc import Mapping
-from typing import NamedTuple
 
 MEASURES = ("commands", "variables", "windows", "objects", "references", "blocks", "descriptors")
 
-# Every namespace of the interpreter, each before those in it.
-_NAMESPACES = """
-apply {{} {
-    set found {}
-    set left {::}
-    while {[llength $left]} {
-        set left [lassign $left namespace]
-        lappend found $namespace
-        lappend left {*}[namespace children $namespace]
-    }
-    return $found
-}}
-"""
-_COMMANDS = "llength [info commands %s::*]"
-# A variable counts one, an array one for each element as well.
-_VARIABLES = """
-apply {{} {
-    set count 0
-    foreach name [info vars %s::*] {
-        incr count
-        if {[array exists $name]} {incr count [array size $name]}
-    }
-    return $count
-}}
-"""
-_WINDOWS = """
-apply {{} {
-    set found [list .]
-    for {set i 0} {$i < [llength $found]} {incr i} {
-        lappend found {*}[winfo children [lindex $found $i]]
-    }
-    expr {[llength $found] + [llength [after info]] + [llength [image names]]
-          + [llength [font names]]}
-}}
-"""
 
-
-class Measured(NamedTuple):
-    """How much there is of everything.
-
-    Kept packed: what is kept of one measurement must not depend on its numbers, for the next one
-    counts it.
-    """
-
-    counts: array[int]  # in the order of MEASURES
-    held: array[int]  # references to the watched objects, in their order
-    types: str  # JSON: how many objects there are of each type
-
-
-def measured(root: tk.Misc, watched: Mapping[str, object]) -> Measured:
-    """Collect the garbage and count; of the watched objects the references."""
+def measured(root: tk.Misc, watched: Mapping[str, object]) -> str:
+    """Collect the garbage and count: by measure, by "objects: type" and, of what is watched, by
+    "references: name"."""
     # The collector stops counting a tuple only once it has stopped counting what that holds.
     for _ in range(2):
         gc.collect()
     forget_names()
     blocks = sys.getallocatedblocks()
     objects = gc.get_objects()
-    types = json.dumps(Counter(type(thing).__name__ for thing in objects))
     counts = {"objects": len(objects), "blocks": blocks}
+    counts.update(Counter(f"objects: {type(thing).__name__}" for thing in objects))
     del objects
-    held = array("q", (sys.getrefcount(thing) for thing in watched.values()))
     # A debug build's total would only tell of extension modules that are compiled for it.
-    counts["references"] = sum(held)
-    namespaces = ["" if name == "::" else name for name in root.tk.eval(_NAMESPACES).split()]
-    for measure, script in ("commands", _COMMANDS), ("variables", _VARIABLES):
-        counts[measure] = sum(int(root.tk.eval(script % name)) for name in namespaces)
-    counts["windows"] = int(root.tk.eval(_WINDOWS))
+    held = {f"references: {name}": sys.getrefcount(thing) for name, thing in watched.items()}
+
+    def told(*words: str) -> tuple[str, ...]:
+        return root.tk.splitlist(root.tk.call(*words))
+
+    def below(top: str, *children: str) -> list[str]:
+        found = [top]
+        for name in found:
+            found += told(*children, name)
+        return found
+
+    patterns = [f"{name.rstrip(':')}::*" for name in below("::", "namespace", "children")]
+    counts["commands"] = sum(len(told("info", "commands", pattern)) for pattern in patterns)
+    variables = [name for pattern in patterns for name in told("info", "vars", pattern)]
+    # An array counts one for each element as well.
+    sizes = sum(int(root.tk.call("array", "size", name)) for name in variables)
+    counts["variables"] = len(variables) + sizes
+    others = (told("after", "info"), told("image", "names"), told("font", "names"))
+    counts["windows"] = len(below(".", "winfo", "children")) + sum(map(len, others))
     counts["descriptors"] = len(os.listdir("/proc/self/fd"))
-    return Measured(array("q", (counts[name] for name in MEASURES)), held, types)
+    return json.dumps({**counts, **held})
 
 
 def forget_names() -> None:
@@ -102,33 +67,14 @@ def forget_names() -> None:
         sys._clear_type_cache()
 
 
-class Growth(NamedTuple):
-    """What there is more of: of each measure, and of what in particular."""
-
-    by: dict[str, int]
-    details: str
-
-    def at_most(self, other: Growth) -> Growth:
-        """The smaller one of each measure."""
-        by = {name: min(count, other.by[name]) for name, count in self.by.items()}
-        return Growth(by, self.details)
+def growth(before: str, after: str) -> str:
+    """What there is more of; what became less is none, of any watched object."""
+    more = Counter(json.loads(after)) - Counter(json.loads(before))
+    more["references"] = sum(more[name] for name in more if name.startswith("references: "))
+    grew = {name: more[name] for name in more if more[name.partition(":")[0]]}
+    return json.dumps(grew) + "\n"  # a text of its own, too, where nothing grew
 
 
-def growth(before: Measured, after: Measured, watched: Mapping[str, object]) -> Growth:
-    """Growth from one measurement to another; what became less is none, of any watched object."""
-    held = _more(dict(zip(watched, before.held)), dict(zip(watched, after.held)))
-    types = _more(json.loads(before.types), json.loads(after.types))
-    by = {name: max(b - a, 0) for name, a, b in zip(MEASURES, before.counts, after.counts)}
-    by["references"] = sum(held.values())
-    rows = [("objects", types)] if by["objects"] else []
-    rows += [("references", held)] if held else []
-    details = [
-        f"    {what}: " + ", ".join(f"{name} +{count}" for name, count in grew.items())
-        for what, grew in rows
-    ]
-    return Growth(by, "\n".join(details))
-
-
-def _more(before: Mapping[str, int], after: Mapping[str, int]) -> dict[str, int]:
-    more = {name: count - before.get(name, 0) for name, count in after.items()}
-    return {name: by for name, by in more.items() if by > 0}
+def least(one: str, other: str) -> str:
+    """The smaller one of each number."""
+    return json.dumps(Counter(json.loads(one)) & Counter(json.loads(other))) + "\n"

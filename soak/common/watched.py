@@ -1,36 +1,40 @@
 """Work that may crash or hang, done by child processes and watched from here.
 
-A child tells on its standard output, a line each, what it begins and what it found:
+A child calls a function, such as "soak.opening:serve", on an X server of its own. It tells on its
+standard output, a line of JSON each, what it begins and what it found:
 
-    telling = Telling()
-    telling.begin(17)
-    telling.found(17, "what differed")
+    def serve(telling, first, count):
+        telling.begin(17)
+        telling.found(17, "what differed")
 
-`watch` runs such a child and yields what it found. Where the child ends by itself with 0, that is
-all; where it crashes, or is silent for too long, the step that it last began is a finding too, with
-the stack that faulthandler wrote (the child calls `faulthandler.enable()`).
+`watch_all` runs such children and gives what they found. Where a child crashes, or is silent for
+too long, the step that it last began is a finding too, with the stack that faulthandler wrote.
 """
 
 from __future__ import annotations
 
+import asyncio
+import faulthandler
+import importlib
 import json
 import os
-import select
 import signal
-import subprocess
 import sys
 import tempfile
-import threading
 import time
-from collections.abc import Callable, Iterator, Mapping, Sequence
-from concurrent.futures import ThreadPoolExecutor
+from collections.abc import AsyncIterator, Callable, Iterable
+from contextlib import suppress
 from typing import IO, Any, NamedTuple
 
 from harness import patience
+from harness.display import x_server
+from harness.places import ROOT
 
 STACK_LINES = 30
+PROGRESS = 10.0  # seconds between two lines on the standard error
+LONGEST_LINE = 1 << 30  # bytes
 # Ends the child with its parent, even when that one is killed.
-_GUARD = ["setpriv", "--pdeathsig", "KILL", "--"]
+_CHILD = ["setpriv", "--pdeathsig", "KILL", "--", sys.executable, "-m", "soak.common.watched"]
 
 
 class Finding(NamedTuple):
@@ -38,14 +42,13 @@ class Finding(NamedTuple):
 
     step: Any
     what: str
-    fatal: bool = False  # the child ended with it
 
 
 class Telling:
     """A child's side: one line of JSON for each thing that it tells."""
 
-    def __init__(self, stream: IO[str] | None = None) -> None:
-        self._stream = stream or sys.stdout
+    def __init__(self, stream: IO[str]) -> None:
+        self._stream = stream
 
     def begin(self, step: Any) -> None:
         self._say("begin", step)
@@ -61,106 +64,101 @@ class Telling:
         self._stream.flush()
 
 
-class Progress:
-    """A line on the standard error at most once every so many seconds."""
-
-    def __init__(self, seconds: float = 10.0) -> None:
-        self._seconds = seconds
-        self._next = time.monotonic() + seconds
-
-    def tell(self, text: str) -> None:
-        now = time.monotonic()
-        if now >= self._next:
-            self._next = now + self._seconds
-            print(text, file=sys.stderr, flush=True)
+def serve(work: str, arguments: str) -> None:
+    """Be the child: call the function of this name, "module:function", with a JSON list."""
+    faulthandler.enable()
+    telling = Telling(os.fdopen(os.dup(1), "w"))
+    sys.stdout = sys.stderr
+    with x_server(1024, 800) as display:
+        os.environ["DISPLAY"] = display
+        named(work)(telling, *json.loads(arguments))
 
 
-def watch(
-    command: Sequence[str], silence: float, environment: Mapping[str, str] | None = None
-) -> Iterator[tuple[str, Any]]:
-    """Run a child; yield ("begin", step), ("result", value) and ("found", Finding) as they come.
+def named(name: str) -> Any:
+    """What "module:attribute" stands for."""
+    module, _, attribute = name.partition(":")
+    return getattr(importlib.import_module(module), attribute)
 
-    A child that is silent for `silence` seconds hangs: it is made to write its stack and killed.
-    """
-    with tempfile.TemporaryFile() as errors:
-        child = subprocess.Popen(
-            _GUARD + list(command), stdout=subprocess.PIPE, stderr=errors, env=environment
-        )
-        output = child.stdout
-        assert output is not None
-        step: Any = None
-        hangs = False
-        try:
-            for line in _lines(output, silence):
-                if line is None:
-                    hangs = True
-                    break
-                kind, value = json.loads(line)
-                if kind == "begin":
-                    step = value
-                yield kind, Finding(*value) if kind == "found" else value
-            if hangs:
-                _abort(child)
-            status = child.wait()
-        finally:
-            child.kill()
-            child.wait()
-            output.close()
-        if hangs or status != 0:
-            how = f"hang: silent for {silence:g} s" if hangs else _ending(status)
-            yield "found", Finding(step, f"{how}\n{_tail(errors)}".rstrip(), fatal=True)
+
+def command(work: str, *arguments: Any) -> list[str]:
+    """What calls a function in a process of its own, from the root of the tree."""
+    return [*_CHILD, work, json.dumps(arguments)]
 
 
 def watch_all(
-    commands: Sequence[Sequence[str]],
-    silence: float,
+    work: str,
+    shares: Iterable[Iterable[Any]],
     heard: Callable[[str, Any], None],
-    environment: Mapping[str, str] | None = None,
+    silence: float = patience.SECONDS,
     jobs: int | None = None,
+    **environment: str,
 ) -> list[Finding]:
-    """Run children, all or so many side by side; what they found, in the order in which it came.
+    """Call a function in children, each with a share of the work, all or so many side by side.
 
-    Whatever else they tell is heard as it comes.
+    Gives what they found, in the order in which it came. Whatever else they tell, "begin" with a
+    step or "result" with a value, is heard as it comes. One that is silent for so many seconds
+    hangs: it is made to write its stack and killed.
     """
     findings: list[Finding] = []
-    lock = threading.Lock()
+    begun, next_sign = 0, time.monotonic() + PROGRESS
 
-    def listen(command: Sequence[str]) -> None:
-        for kind, value in watch(command, silence, environment):
-            with lock:
-                findings.append(value) if kind == "found" else heard(kind, value)
+    async def listen(share: Iterable[Any], places: asyncio.Semaphore) -> None:
+        nonlocal begun, next_sign
+        async with places:
+            async for kind, value in _told(command(work, *share), environment, silence):
+                if kind == "found":
+                    findings.append(Finding(*value))
+                    continue
+                heard(kind, value)
+                begun += kind == "begin"
+                if time.monotonic() > next_sign:
+                    next_sign = time.monotonic() + PROGRESS
+                    print(f"{begun:,} steps begun", file=sys.stderr, flush=True)
 
-    with ThreadPoolExecutor(jobs or len(commands)) as pool:
-        list(pool.map(listen, commands))
+    async def listen_to_all() -> None:
+        every = list(shares)
+        places = asyncio.Semaphore(jobs or len(every))
+        await asyncio.gather(*(listen(share, places) for share in every))
+
+    asyncio.run(listen_to_all())
     return findings
 
 
-def _lines(stream: IO[bytes], silence: float) -> Iterator[bytes | None]:
-    """The whole lines of a pipe until it is closed; None where nothing comes for so long."""
-    pending = b""
-    while True:
-        if not select.select([stream], [], [], silence)[0]:
-            yield None
-            return
-        got = os.read(stream.fileno(), 65536)
-        if not got:
-            return
-        *whole, pending = (pending + got).split(b"\n")
-        yield from whole
-
-
-def _abort(child: subprocess.Popen[bytes]) -> None:
-    child.send_signal(signal.SIGABRT)
-    try:
-        child.wait(patience.SECONDS)  # to write the stack
-    except subprocess.TimeoutExpired:
-        pass
-
-
-def _ending(status: int) -> str:
-    if status < 0:
-        return f"crash: {signal.Signals(-status).name}"
-    return f"the process ended with {status}"
+async def _told(
+    command: list[str], environment: dict[str, str], silence: float
+) -> AsyncIterator[tuple[str, Any]]:
+    """What a child tells, and how it ended if not well."""
+    with tempfile.TemporaryFile() as errors:
+        child = await asyncio.create_subprocess_exec(
+            *command,
+            stdout=asyncio.subprocess.PIPE,
+            stderr=errors,
+            env={**os.environ, **environment},
+            cwd=ROOT,
+            limit=LONGEST_LINE,
+        )
+        assert child.stdout is not None
+        step, ending = None, ""
+        try:
+            # The last line of one that crashes may be a part of one.
+            while (line := await asyncio.wait_for(child.stdout.readline(), silence))[-1:] == b"\n":
+                kind, value = json.loads(line)
+                step = value if kind == "begin" else step
+                yield kind, value
+            if status := await child.wait():
+                ending = f"the process ended with {status}"
+                if status < 0:
+                    ending = f"crash: {signal.Signals(-status).name}"
+        except asyncio.TimeoutError:
+            ending = f"hang: silent for {silence:g} s"
+            child.send_signal(signal.SIGABRT)
+            with suppress(asyncio.TimeoutError):
+                await asyncio.wait_for(child.wait(), patience.SECONDS)  # to write its stack
+        finally:
+            if child.returncode is None:
+                child.kill()
+        if ending:
+            yield "found", [step, f"{ending}\n{_tail(errors)}".rstrip()]
 
 
 def _tail(errors: IO[bytes]) -> str:
@@ -168,3 +166,7 @@ def _tail(errors: IO[bytes]) -> str:
     text = errors.read().decode(errors="replace")
     lines = [line for line in text.splitlines() if not line.startswith("Extension modules")]
     return "\n".join(lines[-STACK_LINES:])
+
+
+if __name__ == "__main__":
+    serve(*sys.argv[1:])

@@ -45,69 +45,53 @@ def pan(editor: Any) -> None:
     editor._pan_move(Event(50, 60))
 
 
-PLAIN = {
-    "import": Step(lambda: None, import_module, plain_works),
-    **{name: Step(make_plain, act, plain_works) for name, act in OPERATIONS.items()},
-    "pan": Step(make_plain, pan, plain_works),
-    "grid_step": Step(make_plain, lambda e: e.grid_step(), plain_works),
-    "describe": Step(
-        make_plain,
-        lambda e: [sys.modules[MODULE].describe(entity) for entity in e.sk["entities"]],
-        plain_works,
-    ),
-}
+def describe(editor: Any) -> None:
+    for entity in editor.sk["entities"]:
+        sys.modules[MODULE].describe(entity)
+
+
+ON_PLAIN = {**OPERATIONS, "pan": pan, "grid_step": lambda e: e.grid_step(), "describe": describe}
 
 
 # -- real windows ------------------------------------------------------------------------------
 
 
-class Window(NamedTuple):
-    """A main window and, where the step is about an open one, its dialog."""
-
-    root: Any
-    editor: Any
-
-
-def make_root() -> Window:
+def make_root() -> Any:
     from support.roots import open_root
 
     import_module(None)
-    return Window(open_root(), None)
+    return open_root()
 
 
-def open_dialog(window: Window, sketch: Any = None) -> Any:
+def open_dialog(root: Any) -> Any:
     module = importlib.import_module(MODULE)
-    return module.SketchEditor(window.root, sketch or neighbours.one_of_each(), title="Sketch")
+    return module.SketchEditor(root, neighbours.one_of_each(), title="Sketch")
 
 
-def make_dialog() -> Window:
+def make_dialog() -> Any:
     """In the middle of everything, with the size of a rectangle typed."""
-    root = make_root().root
-    editor = open_dialog(Window(root, None))
+    editor = open_dialog(make_root())
     editor.update()
     editor.select(0)
     editor.update()
     for name in "clicks", "drag", "refs":
         setattr(editor, name, getattr(sound(), name))
     editor.vars["w"].set("12")
-    return Window(root, editor)
+    return editor
 
 
-def dialog_works(window: Window) -> None:
+def dialog_works(window: Any) -> None:
     """Another dialog in the same process: opened, drawn in, sized, accepted."""
-    from support.events import Send
-
-    root = window.root
+    root = window.nametowidget(".")
     errors = [repr(error) for error in root.errors if isinstance(error, SystemError)]
     assert not errors, errors
     root.errors.clear()
     for child in root.winfo_children():
         child.destroy()
-    editor = open_dialog(window)
+    editor = open_dialog(root)
     editor.update()
     assert len(editor.list.get_children()) == 5
-    editor.tool.set("circle")
-    Send(editor).stroke((100, 100), (140, 120))
+    stroke_with("circle")(editor)
     assert len(editor.sk["entities"]) == 6 and editor.canvas.find_all()
     editor.select(0)
     editor.vars["w"].set("12")
@@ -119,71 +103,72 @@ def dialog_works(window: Window) -> None:
     root.destroy()
 
 
-def on_canvas(act: Callable[[Any], None], tool: str = "select") -> Step:
-    """The user's hand with a tool on an open dialog."""
+def hand(editor: Any, tool: str = "select") -> Any:
+    """The user's, with a tool on an open dialog."""
+    from support.events import Send
 
-    def run(window: Window) -> None:
-        from support.events import Send
-
-        window.editor.tool.set(tool)
-        act(Send(window.editor))
-
-    return Step(make_dialog, run, dialog_works)
+    editor.tool.set(tool)
+    return Send(editor)
 
 
-def keys(window: Window) -> None:
+def stroke_with(tool: str) -> Callable[[Any], None]:
+    return lambda editor: hand(editor, tool).stroke((100, 100), (140, 120))
+
+
+def keys(editor: Any) -> None:
     for key in ("Return", "Escape", "Delete"):
-        window.editor.event_generate(f"<KeyPress-{key}>")
+        editor.event_generate(f"<KeyPress-{key}>")
 
 
-def choose_row(window: Window) -> None:
-    window.editor.list.selection_set("2")
-    window.editor.update()
+def choose_row(editor: Any) -> None:
+    editor.list.selection_set("2")
+    editor.update()
 
 
-def apply_corners(window: Window) -> None:
-    window.editor.select(4)
-    window.editor.points_text.insert("end", "\n1, 2")
-    window.editor.apply_props()
+def apply_corners(editor: Any) -> None:
+    editor.select(4)
+    editor.points_text.insert("end", "\n1, 2")
+    editor.apply_props()
 
 
-def show(window: Window) -> Any:
+def show(editor: Any) -> Any:
+    root = editor.master
+
     def accept() -> None:
         try:
-            window.editor.ok()
+            editor.ok()
         except MemoryError:
-            window.editor.destroy()  # still open, for the user to try again; this one gives up
+            editor.destroy()  # still open, for the user to try again; this one gives up
             raise
 
-    end = window.root.after(20, accept)
+    end = root.after(20, accept)
     try:
-        return window.editor.run()
+        return editor.run()
     finally:
-        window.root.after_cancel(end)
+        root.after_cancel(end)
 
 
-def operation(act: Callable[[Any], Any]) -> Step:
-    """An operation of the editor, on an open dialog."""
-    return Step(make_dialog, lambda window: act(window.editor), dialog_works)
+IN_WINDOW = {
+    **{f"{name} in a window": act for name, act in OPERATIONS.items()},
+    **{f"stroke with {tool}": stroke_with(tool) for tool in TOOLS},
+    "wheel": lambda editor: hand(editor).wheel(50, 60, 120),
+    "pan by mouse": lambda editor: hand(editor).stroke((50, 60), (70, 90), button=3),
+    "keys": keys,
+    "row": choose_row,
+    "form": lambda editor: editor.show_props(),
+    "apply": lambda editor: editor.apply_props(),
+    "apply corners": apply_corners,
+    "plane": lambda editor: editor._plane_changed(),
+    "Cancel": lambda editor: editor.destroy(),
+    "run": show,
+}
 
 
-REAL = {
+STEPS = {
+    "import": Step(lambda: None, import_module, plain_works),
+    **{name: Step(make_plain, act, plain_works) for name, act in ON_PLAIN.items()},
     "construction": Step(make_root, open_dialog, dialog_works),
-    **{f"{name} in a window": operation(act) for name, act in OPERATIONS.items()},
-    **{
-        f"stroke with {tool}": on_canvas(lambda hand: hand.stroke((100, 100), (140, 120)), tool)
-        for tool in TOOLS
-    },
-    "wheel": on_canvas(lambda hand: hand.wheel(50, 60, 120)),
-    "pan by mouse": on_canvas(lambda hand: hand.stroke((50, 60), (70, 90), button=3)),
-    "keys": Step(make_dialog, keys, dialog_works),
-    "row": Step(make_dialog, choose_row, dialog_works),
-    "form": operation(lambda editor: editor.show_props()),
-    "apply": operation(lambda editor: editor.apply_props()),
-    "apply corners": Step(make_dialog, apply_corners, dialog_works),
-    "plane": operation(lambda editor: editor._plane_changed()),
-    "Cancel": operation(lambda editor: editor.destroy()),
-    "run": Step(make_dialog, show, dialog_works),
+    **{name: Step(make_dialog, act, dialog_works) for name, act in IN_WINDOW.items()},
 }
 
 

@@ -10,8 +10,7 @@ import gc
 import inspect
 import random
 import sys
-from collections.abc import Callable, Iterator
-from contextlib import contextmanager
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -27,7 +26,7 @@ from soak.hostility.neighbours import (
     StandInWidget,
     StandInWidgets,
     neighbours,
-    restored,
+    replaced,
 )
 from soak.hostility.values import NUMBERS, TEXTS, HostileList, damage, hostile
 
@@ -252,16 +251,30 @@ class Case:
 
     def run(self) -> None:
         """Prepare, attack, and let everything go."""
-        with stand_in_module(self):
-            self.editor = self.make()
-            self.attack.armed = True
-            for _ in range(self.dice.randint(1, 6)):
-                operation = self.operation()
-                self.attempt(operation)
-                del operation
+        with replaced(self.names()):
+            self.use()
             self.attack.armed = False
         self.editor = None
         self.attack.acts.clear()
+
+    def names(self) -> dict[str, Any]:
+        """What the module has instead of its neighbours: attacked ones, and no Tk."""
+        names = neighbours(self.attack, self.dice.random() < 0.5)
+        StandInWidgets.attack = self.attack
+        stand_in = StandInWidgets()
+        return {
+            **names,
+            "tk": stand_in,
+            "ttk": stand_in,
+            "Form": StandInWidget,
+            "Tooltip": StandInWidget,
+        }
+
+    def use(self) -> None:
+        self.editor = self.editor or self.make()
+        self.attack.armed = True
+        for _ in range(self.dice.randint(1, 6)):
+            self.attempt(self.operation())
 
     def make(self) -> Any:
         dice = self.dice
@@ -293,17 +306,6 @@ class Case:
             if isinstance(getattr(editor, name), (dict, list, float)):
                 setattr(editor, name, hostile(getattr(editor, name), self.attack))
         return editor
-
-
-@contextmanager
-def stand_in_module(case: Case) -> Iterator[None]:
-    """The module among attacked neighbours, and without Tk."""
-    with restored():
-        vars(sketcher).update(neighbours(case.attack, case.dice.random() < 0.5))
-        StandInWidgets.attack = case.attack
-        stand_in = StandInWidgets()
-        vars(sketcher).update(tk=stand_in, ttk=stand_in, Form=StandInWidget, Tooltip=StandInWidget)
-        yield
 
 
 # -- what must hold afterwards -----------------------------------------------------------------

@@ -6,6 +6,7 @@ import types
 from collections.abc import Callable, Iterator
 from contextlib import contextmanager
 from typing import Any
+from unittest.mock import patch
 
 from support.neighbours import FakeSketch, FakeUnits, number_text
 from support.plain import Recorder, RecordingCanvas, Var
@@ -172,18 +173,16 @@ def neighbours(attack: Attack, scripted: bool) -> dict[str, Any]:
 
 
 @contextmanager
-def restored() -> Iterator[None]:
-    """The module and the class as they were, whatever is done to their names."""
-    module, methods = dict(vars(sketcher)), dict(vars(sketcher.SketchEditor))
-    try:
-        yield
-    finally:
-        vars(sketcher).update(module)
-        for name in set(vars(sketcher)) - set(module):
-            delattr(sketcher, name)
-        cls = sketcher.SketchEditor
-        for name, method in methods.items():
-            if vars(cls).get(name) is not method:
-                setattr(cls, name, method)
-        for name in set(vars(cls)) - set(methods):
-            delattr(cls, name)
+def replaced(names: dict[str, Any]) -> Iterator[None]:
+    """These names in the module; then it and the class as they were, whatever is done to them."""
+    cls = sketcher.SketchEditor
+    methods = dict(vars(cls))
+    with patch.dict(vars(sketcher), names):
+        try:
+            yield
+        finally:
+            for name in set(vars(cls)) - set(methods):
+                delattr(cls, name)
+            for name, method in methods.items():
+                if vars(cls).get(name) is not method:
+                    setattr(cls, name, method)

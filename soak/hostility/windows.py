@@ -22,8 +22,8 @@ from support.widgets import walk
 from tandrel.gui import sketcher
 
 from soak.hostility.attack import cyclic_list
-from soak.hostility.cases import Afterwards, Case
-from soak.hostility.neighbours import asked, neighbours, restored
+from soak.hostility.cases import Case
+from soak.hostility.neighbours import asked, neighbours
 
 WIDGETS = ("canvas", "list", "props", "status", "points_text")
 MODAL_MS = 20  # that a dialog is run at most
@@ -33,8 +33,26 @@ class Screen:
     """The main window that the cases of a process share, and what its callbacks raised."""
 
     def __init__(self) -> None:
-        self.broken: list[str] = []
+        self._broken: list[str] = []
         self.open()
+        self._items = self._open_and_close()
+
+    def check(self) -> list[str]:
+        """What is wrong with the windows after a case that has ended."""
+        wrong = list(self._broken)
+        self._broken.clear()
+        items = self._open_and_close()
+        if items != self._items:
+            wrong.append(f"a fresh dialog shows {items} items, not {self._items}")
+        return wrong
+
+    def _open_and_close(self) -> int:
+        editor = sketcher.SketchEditor(self.root, one_of_each())
+        editor.update()
+        items = len(editor.canvas.find_all())
+        editor.destroy()
+        self.root.update()
+        return items
 
     def open(self) -> None:
         self.root = tk.Tk()
@@ -44,7 +62,7 @@ class Screen:
 
     def _report(self, kind: type, error: BaseException, _trace: Any) -> None:
         if isinstance(error, SystemError):
-            self.broken.append(f"in a callback: SystemError: {error}")
+            self._broken.append(f"in a callback: SystemError: {error}")
 
     def _names(self) -> set[str]:
         return set(self.root.tk.eval("info commands").split())
@@ -183,16 +201,15 @@ class WindowCase(Case):
     def operation(self) -> Callable[[], object]:
         return self.event() if self.dice.random() < 0.6 else super().operation()
 
+    def names(self) -> dict[str, Any]:
+        names = neighbours(self.attack, self.dice.random() < 0.3)
+        for name in "Form", "Tooltip":
+            names[name] = asked(name, getattr(sketcher, name), self.attack, trusted=True)
+        return names
+
     def run(self) -> None:
-        with restored():
-            vars(sketcher).update(neighbours(self.attack, self.dice.random() < 0.3))
-            for name in "Form", "Tooltip":
-                made = asked(name, getattr(sketcher, name), self.attack, trusted=True)
-                setattr(sketcher, name, made)
-            self.use()
-            self.attack.armed = False
-        self.editor = self.parent = None
-        self.attack.acts.clear()
+        super().run()
+        self.parent = None
         self.screen.clear()
 
     def use(self) -> None:
@@ -218,31 +235,4 @@ class WindowCase(Case):
                 self.found.append(f"a failed constructor left {left}")
             return
         self.attack.quietly(lambda: self.editor.update())
-        self.attack.armed = True
-        for _ in range(self.dice.randint(1, 6)):
-            self.attempt(self.operation())
-
-
-class AfterwardsOnScreen:
-    """What is compared after a case with real windows besides what is after every one."""
-
-    def __init__(self, screen: Screen, everywhere: Afterwards) -> None:
-        self._screen, self._everywhere = screen, everywhere
-        self._items = self._open_and_close()
-
-    def check(self, case: Case) -> list[str]:
-        """What is wrong after a case that has ended."""
-        wrong = [*self._screen.broken, *self._everywhere.check(case)]
-        self._screen.broken.clear()
-        items = self._open_and_close()
-        if items != self._items:
-            wrong.append(f"a fresh dialog shows {items} items, not {self._items}")
-        return wrong
-
-    def _open_and_close(self) -> int:
-        editor = sketcher.SketchEditor(self._screen.root, one_of_each())
-        editor.update()
-        items = len(editor.canvas.find_all())
-        editor.destroy()
-        self._screen.root.update()
-        return items
+        super().use()

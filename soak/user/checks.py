@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import math
 import traceback
+from itertools import zip_longest
 from typing import Any
 
 import numpy as np
@@ -22,23 +23,12 @@ def demand(holds: bool, what: str, expected: Any = None, found: Any = None) -> N
 
 
 def difference(expected: Any, found: Any) -> str:
-    """Two values in short; of two long lists the first place where they differ."""
+    """Two values in short; of two lists the first place where they differ."""
     if isinstance(expected, (list, tuple)) and isinstance(found, (list, tuple)):
-        if len(expected) != len(found):
-            lengths = f"{len(expected)} and {len(found)} entries; "
-        else:
-            lengths = ""
-        for k, (a, b) in enumerate(zip(expected, found)):
+        for k, (a, b) in enumerate(zip_longest(expected, found, fillvalue="nothing")):
             if not same(a, b):
-                return f"{lengths}entry {k}: {difference(a, b)}"
-        if lengths:
-            return lengths + short(max(expected, found, key=len)[min(len(expected), len(found))])
-    return f"expected {short(expected)}, found {short(found)}"
-
-
-def short(value: Any) -> str:
-    text = repr(value)
-    return text if len(text) <= 300 else text[:297] + "..."
+                return f"entry {k}: {difference(a, b)}"
+    return f"expected {repr(expected):.300}, found {repr(found):.300}"
 
 
 def same(a: Any, b: Any) -> bool:
@@ -58,15 +48,15 @@ def same(a: Any, b: Any) -> bool:
 
 def same_items(expected: list[Any], shown: list[Any]) -> bool:
     """Whether a canvas shows a picture; Tk has no coordinate to tell where there is no number."""
+
+    def same_item(item: Any, other: Any) -> bool:
+        (kind, at, *options), (other_kind, there, *others) = item, other
+        alike = (kind, options, len(at)) == (other_kind, others, len(there))
+        return alike and all(a == b or a != a for a, b in zip(at, there))
+
     if expected == shown:
         return True
-    return len(expected) == len(shown) and all(map(_same_item, expected, shown))
-
-
-def _same_item(expected: Any, shown: Any) -> bool:
-    if expected[:1] + expected[2:] != shown[:1] + shown[2:] or len(expected[1]) != len(shown[1]):
-        return False
-    return all(a == b or a != a for a, b in zip(expected[1], shown[1]))
+    return len(expected) == len(shown) and all(map(same_item, expected, shown))
 
 
 def check_state(editor: Any, shadow: Shadow) -> None:
@@ -91,8 +81,6 @@ def check_screen(screen: Screen, shadow: Shadow) -> None:
     typed += [var.get() for var in (shadow.grid, shadow.sides, shadow.plane, shadow.offset)]
     demand(screen.typed == typed, "typed", typed, screen.typed)
 
-
-# -- errors ------------------------------------------------------------------------------------
 
 # The operations that may let an error through, and why; all other errors are faults.
 DAMAGED = {
@@ -119,8 +107,6 @@ SOUND = {
     ("read_form", OverflowError): "an infinite number of sides is typed",
     ("read_form", KeyError): "a drag has put another kind of shape in the place of the form's",
 }
-
-
 OURS = ("soak.", "harness.")
 
 
@@ -146,20 +132,16 @@ def check_errors(expected: list[BaseException], raised: list[BaseException], sou
         raise Fault(f"errors: expected {kinds[0]}, raised {kinds[1]}\n{told}")
 
 
-class Ledger:
-    """Which shapes an event leaves alone: the very objects, in the sketch as in its shadow."""
+def shapes_of(shadow: Shadow, editor: Any) -> list[list[Any]]:
+    """The very objects, in the sketch as in its shadow, to see which of them an event leaves."""
+    sketches = shadow.sk["entities"], editor.sk["entities"]
+    return [list(some) if isinstance(some, list) else [] for some in sketches]
 
-    def __init__(self, editor: Any, shadow: Shadow) -> None:
-        self._sketches = lambda: (shadow.sk["entities"], editor.sk["entities"])
-        self.take()
 
-    def take(self) -> None:
-        """Remember the shapes before an event."""
-        self._before = [list(some) if isinstance(some, list) else [] for some in self._sketches()]
-
-    def check(self, action: tuple[Any, ...]) -> None:
-        kept = []
-        for before, after in zip(self._before, self._sketches()):
-            places = {id(shape): place for place, shape in enumerate(before)}
-            kept.append([places.get(id(shape)) for shape in after or ()])
-        demand(kept[0] == kept[1], f"shapes that {action} kept", *kept)
+def check_kept(before: list[list[Any]], after: list[list[Any]], action: tuple[Any, ...]) -> None:
+    """Which shapes an event left alone."""
+    kept = []
+    for were, are in zip(before, after):
+        places = {id(shape): place for place, shape in enumerate(were)}
+        kept.append([places.get(id(shape)) for shape in are])
+    demand(kept[0] == kept[1], f"shapes that {action} kept", *kept)

@@ -72,8 +72,7 @@ class Habits:
         if self._chance(0.5):
             x, y = self._on(self._dice.choice(self._points()))
             if -200 < x < width + 200 and -200 < y < height + 200:
-                dx, dy = self._dice.choice(NEARBY)
-                return x + dx, y + dy
+                return self._near(x, y)
         if self._chance(0.06):
             return self._dice.randint(-300, width + 300), self._dice.randint(-300, height + 300)
         return self._dice.randint(0, max(width, 1)), self._dice.randint(0, max(height, 1))
@@ -84,7 +83,9 @@ class Habits:
         drawn = [points for points in outlines if points is not None]
         if not drawn:
             return self._place()
-        x, y = self._on(self._dice.choice(self._dice.choice(drawn)))
+        return self._near(*self._on(self._dice.choice(self._dice.choice(drawn))))
+
+    def _near(self, x: int, y: int) -> tuple[int, int]:
         dx, dy = self._dice.choice(NEARBY)
         return x + dx, y + dy
 
@@ -149,8 +150,7 @@ class Habits:
             yield from self._click(*corner)
             yield from self._click(*corner, quick=True)
         elif ending == "first" and self._shadow.clicks:
-            first, off = self._on(self._shadow.clicks[0]), self._dice.choice(NEARBY)
-            yield from self._click(first[0] + off[0], first[1] + off[1])
+            yield from self._click(*self._near(*self._on(self._shadow.clicks[0])))
 
     def _draw_slot(self) -> Iterator[Action]:
         yield from self._choose_tool("slot")

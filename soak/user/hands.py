@@ -23,6 +23,7 @@ from tandrel.gui.widgets import set_units
 Action = tuple[Any, ...]
 WINDOW_EVENTS = _tkinter.WINDOW_EVENTS | _tkinter.DONT_WAIT
 BUTTON_STATE = {0: 0, 1: 0x100, 2: 0x200, 3: 0x400}
+TYPED = ("grid", "sides", "offset", "plane")
 WHEEL = {"up": 120, "down": -120, "still": 0}
 ZOOM = 1.2
 QUICK_MS, SLOW_MS = 50, 1000
@@ -43,11 +44,11 @@ class Hands:
         self.shadow = shadow
         self.errors: list[BaseException] = []
         self._fixed = {"canvas": editor.canvas, "list": editor.list, "editor": editor}
-        for widget in walk(editor):
-            if isinstance(widget, ttk.Entry):
-                for name in ("grid", "sides", "offset", "plane"):
-                    if str(widget.cget("textvariable")) == str(getattr(editor, name)):
-                        self._fixed[name] = widget
+        entries = [widget for widget in walk(editor) if isinstance(widget, ttk.Entry)]
+        by_variable = {str(entry.cget("textvariable")): entry for entry in entries}
+        for name in TYPED:
+            if str(getattr(editor, name)) in by_variable:
+                self._fixed[name] = by_variable[str(getattr(editor, name))]
         (self._snap,) = of_class(editor, ttk.Checkbutton)
         # In the order in which the window is built.
         names = "fit", "delete", "cancel", "ok"
@@ -227,11 +228,9 @@ class Hands:
 
     def _widget(self, target: str) -> Any:
         """A widget by its name; None where there is none."""
-        kind, number = in_form(target)
-        if kind is None:
-            return self._fixed.get(target)
-        found = of_class(self.editor.props, tk.Text if kind == "Text" else ttk.Entry)
-        return found[number] if number < len(found) else None
+        props = self.editor.props
+        in_form = by_name(of_class(props, ttk.Entry), of_class(props, tk.Text))
+        return {**self._fixed, **in_form}.get(target)
 
     def _focused(self, target: str) -> Any:
         """The widget once it has the keyboard, None where it can't have it."""
@@ -244,9 +243,9 @@ class Hands:
 
     def _cell(self, target: str) -> list[str] | None:
         """What the shadow knows of a widget in the form."""
-        kind, number = in_form(target)
-        cells = [cell for cell in self.shadow.form if cell[0] == kind]
-        return cells[number] if number < len(cells) else None
+        form = self.shadow.form
+        entries, texts = ([cell for cell in form if cell[0] == kind] for kind in ("TEntry", "Text"))
+        return by_name(entries, texts).get(target)
 
     def _note(self, target: str, widget: Any, cell: list[str] | None) -> None:
         """Let the shadow know what a widget that was typed in holds now."""
@@ -254,14 +253,16 @@ class Hands:
             return
         if cell is not None:
             cell[1] = widget.get("1.0", "end-1c") if target == "corners" else widget.get()
-        elif target in ("grid", "sides", "offset", "plane"):
+        elif target in TYPED:
             getattr(self.shadow, target).set(widget.get())
 
 
-def in_form(target: str) -> tuple[str | None, int]:
-    """The class of a widget in the property form and its number among those; None elsewhere."""
-    name, _, number = target.partition(" ")
-    return {"field": "TEntry", "corners": "Text"}.get(name), int(number or 0)
+def by_name(entries: list[Any], texts: list[Any]) -> dict[str, Any]:
+    """What is typed in in the property form."""
+    return {
+        **{f"field {k}": entry for k, entry in enumerate(entries)},
+        **dict(zip(["corners"], texts)),
+    }
 
 
 def of_class(widget: Any, cls: type) -> list[Any]:

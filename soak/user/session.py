@@ -12,11 +12,13 @@ from typing import Any
 import numpy as np
 
 from soak.user import random_sketches
-from soak.user.checks import Fault, Ledger, check_errors, check_screen, check_state, demand, same
+from soak.user.checks import Fault, check_errors, check_kept, check_screen, check_state, demand
+from soak.user.checks import same, shapes_of
 from soak.user.habits import Habits
 from soak.user.hands import Action, Hands
 from soak.user.screen import Eye
 from soak.user.shadow import Shadow
+from support.events import run_while
 from tandrel.gui.i18n import languages, set_language
 from tandrel.gui.widgets import SYSTEMS, main_window, set_units
 
@@ -91,40 +93,18 @@ class Session:
 
     def _open(self, root: tk.Tk, cls: Callable[..., Any]) -> Shadow | None:
         """Make the editor and its shadow; None where neither can be."""
-        expected: list[BaseException] = []
-        raised: list[BaseException] = []
-        shadow: Any = None
-        try:
-            shadow = Shadow(self._given, self.arguments["dim"], self.arguments["references"], self)
-        except Exception as error:
-            expected.append(error)
-        try:
-            self._editor = cls(root, self._given, **self.arguments)
-        except Exception as error:
-            raised.append(error)
+        dim, references = self.arguments["dim"], self.arguments["references"]
+        shadow, expected = attempted(lambda: Shadow(self._given, dim, references, self))
+        self._editor, raised = attempted(lambda: cls(root, self._given, **self.arguments))
         check_errors(expected, raised, self.sound)
         self._check_given()
         if expected:
             demand(not root.winfo_children(), "a dialog that couldn't be made is left")
-            return None
         return shadow
 
     def _run(self, shadow: Shadow, count: int) -> None:
         """Show the dialog, use it and end it."""
-        faults: list[BaseException] = []
-
-        def act() -> None:  # from within the modal loop, which can't pass errors on
-            try:
-                self._use(shadow, count)
-            except BaseException as error:
-                faults.append(error)
-                if self._editor.winfo_exists():
-                    self._editor.destroy()
-
-        self._editor.after(0, act)
-        result = self._editor.run()
-        if faults:
-            raise faults[0]
+        result = run_while(self._editor, lambda editor: self._use(editor, shadow, count), delay=0)
         demand(same(result, shadow.result), "result of run", shadow.result, result)
         demand(result is None or result is self._editor.sk, "the result is another sketch")
         demand(result is None or result is not self._given, "the result is the caller's sketch")
@@ -137,21 +117,19 @@ class Session:
             yield next(actions)
         yield ENDING
 
-    def _use(self, shadow: Shadow, count: int) -> None:
-        editor = self._editor
+    def _use(self, editor: Any, shadow: Shadow, count: int) -> None:
         editor.update()
         shadow.fit()
         hands, eye = Hands(editor, shadow), Eye(editor)
         self._check_entries(hands)
-        ledger = Ledger(editor, shadow)
         self._check(hands, eye, shadow, full=True)
         for number, action in enumerate(self._actions(shadow, count), 1):
-            ledger.take()
+            before = shapes_of(shadow, editor)
             hands.do(action)
             if shadow.closed:
                 break
             demand(bool(editor.winfo_exists()), "the dialog is gone")
-            ledger.check(action)
+            check_kept(before, shapes_of(shadow, editor), action)
             if paints := number % PAINTED_EVERY == 0:
                 editor.update()
             self._check(hands, eye, shadow, full=paints)
@@ -182,6 +160,14 @@ class Session:
     def _check_given(self) -> None:
         given, before = self._given, self.sketch
         demand(same(given, before), "the caller's sketch was changed", before, given)
+
+
+def attempted(make: Callable[[], Any]) -> tuple[Any, list[BaseException]]:
+    """What is made, or None and the error."""
+    try:
+        return make(), []
+    except Exception as error:
+        return None, [error]
 
 
 def told(error: BaseException) -> str:

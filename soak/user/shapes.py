@@ -3,8 +3,6 @@
 from __future__ import annotations
 
 import copy
-from collections.abc import Iterator
-from contextlib import suppress
 from typing import Any
 
 from support.types import CARD, CARDS
@@ -38,19 +36,6 @@ def card(e: Any) -> Card | None:
 def summary(e: Any) -> str:
     """The size of an entity in a few words."""
     return (card(e) or CARD["polygon"]).summary(e, length, tr)
-
-
-def key_points(e: Any) -> Iterator[Point]:
-    """The points of an entity that the pointer snaps to, as far as the entity can be read."""
-    known = card(e)
-    if known is None:
-        return
-    with suppress(ValueError, KeyError):
-        for u, v in known.centres:
-            yield float(e[u]), float(e[v])
-        if known.has_corners:
-            for u, v in S.corners(e):
-                yield float(u), float(v)
 
 
 def moved(e: Entity, shift: Point) -> Entity:

@@ -1,9 +1,6 @@
 """What the tests of the tools share."""
 
-import sys
-
 import pytest
-from harness.places import ROOT
 
 
 @pytest.fixture(autouse=True)
@@ -13,13 +10,14 @@ def same_display(display, monkeypatch):
 
 
 @pytest.fixture
-def told_of(tmp_path, capsys):
-    """What a tool tells of a child that is this script: its status and lines."""
+def told_of(tmp_path, monkeypatch, capsys):
+    """What a tool tells of a child that calls this script's `serve`: its status and lines."""
 
     def run(tool, script, *words):
-        file = tmp_path / "planted.py"
-        file.write_text(f"import sys\nsys.path[:0] = [{str(ROOT)!r}]\n{script}")
-        status = tool.main([*words], [sys.executable, str(file)])
+        (tmp_path / "planted.py").write_text(script)
+        monkeypatch.setenv("PYTHONPATH", str(tmp_path))
+        monkeypatch.setattr(tool, "CHILD", "planted:serve")
+        status = tool.main([*words])
         return status, capsys.readouterr().out.splitlines()
 
     return run

@@ -1,7 +1,6 @@
 """Hostile cases at a small size, and that crashes, hangs and whatever else is wrong are told."""
 
 import gc
-import sys
 
 import pytest
 from soak import hostile
@@ -24,10 +23,11 @@ from soak import hostile
 def strike(seed):
     if seed == 7:
         {what}
+    return []
 
-chosen = sys.argv[1:]
-first, count = (int(chosen[chosen.index(name) + 1]) for name in ("--seed", "--cases"))
-hostile.serve(range(first, first + count), strike)
+def serve(*share):
+    hostile.runner = lambda aloud: strike
+    hostile.serve(*share)
 """
 
 
@@ -60,10 +60,9 @@ def test_what_escapes_from_a_case_is_told_with_its_seed(planted):
     assert (status, lines[-1]) == (1, "hostile: 7 cases, seed 1: 1 faults")
 
 
-def test_a_child_that_does_not_even_start_is_told(tmp_path, capsys):
-    status = hostile.main(["--cases", "5"], [sys.executable, "-c", "raise SystemExit(9)"])
-    assert capsys.readouterr().out.splitlines()[0] == "seed None: the process ended with 9"
-    assert status == 1
+def test_a_child_that_does_not_even_start_is_told(told_of):
+    status, lines = told_of(hostile, "raise SystemExit(9)", "--cases", "5")
+    assert (status, lines[0]) == (1, "seed None: the process ended with 9")
 
 
 @pytest.mark.filterwarnings("ignore")

@@ -1,6 +1,5 @@
 """Opening and closing at a small size, and that whatever a way leaves behind is told."""
 
-
 import pytest
 from soak import opening
 from soak.common.growth import MEASURES
@@ -54,8 +53,9 @@ WAYS = {{
     "crash": crash,
     "error in a callback": lambda stage: stage.root.after(0, lambda: 1 / 0),
 }}
-name = {way!r}
-opening.serve(10, [name], {{name: WAYS[name]}})
+
+def serve(telling, *_):
+    opening.serve(telling, 10, None, {{{way!r}: WAYS[{way!r}]}})
 """
 
 

@@ -1,6 +1,8 @@
 """The random user at a small size, and that it finds what is wrong with an editor."""
 
 import copy
+import io
+import json
 import os
 import signal
 import time
@@ -9,6 +11,7 @@ from pathlib import Path
 
 import pytest
 from soak import random_user
+from soak.common.watched import Telling, named
 from soak.random_user import Plan
 
 SHORT = 3_000  # events
@@ -16,11 +19,10 @@ SHORT = 3_000  # events
 
 def found_by_a_user(cls, plan):
     """The first fault of an editor class that is found: its step and what is told."""
-    faults = []
-    random_user.use(
-        cls, plan._replace(most_faults=1), lambda step: None, lambda *f: faults.append(f)
-    )
-    return faults
+    told = io.StringIO()
+    random_user.use(cls, plan._replace(most_faults=1), Telling(told))
+    lines = map(json.loads, told.getvalue().splitlines())
+    return [value for kind, value in lines if kind == "found"]
 
 
 def test_the_editor_has_no_faults():
@@ -234,7 +236,7 @@ def test_what_is_told_of_a_fault_replays_it(sketcher):
     ((step, told),) = found_by_a_user(editor_class, Plan(SHORT))
     dialog, event = step
     assert Plan(SHORT).replay(step).endswith(f"--seed 1 --dialog {dialog} --events {event}")
-    assert found_by_a_user(editor_class, Plan(event, dialog=dialog)) == [(step, told)]
+    assert found_by_a_user(editor_class, Plan(event, dialog=dialog)) == [[step, told]]
     assert told.startswith("shapes that ")
 
 
@@ -242,7 +244,7 @@ def test_what_is_told_of_a_fault_replays_it(sketcher):
 
 
 def editor_that(meets_its_end):
-    class Editor(random_user.imported(random_user.EDITOR)):
+    class Editor(named(random_user.EDITOR)):
         def _zoom(self, f, x, y):
             meets_its_end()
 
