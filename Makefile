@@ -22,7 +22,7 @@ test: build
 ## interpreter, types, pictures, benchmarks
 verify: build
 	@scripts/ensure-packages run test wheel verify
-	$(PYTHON) soak/sanitizers.py $(sort $(wildcard tests/test_*.py))
+	$(PYTHON) -m soak sanitizers $(sort $(wildcard tests/test_*.py))
 	$(PYTHON) -m pytest tests/verify tests/soak $(PARALLEL)
 
 ## build: the module, as build/tandrel/gui/sketcher.abi3.so
@@ -51,14 +51,14 @@ soak-coverage: OPTIONS = --jobs 2
 soak-opening: OPTIONS = --cycles 10000
 soak-hostile: OPTIONS = --cases 200000 --jobs 2
 soak-random_user: OPTIONS = --events 1000000 --jobs 2
-soak-sanitizers: OPTIONS = --with 'random_user.py --events 20000'
+soak-sanitizers: OPTIONS = --with 'random_user --events 20000'
 soak-memcheck: OPTIONS = --events 2000
 soak-planted_faults: OPTIONS = --faults 300 --jobs 2
 
 # The last line is the figure; all that a tool prints lies in build/soak/.
 soak-%:
 	@mkdir -p build/soak
-	@$(PYTHON) soak/$*.py $(OPTIONS) > build/soak/$*.txt; ended=$$?; \
+	@$(PYTHON) -m soak $* $(OPTIONS) > build/soak/$*.txt; ended=$$?; \
 		tail -1 build/soak/$*.txt; exit $$ended
 
 ## wheel: the module and its types, for any interpreter from 3.9 on, in build/wheels/

@@ -8,7 +8,7 @@ interpreter or of C++ (see common/failing_allocator.cpp): not those of the Pytho
 Tk that it calls. At every point memory is tried to fail once, and to stay away until the step has
 ended.
 
-    soak/allocation.py [--points 500] [--only "repaint:17:lasting"]
+    python3 -m soak allocation [--points 500] [--only "repaint:17:lasting"]
 """
 
 from __future__ import annotations
@@ -19,20 +19,16 @@ import gc
 import json
 import os
 import signal
-import sys
 import sysconfig
 import tempfile
 import traceback
 from collections import Counter
-from pathlib import Path
 from typing import Any, NamedTuple, NoReturn
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from harness import patience  # noqa: E402
-from harness.places import ROOT  # noqa: E402
-from soak.common.suite import quietly  # noqa: E402
-from soak.common.watched import Telling, watch_all  # noqa: E402
+from harness import patience
+from harness.places import ROOT
+from soak.common.suite import quietly
+from soak.common.watched import Telling, watch_all
 
 SHIM = ROOT / "build" / "soak" / "failing_allocator.so"
 CHILD = "soak.allocation:serve"
@@ -64,9 +60,9 @@ def main(arguments: list[str] | None = None) -> int:
             outcomes[value] += 1
 
     parts = [(part, options.jobs, options.only, options.points) for part in range(options.jobs)]
-    findings = watch_all(CHILD, parts, heard, SILENCE, LD_PRELOAD=str(SHIM))
+    findings = watch_all(CHILD, parts, heard, {"LD_PRELOAD": str(SHIM)}, SILENCE)
     for step, what in findings:
-        print(f"{step}: {what}\n  replay: soak/allocation.py --only {step!r}")
+        print(f"{step}: {what}\n  replay: python3 -m soak allocation --only {step!r}")
     print("ended with:", ", ".join(f"{name} {n:,}" for name, n in outcomes.most_common()))
     points = sum(outcomes.values())
     print(f"allocation failure: {points:,} points: {len(findings)} faults")
@@ -78,9 +74,6 @@ def build_shim() -> None:
     command = ["c++", "-std=c++20", "-shared", "-fPIC", "-O2", "-g", "-Wall", "-Wextra"]
     command += ["-Wl,-z,lazy", f"-I{sysconfig.get_path('include')}"]
     quietly(*command, str(ROOT / "soak" / "common" / "failing_allocator.cpp"), "-o", str(SHIM))
-
-
-# -- the child ---------------------------------------------------------------------------------
 
 
 def serve(telling: Telling, part: int, parts: int, *chosen_by: Any) -> None:
@@ -133,16 +126,11 @@ def allocations(step: Any, name: str, shim: Any, telling: Telling) -> int:
 
 def tried(step: Any, point: Point, shim: Any) -> tuple[str, str]:
     """How a step ended in a process of its own, and what was wrong, if anything."""
-    reading, writing = os.pipe()
     with tempfile.TemporaryFile() as errors:
         child = os.fork()
         if child == 0:
-            os.close(reading)
             os.dup2(errors.fileno(), 2)
-            in_child(step, point, shim, writing)
-        os.close(writing)
-        with os.fdopen(reading) as answers:
-            answer = answers.read()
+            in_child(step, point, shim)
         _, status = os.waitpid(child, 0)
         errors.seek(0)
         said = errors.read().decode(errors="replace").strip()
@@ -150,20 +138,20 @@ def tried(step: Any, point: Point, shim: Any) -> tuple[str, str]:
         number = signal.Signals(os.WTERMSIG(status))
         how = f"hang: {SECONDS} s" if number == signal.SIGALRM else f"crash: {number.name}"
         return how, f"{how}\n{said}"
-    if not answer:
+    if status:
         return "lost", f"the process ended with {os.WEXITSTATUS(status)}\n{said}"
-    outcome, wrong = json.loads(answer)
+    outcome, wrong = json.loads(said.splitlines()[-1])
     return outcome, wrong
 
 
-def in_child(step: Any, point: Point, shim: Any, writing: int) -> NoReturn:
+def in_child(step: Any, point: Point, shim: Any) -> NoReturn:
+    """Try a point and write down how it ended, as the last line of what is said."""
     signal.alarm(SECONDS)
     try:
         answer = outcome_of(step, point, shim)
     except BaseException:
         answer = "the next", traceback.format_exc()
-    with os.fdopen(writing, "w") as answers:
-        json.dump(answer, answers)
+    os.write(2, f"\n{json.dumps(answer)}".encode())
     os._exit(0)
 
 
@@ -184,7 +172,3 @@ def outcome_of(step: Any, point: Point, shim: Any) -> tuple[str, str]:
     del raised
     step.next_works(subject)
     return outcome if point.n else f"{outcome} {count}", ""
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -15,7 +15,8 @@ import sys
 import zipfile
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+from harness.places import ROOT
+
 DEBIAN = ROOT / "build" / "arm64"
 TREE = DEBIAN / "tree"
 NEEDED = "python3-tk python3-numpy python3-shapely python3-pil python3-ezdxf python3-pytest"
@@ -60,7 +61,9 @@ def lay_tree(wheel: Path) -> None:
         archive.extractall(TREE / "build")
 
 
-def main() -> int:
+def main(tests: list[str]) -> int:
+    if os.geteuid() != 0:
+        sys.exit("arm64: laying a Debian takes root")
     run("make", "build")
     run("scripts/ensure-packages", "arm64", "emulation")
     first = made_wheel().read_bytes()
@@ -72,15 +75,9 @@ def main() -> int:
     if not (DEBIAN / "usr" / "bin" / "xdotool").exists():
         lay_debian()
     lay_tree(wheel)
-    tests = sys.argv[1:] or [str(file.relative_to(ROOT)) for file in ROOT.glob("tests/test_*.py")]
+    tests = tests or [str(file.relative_to(ROOT)) for file in ROOT.glob("tests/test_*.py")]
     pytest = f'cd /{TREE.name} && exec python3 -m pytest -q -p no:cacheprovider "$@"'
     inside = [str(DEBIAN), "/usr/bin/env", "-i", "PATH=/usr/bin:/bin", "HOME=/root", "LANG=C.UTF-8"]
     command = ["sh", "-c", INSIDE, "sh", *inside, "sh", "-c", pytest, "sh", *sorted(tests)]
     namespaces = ["unshare", "--mount", "--pid", "--fork", "--kill-child"]
     return subprocess.run([*namespaces, *command]).returncode
-
-
-if __name__ == "__main__":
-    if os.geteuid() != 0:
-        sys.exit("arm64: laying a Debian takes root")
-    sys.exit(main())

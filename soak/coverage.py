@@ -18,10 +18,8 @@ from collections.abc import Iterable, Iterator
 from pathlib import Path
 from typing import Any
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from harness.places import ROOT  # noqa: E402
-from soak.common.suite import quietly, run_tests  # noqa: E402
+from harness.places import ROOT
+from soak.common.suite import built, quietly, run_tests
 
 FOLDER = ROOT / "build" / "coverage"
 COUNTS = FOLDER / "counts"
@@ -47,11 +45,10 @@ def main(arguments: list[str] | None = None) -> int:
 
 def count(tests: list[str], jobs: int) -> int:
     """Run tests on a build that counts; how pytest ended."""
-    quietly("cmake", "--preset", "coverage", f"-DPython3_EXECUTABLE={sys.executable}")
-    quietly("cmake", "--build", "--preset", "coverage")
+    build = built("coverage")
     shutil.rmtree(COUNTS, ignore_errors=True)
     os.environ["LLVM_PROFILE_FILE"] = f"{COUNTS}/%2m.profraw"
-    return run_tests(ROOT, str(FOLDER.relative_to(ROOT)), tests, sys.stderr, jobs=jobs)
+    return run_tests(ROOT, str(build), tests, sys.stderr, jobs=jobs)
 
 
 def exported(program: Path, counts: Path, *options: str) -> str:
@@ -77,7 +74,3 @@ def missed_branches(files: Iterable[Any]) -> Iterator[str]:
         for (line, column, way), times in taken.items():
             if not times and taken[line, column, not way]:
                 yield f"{file['filename']}:{line}:{column}: never {str(way).lower()}"
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -5,7 +5,7 @@ and neighbours raise, lie, answer nonsense, enter the editor again, replace what
 close it. Most cases have a stand-in for the window; every eighth has a real one. After each of
 them a fresh editor must work, and nothing of the case may be held any more.
 
-    soak/hostile.py --cases 200000 [--seed 0] [--jobs 2]
+    python3 -m soak hostile --cases 200000 [--seed 0] [--jobs 2]
 
 A finding names the seed of its case, which `--seed N --cases 1` replays; what strikes is then told
 one by one.
@@ -17,14 +17,10 @@ import argparse
 import gc
 import os
 import resource
-import sys
 import warnings
 from collections.abc import Callable
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from soak.common.watched import Telling, watch_all  # noqa: E402
+from soak.common.watched import Telling, watch_all
 
 BATCH = 500  # cases of one child; those after one that crashes or hangs aren't run
 WINDOWS_EVERY = 8
@@ -46,10 +42,10 @@ def main(arguments: list[str] | None = None) -> int:
     batches = [(seed, min(seed + BATCH, end)) for seed in range(chosen.seed, end, BATCH)]
     seeds: list[int] = []
     findings = watch_all(
-        CHILD, batches, lambda _, seed: seeds.append(seed), jobs=chosen.jobs, **ENVIRONMENT
+        CHILD, batches, lambda _, seed: seeds.append(seed), ENVIRONMENT, jobs=chosen.jobs
     )
     for seed, what in findings:
-        print(f"seed {seed}: {what}\n  replay: soak/hostile.py --seed {seed} --cases 1")
+        print(f"seed {seed}: {what}\n  replay: python3 -m soak hostile --seed {seed} --cases 1")
     print(f"hostile: {len(seeds):,} cases, seed {chosen.seed}: {len(findings)} faults")
     return 1 if findings or len(seeds) < chosen.cases else 0
 
@@ -91,7 +87,3 @@ def bound_memory() -> None:
     with open("/proc/self/statm", "rb") as numbers:
         now = int(numbers.read().split()[0]) * resource.getpagesize()
     resource.setrlimit(resource.RLIMIT_AS, (now + MEMORY, now + MEMORY))
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -15,12 +15,9 @@ import subprocess
 import sys
 import tempfile
 from pathlib import Path
-from typing import NamedTuple
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from harness.display import x_server  # noqa: E402
-from harness.places import BUILD, HOST, ROOT  # noqa: E402
+from harness.display import x_server
+from harness.places import BUILD, HOST, ROOT
 
 OURS = re.compile(r"sketcher\.abi3\.so|\btandrel::")  # in a frame
 VALGRIND = ["valgrind", "--tool=memcheck", "--num-callers=40", "--trace-children=yes"]
@@ -31,23 +28,12 @@ VALGRIND += ["--trace-children-skip=*/Xvfb", "--error-limit=no"]
 PROGRAMS = {
     "operations": [
         "-c",
-        """
-from support import neighbours
-neighbours.install_modules()
-import tandrel.gui.sketcher as sketcher
-from support.operations import run_all, sound
-assert not run_all(sound)
-print([sketcher.describe(e) for e in sound().sk["entities"]])
-""",
+        "from soak.dialogs import steps; steps.prepare(); steps.plain_works(None);"
+        "steps.describe(steps.make_plain())",
     ],
     "dialog": ["-m", "support.walkthrough"],
     "random user": ["-m", "soak.common.watched", "soak.random_user:work"],
 }
-
-
-class Errors(NamedTuple):
-    ours: list[str]
-    others: int
 
 
 def main(arguments: list[str] | None = None) -> int:
@@ -56,25 +42,25 @@ def main(arguments: list[str] | None = None) -> int:
     parser.add_argument("--events", type=int, default=400, help="of the random user")
     options = parser.parse_args(arguments)
     names = [options.only] if options.only else list(PROGRAMS)
-    ours: list[str] = []
-    others, failed = 0, 0
+    errors: list[str] = []
+    of_others, failed = 0, 0
     for name in names:
         words = [f"[{options.events}]"] if name == "random user" else []
-        done, found = looked_at([*PROGRAMS[name], *words])
-        print(f"{name}: {len(found.ours)} errors, {found.others} of others", flush=True)
+        done, ours, others = looked_at([*PROGRAMS[name], *words])
+        print(f"{name}: {len(ours)} errors, {others} of others", flush=True)
         if done.returncode:
             failed += 1
             print(f"{name} ended with {done.returncode}\n{done.stdout}{done.stderr}")
-        ours += found.ours
-        others += found.others
-    print(*ours, sep="\n\n")
+        errors += ours
+        of_others += others
+    print(*errors, sep="\n\n")
     broken = f", {failed} programs ended with an error" if failed else ""
-    print(f"memcheck: {', '.join(names)}: {len(ours)} errors ({others} of others){broken}")
-    return 1 if ours or failed else 0
+    print(f"memcheck: {', '.join(names)}: {len(errors)} errors ({of_others} of others){broken}")
+    return 1 if errors or failed else 0
 
 
-def looked_at(words: list[str]) -> tuple[subprocess.CompletedProcess[str], Errors]:
-    """How a Python program ended, and the errors in it."""
+def looked_at(words: list[str]) -> tuple[subprocess.CompletedProcess[str], list[str], int]:
+    """How a Python program ended, and the errors in it as `read` gives them."""
     with tempfile.TemporaryDirectory(prefix="memcheck-") as name, x_server(1280, 1024) as display:
         environment = {
             **os.environ,
@@ -86,10 +72,10 @@ def looked_at(words: list[str]) -> tuple[subprocess.CompletedProcess[str], Error
         }
         command = [*VALGRIND, f"--log-file={name}/%p.log", sys.executable, *words]
         done = subprocess.run(command, env=environment, capture_output=True, text=True, cwd=ROOT)
-        return done, read(Path(name))
+        return done, *read(Path(name))
 
 
-def read(logs: Path) -> Errors:
+def read(logs: Path) -> tuple[list[str], int]:
     """The errors that valgrind wrote down, and how many there are without a frame of the module."""
     errors = [
         re.sub(r"^==\d+== ?", "", block, flags=re.M)
@@ -98,8 +84,4 @@ def read(logs: Path) -> Errors:
         if re.search(r"^==\d+==    at 0x", block, re.M)
     ]
     ours = [error for error in errors if OURS.search(error)]
-    return Errors(ours, len(errors) - len(ours))
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+    return ours, len(errors) - len(ours)

@@ -4,22 +4,19 @@ For each way a few cycles warm up; then, over the way's share of the cycles, the
 Tcl commands, Tcl variables, windows (with timers, images and fonts), Python objects, references to
 what the application keeps, allocated blocks and file descriptors.
 
-    soak/opening.py --cycles 10000 [--ways "every tip" "parent destroyed"]
+    python3 -m soak opening --cycles 10000 [--ways "every tip" "parent destroyed"]
 """
 
 from __future__ import annotations
 
 import argparse
 import json
-import sys
-from collections.abc import Callable, Iterator, Mapping
-from pathlib import Path
+from collections.abc import Callable, Mapping
+from functools import partial
 from typing import Any
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from soak.common import growth  # noqa: E402
-from soak.common.watched import Finding, Telling, watch_all  # noqa: E402
+from soak.common import growth
+from soak.common.watched import Telling, watch_all
 
 WARM_UP = 4
 RUNS = 3  # of a way's cycles, for as long as something grows
@@ -43,8 +40,14 @@ def main(arguments: list[str] | None = None) -> int:
     findings = watch_all(CHILD, [(chosen.cycles, chosen.ways)], heard)
     for step, what in findings:
         way, cycle = step or ("start", 0)
-        print(f"{way}, cycle {cycle}: {what}\n  replay: {replay(way, cycle)}")
-    return figure(rows, findings)
+        replay = f"python3 -m soak opening --cycles {max(cycle, 0) + 1} --ways {way!r}"
+        print(f"{way}, cycle {cycle}: {what}\n  replay: {replay}")
+    totals = {name: sum(row["grew"].get(name, 0) for row in rows) for name in growth.MEASURES}
+    cycles = sum(row["cycles"] for row in rows)
+    amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
+    broken = f"; {len(findings)} faults" if findings else ""
+    print(f"open and close: {cycles:,} cycles in {len(rows)} ways: {amounts}{broken}")
+    return 1 if any(totals.values()) or findings or not rows else 0
 
 
 def row_text(row: dict[str, Any]) -> str:
@@ -54,49 +57,37 @@ def row_text(row: dict[str, Any]) -> str:
     return "\n".join([f"{row['way']:<34} {row['cycles']:>7}  {cells}", *more])
 
 
-def replay(way: str, cycle: int) -> str:
-    return f"soak/opening.py --cycles {max(cycle, 0) + 1} --ways {way!r}"
-
-
-def figure(rows: list[dict[str, Any]], findings: list[Finding]) -> int:
-    """The last line: the growth of every measure over all ways."""
-    totals = {name: sum(row["grew"].get(name, 0) for row in rows) for name in growth.MEASURES}
-    cycles = sum(row["cycles"] for row in rows)
-    amounts = ", ".join(f"{name} {by:+}" for name, by in totals.items())
-    broken = f"; {len(findings)} faults" if findings else ""
-    print(f"open and close: {cycles:,} cycles in {len(rows)} ways: {amounts}{broken}")
-    return 1 if any(totals.values()) or findings or not rows else 0
-
-
-# -- the child ---------------------------------------------------------------------------------
-
-
 def serve(
     telling: Telling,
     cycles: int,
     only: list[str] | None = None,
     ways: Mapping[str, Callable[[Any], None]] | None = None,
 ) -> None:
-    """Do the cycles of all ways and tell what grew."""
+    """Do the cycles of all ways, evenly and each way at least once, and tell what grew."""
     from soak.dialogs.ways import WAYS, Stage
-    from tandrel.gui.widgets import main_window
+    from soak.user.session import open_root
 
-    root = main_window("Opening and closing")
+    root = open_root()
     stage = Stage(root)
     root.report_callback_exception = lambda kind, *_: stage.raised.append(kind.__name__)
-    root.update()
     every = WAYS if ways is None else ways
+    names = only or list(every)
     watched = watched_objects(stage)
-    for name, count in shares(only or list(every), cycles):
-        telling.result(grown_by(stage, watched, telling, name, every[name], count))
-    root.destroy()
 
+    def do(name: str, first: int, last: int) -> str:
+        for cycle in range(first, last):
+            telling.begin([name, cycle])
+            every[name](stage)
+            root.update()
+            stage.take_raised()
+            assert root.winfo_children() == [], f"left {root.winfo_children()}"
+        return growth.measured(root, watched)
 
-def shares(names: list[str], cycles: int) -> Iterator[tuple[str, int]]:
-    """The cycles of each way: all of them together, evenly, and at least one."""
-    each, over = divmod(cycles, len(names))
     for index, name in enumerate(names):
-        yield name, max(each + (index < over), 1)
+        count = max(len(range(index, cycles, len(names))), 1)
+        grew = growth_of(partial(do, name), count)
+        telling.result({"way": name, "cycles": count, "grew": json.loads(grew)})
+    root.destroy()
 
 
 def watched_objects(stage: Any) -> dict[str, object]:
@@ -104,10 +95,6 @@ def watched_objects(stage: Any) -> dict[str, object]:
     from tandrel.gui import sketcher
 
     entities = stage.sketch["entities"]
-    # Not small numbers: one object serves the whole process.
-    module = {f"sketcher.{k}": v for k, v in vars(sketcher).items() if not isinstance(v, int)}
-    methods = {f"SketchEditor.{name}": v for name, v in vars(sketcher.SketchEditor).items()}
-    constants = {repr(value): value for value in (True, False, (), "")}
     return {
         "sketch": stage.sketch,
         "entities": entities,
@@ -115,51 +102,29 @@ def watched_objects(stage: Any) -> dict[str, object]:
         "references": stage.references,
         "points of a reference": stage.references[0][1],
         "parent": stage.root,
-        **module,
-        **methods,
-        **constants,
+        # Not small numbers: one object serves the whole process.
+        **{f"sketcher.{k}": v for k, v in vars(sketcher).items() if not isinstance(v, int)},
+        **{f"SketchEditor.{name}": v for name, v in vars(sketcher.SketchEditor).items()},
+        **{repr(constant): constant for constant in (True, False, (), "")},
     }
 
 
-def grown_by(
-    stage: Any,
-    watched: Mapping[str, object],
-    telling: Telling,
-    name: str,
-    way: Callable[[Any], None],
-    count: int,
-) -> dict[str, Any]:
-    """What a number of cycles of one way left behind.
+def growth_of(do: Callable[[int, int], str], count: int) -> str:
+    """What a number of cycles left behind, by what measures all after the cycles that it does.
 
     Caches and free lists breathe; only what grows with the cycles counts. What grew must grow again
     in further runs of as many cycles.
     """
-
-    def run(first: int, last: int) -> None:
-        for cycle in range(first, last):
-            telling.begin([name, cycle])
-            way(stage)
-            stage.root.update()
-            stage.take_raised()
-            windows = stage.root.winfo_children()
-            assert windows == [], f"left {windows}"
-
-    before = growth.measured(stage.root, watched)
+    before = do(0, 0)
     grew = growth.growth(before, before)
     # One measurement and one growth are kept while the next measurement is taken, from the first.
-    run(-WARM_UP, 0)
-    before = growth.measured(stage.root, watched)
+    before = do(-WARM_UP, 0)
     for repetition in range(RUNS):
-        run(repetition * count, (repetition + 1) * count)
-        after = growth.measured(stage.root, watched)
+        after = do(repetition * count, (repetition + 1) * count)
         grew_now = growth.growth(before, after)
         grew = growth.least(grew_now, grew) if repetition else grew_now
         before = after
         del after, grew_now
         if not json.loads(grew):
             break
-    return {"way": name, "cycles": count, "grew": json.loads(grew)}
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+    return grew

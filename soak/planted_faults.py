@@ -26,11 +26,9 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import NamedTuple, Optional
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from harness.places import ROOT  # noqa: E402
-from soak.common.changes import Change, changes_in  # noqa: E402
-from soak.common.suite import TooSlow, quietly, run_tests  # noqa: E402
+from harness.places import ROOT
+from soak.common.changes import Change, changes_in
+from soak.common.suite import TooSlow, quietly, run_tests
 
 ARGUED = ROOT / "soak" / "argued_faults.toml"
 HISTORY = ROOT / "build" / "soak" / "noticed.json"  # which tests noticed a change of which file
@@ -267,7 +265,3 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
         f"{argued} argued to change nothing"
     )
     return 1 if survived or not noticed else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -8,14 +8,10 @@ an X server of its own and is watched: a crash or a hang is told with the event 
 from __future__ import annotations
 
 import argparse
-import sys
 from collections.abc import Callable
-from pathlib import Path
 from typing import Any, NamedTuple
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-from soak.common.watched import Finding, Telling, named, watch_all  # noqa: E402
+from soak.common.watched import Finding, Telling, named, watch_all
 
 CHILD = "soak.random_user:work"
 EDITOR = "tandrel.gui.sketcher:SketchEditor"
@@ -35,7 +31,7 @@ class Plan(NamedTuple):
         """The plans of jobs that do this one side by side."""
         return [
             self._replace(
-                events=self.events // jobs + (job < self.events % jobs),
+                events=len(range(job, self.events, jobs)),
                 dialog=self.dialog + job,
                 stride=jobs,
             )
@@ -47,19 +43,19 @@ class Plan(NamedTuple):
         dialog, event = step
         editor = "" if self.editor == EDITOR else f" --editor {self.editor}"
         return (
-            f"soak/random_user.py --seed {self.seed} --dialog {dialog}"
+            f"python3 -m soak random_user --seed {self.seed} --dialog {dialog}"
             f" --events {max(event, 1)}{editor}"
         )
 
 
-def main() -> int:
+def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--events", type=int, default=30_000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--dialog", type=int, default=0, help="the first dialog to open")
     parser.add_argument("--jobs", type=int, default=1, help="processes to share the events")
     parser.add_argument("--editor", default=EDITOR, help="the class to try, as module:name")
-    options = parser.parse_args()
+    options = parser.parse_args(arguments)
     plan = Plan(options.events, options.seed, options.dialog, editor=options.editor)
     done, faults = run(plan, options.jobs)
     for fault in faults:
@@ -103,7 +99,3 @@ def use(cls: Callable[..., Any], plan: Plan, telling: Telling) -> None:
         done += one.steps
         dialog += plan.stride
     root.destroy()
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -7,7 +7,7 @@ Leaks are looked for at the end of each Python process, while its interpreter is
 common/usercustomize.py); not in the few that ignore the environment, as Python's own allocator
 hides them there.
 
-    soak/sanitizers.py [tests/test_pointer.py ...] [--with "random_user.py --events 1000000"]
+    python3 -m soak sanitizers [tests/test_pointer.py ...] [--with "random_user --events 9999"]
 """
 
 from __future__ import annotations
@@ -20,18 +20,13 @@ import shutil
 import subprocess
 import sys
 import tempfile
-from collections.abc import Iterator
-from contextlib import contextmanager
 from pathlib import Path
-from typing import NamedTuple
+from unittest.mock import patch
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+from harness.places import ROOT
+from soak.common.suite import built, run_tests
+from support.interpreters import VERSIONS
 
-from harness.places import ROOT  # noqa: E402
-from soak.common.suite import quietly, run_tests  # noqa: E402
-from support.interpreters import VERSIONS  # noqa: E402
-
-BUILD = ROOT / "build" / "sanitize"
 AT_EXIT = ROOT / "soak" / "common" / "usercustomize.py"
 MODULE = "sketcher.abi3.so"
 NOT_HERE = [
@@ -46,58 +41,33 @@ NOT_HERE = [
 FRAMES = 8
 
 
-class Reports(NamedTuple):
-    """What the log files of a run say."""
-
-    faults: list[str]
-    leaks: list[str]  # with a frame of the module
-    others: int  # allocations that others leaked
-    processes: int  # that looked for leaks
-
-
 def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("tests", nargs="*", default=["tests"], help="all unless told otherwise")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1, help="of the test suite")
-    parser.add_argument("--with", dest="tool", metavar="COMMAND", help="another tool to run, too")
+    parser.add_argument("--with", dest="tool", metavar="TOOL", help="another tool to run, too")
     options = parser.parse_args(arguments)
-    with tempfile.TemporaryDirectory(prefix="sanitizers-") as folder:
-        return run_all(options, built(), Path(folder))
-
-
-def built() -> Path:
-    """The build that is looked at, made anew where it is older than its sources."""
-    if not (BUILD / "build.ninja").exists():
-        quietly("cmake", "--preset", BUILD.name, f"-DPython3_EXECUTABLE={sys.executable}")
-    quietly("cmake", "--build", "--preset", BUILD.name)
-    return BUILD
-
-
-def run_all(options: argparse.Namespace, build: Path, folder: Path) -> int:
-    logs = folder / "logs"
-    logs.mkdir()
-    with sanitized(build, logs):
-        passed, tests = run_suite(options.tests, options.jobs, build)
-        done = [f"{tests:,} tests"]
-        if options.tool:
-            command = [sys.executable, *shlex.split(options.tool)]
-            passed &= subprocess.run(command, cwd=ROOT / "soak").returncode == 0
-            done.append(options.tool)
-    reports = read(logs, build)
-    for text in (*reports.faults, *reports.leaks):
+    build = built("sanitize")
+    with tempfile.TemporaryDirectory(prefix="sanitizers-") as logs:
+        with patch.dict(os.environ, sanitizing(build, Path(logs))):
+            tests = number_of_passed(options.tests, options.jobs, build)
+            passed, done = tests > 0, f"{tests:,} tests"
+            if options.tool:
+                command = [sys.executable, "-m", "soak", *shlex.split(options.tool)]
+                passed &= subprocess.run(command, cwd=ROOT).returncode == 0
+                done += f", {options.tool}"
+        reports, others, processes = read(Path(logs), build)
+    for text in reports:
         print(text, end="\n\n")
-    print(f"{reports.processes} processes looked for leaks; others leaked {reports.others} objects")
+    print(f"{processes} processes looked for leaks; others leaked {others} objects")
     if not passed:
         print("Something failed, see above.")
-    found = len(reports.faults) + len(reports.leaks)
-    print(f"sanitizers: {', '.join(done)}: {found} reports")
-    return 0 if passed and tests and not found else 1
+    print(f"sanitizers: {done}: {len(reports)} reports")
+    return 0 if passed and not reports else 1
 
 
-@contextmanager
-def sanitized(build: Path, logs: Path) -> Iterator[None]:
-    """The sanitizers in every program that is started meanwhile, with this build of the module."""
-    before = dict(os.environ)
+def sanitizing(build: Path, logs: Path) -> dict[str, str]:
+    """The environment in which every program is sanitized, with this build of the module."""
     files = [
         subprocess.check_output(["g++", f"-print-file-name={name}"], text=True).strip()
         for name in ("libasan.so", "libubsan.so", "libstdc++.so.6")
@@ -112,51 +82,44 @@ def sanitized(build: Path, logs: Path) -> Iterator[None]:
     address += f":fast_unwind_on_malloc=0:malloc_context_size={FRAMES}:symbolize=0"
     # As malloc does without it, where there is no memory or a size is senseless.
     address += ":allocator_may_return_null=1"
-    os.environ.update(
-        {
-            "TANDREL_BUILD": str(build),
-            "PYTHONMALLOC": "malloc",  # every object an allocation of its own
-            "ASAN_OPTIONS": address,
-            "UBSAN_OPTIONS": "print_stacktrace=1",
-            "UNDEFINED_BEHAVIOR_REPORT": f"{logs}/report.python.undefined",
-            "PYTHONUSERBASE": f"{logs}/user",
-            "LD_PRELOAD": " ".join(files),
-        }
-    )
-    try:
-        yield
-    finally:
-        os.environ.clear()
-        os.environ.update(before)
+    return {
+        "TANDREL_BUILD": str(build),
+        "PYTHONMALLOC": "malloc",  # every object an allocation of its own
+        "ASAN_OPTIONS": address,
+        "UBSAN_OPTIONS": "print_stacktrace=1",
+        "UNDEFINED_BEHAVIOR_REPORT": f"{logs}/report.python.undefined",
+        "PYTHONUSERBASE": f"{logs}/user",
+        "LD_PRELOAD": " ".join(files),
+    }
 
 
-def run_suite(tests: list[str], jobs: int, build: Path) -> tuple[bool, int]:
-    """Whether all passed, and how many ran."""
+def number_of_passed(tests: list[str], jobs: int, build: Path) -> int:
+    """How many tests ran; none where not all of them passed."""
     with tempfile.TemporaryFile("w+") as output:
         status = run_tests(ROOT, str(build), tests, output, NOT_HERE, jobs=jobs)
         output.seek(0)
         said = output.read()
-    counted = re.search(r"(\d+) passed", said)
     if status:
         print(said)
-    return status == 0, int(counted[1]) if counted else 0
+    passed = re.search(r"(\d+) passed", said)
+    return int(passed[1]) if passed and not status else 0
 
 
-def read(logs: Path, build: Path) -> Reports:
-    faults, leaks, others, processes = [], [], 0, 0
+def read(logs: Path, build: Path) -> tuple[list[str], int, int]:
+    """The faults and the module's leaks; how many objects others leaked, and how many processes
+    looked for leaks."""
+    reports, others, processes = [], 0, 0
     # Named after the programs: the X server and other tools aren't under test.
     for log in sorted(logs.glob("report.python*")):
         for text in re.split(r"\n\n|\n(?======)", log.read_text(errors="replace")):
-            if leak := re.search(r"(?:Direct|Indirect) leak of .* in (\d+) object", text):
-                if MODULE in text:
-                    leaks.append(named(text, build))
-                else:
-                    others += int(leak[1])
-            elif "LeakSanitizer" in text:
+            leak = re.search(r"(?:Direct|Indirect) leak of .* in (\d+) object", text)
+            if leak and MODULE not in text:
+                others += int(leak[1])
+            elif "LeakSanitizer" in text and not leak:
                 processes += 1
-            elif "Sanitizer: " in text and "ERROR" in text or "runtime error:" in text:
-                faults.append(named(text, build))
-    return Reports(faults, leaks, others, processes)
+            elif leak or "Sanitizer: " in text and "ERROR" in text or "runtime error:" in text:
+                reports.append(named(text, build))
+    return reports, others, processes
 
 
 def named(text: str, build: Path) -> str:
@@ -169,7 +132,3 @@ def named(text: str, build: Path) -> str:
 
     own_frame = rf"^( *#\d+) .*{re.escape(MODULE)}\+(0x[0-9a-f]+)\).*$"
     return re.sub(own_frame, place, text, flags=re.M)
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -38,7 +38,6 @@ _TEXT = re.compile(r'"[^"\\]+"_n')
 _HIDDEN = re.compile(
     r'//[^\n]*|R"\((?s:.*?)\)"|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\])\'|^ *#.*', re.M
 )
-_BRACKETS = {"(": ")", "{": "}", "[": "]"}
 
 
 def changes_in(text: str) -> Iterator[Change]:
@@ -61,7 +60,7 @@ def changes_in(text: str) -> Iterator[Change]:
 
 def _conditions(code: str, text: str) -> Iterator[Change]:
     for found in re.finditer(r"\b(?:if|while) \(", code):
-        start, end = found.end(), _closing(code, found.end() - 1)
+        start, end = found.end(), _cuts(code, found.end() - 1)[-1]
         if ";" not in code[start:end] and " = " not in code[start:end]:
             yield Change("condition", start, end, f"!({text[start:end]})")
 
@@ -79,27 +78,20 @@ def _statements(code: str) -> Iterator[Change]:
 
 def _exchanges(code: str, text: str) -> Iterator[Change]:
     for found in re.finditer(r"(?<=\w)[({](?! )", code):
-        end = _closing(code, found.start())
-        cuts = [found.start(), *_commas(code, found.end(), end), end]
+        cuts = _cuts(code, found.start())
         for first, middle, last in zip(cuts, cuts[1:], cuts[2:]):
             one, other = text[first + 1 : middle], text[middle + 1 : last]
             if one.strip() != other.strip():
                 yield Change("exchange", first + 1, last, f"{other.strip()}, {one.strip()}")
 
 
-def _commas(code: str, start: int, end: int) -> Iterator[int]:
-    depth = 0
-    for place in range(start, end):
-        depth += (code[place] in "({[") - (code[place] in ")}]")
-        if code[place] == "," and depth == 0:
-            yield place
-
-
-def _closing(code: str, opening: int) -> int:
-    """Where the bracket is closed that is opened there."""
-    depth = 0
+def _cuts(code: str, opening: int) -> list[int]:
+    """Where a bracket is opened, where commas part what is in it, and where it is closed."""
+    cuts, depth = [opening], 0
     for place in range(opening, len(code)):
         depth += (code[place] in "({[") - (code[place] in ")}]")
         if depth == 0:
-            return place
-    return len(code)
+            return [*cuts, place]
+        if code[place] == "," and depth == 1:
+            cuts.append(place)
+    return [*cuts, len(code)]

@@ -30,6 +30,13 @@ def quietly(*command: str, cwd: Path = ROOT) -> None:
         raise RuntimeError(f"{' '.join(command)}\n{done.stdout.decode(errors='replace')}")
 
 
+def built(preset: str) -> Path:
+    """The build of a preset, made anew where it is older than its sources."""
+    quietly("cmake", "--preset", preset, f"-DPython3_EXECUTABLE={sys.executable}")
+    quietly("cmake", "--build", "--preset", preset)
+    return ROOT / "build" / preset
+
+
 def run_tests(
     root: Path,
     build: str,

@@ -22,7 +22,7 @@ import signal
 import sys
 import tempfile
 import time
-from collections.abc import AsyncIterator, Callable, Iterable
+from collections.abc import AsyncIterator, Callable, Iterable, Mapping, Sequence
 from contextlib import suppress
 from typing import IO, Any, NamedTuple
 
@@ -80,18 +80,13 @@ def named(name: str) -> Any:
     return getattr(importlib.import_module(module), attribute)
 
 
-def command(work: str, *arguments: Any) -> list[str]:
-    """What calls a function in a process of its own, from the root of the tree."""
-    return [*_CHILD, work, json.dumps(arguments)]
-
-
 def watch_all(
     work: str,
-    shares: Iterable[Iterable[Any]],
+    shares: Iterable[Sequence[Any]],
     heard: Callable[[str, Any], None],
+    environment: Mapping[str, str] | None = None,
     silence: float = patience.SECONDS,
     jobs: int | None = None,
-    **environment: str,
 ) -> list[Finding]:
     """Call a function in children, each with a share of the work, all or so many side by side.
 
@@ -102,10 +97,11 @@ def watch_all(
     findings: list[Finding] = []
     begun, next_sign = 0, time.monotonic() + PROGRESS
 
-    async def listen(share: Iterable[Any], places: asyncio.Semaphore) -> None:
+    async def listen(share: Sequence[Any], places: asyncio.Semaphore) -> None:
         nonlocal begun, next_sign
         async with places:
-            async for kind, value in _told(command(work, *share), environment, silence):
+            command = [*_CHILD, work, json.dumps(share)]
+            async for kind, value in _told(command, environment or {}, silence):
                 if kind == "found":
                     findings.append(Finding(*value))
                     continue
@@ -125,7 +121,7 @@ def watch_all(
 
 
 async def _told(
-    command: list[str], environment: dict[str, str], silence: float
+    command: list[str], environment: Mapping[str, str], silence: float
 ) -> AsyncIterator[tuple[str, Any]]:
     """What a child tells, and how it ended if not well."""
     with tempfile.TemporaryFile() as errors:

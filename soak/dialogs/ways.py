@@ -9,7 +9,7 @@ from __future__ import annotations
 import re
 import tkinter as tk
 from collections.abc import Callable
-from contextlib import ExitStack
+from contextlib import suppress
 from dataclasses import dataclass, field
 from typing import Any
 from unittest.mock import patch
@@ -197,13 +197,11 @@ def with_an_error(owner: Any, name: str, act: Step, ending: Step) -> Way:
     return way
 
 
-def constructor_fails(*broken: tuple[Any, str], sketch: bool = True) -> Way:
-    """The constructor while these names of these objects raise when they are called."""
+def constructor_fails(owner: Any, name: str, sketch: bool = True) -> Way:
+    """The constructor while a name of an object raises when it is called."""
 
     def way(stage: Stage) -> None:
-        with ExitStack() as stack:
-            for owner, name in broken:
-                stack.enter_context(patch.object(owner, name, fail))
+        with patch.object(owner, name, fail):
             not_opened(stage, stage.sketch if sketch else None)
 
     return way
@@ -211,11 +209,8 @@ def constructor_fails(*broken: tuple[Any, str], sketch: bool = True) -> Way:
 
 def not_opened(stage: Stage, sketch: Any, cls: Any = None) -> None:
     before = stage.root.winfo_children()
-    try:
+    with suppress(Failure):
         (cls or sketcher.SketchEditor)(stage.root, sketch)
-    except Failure:
-        pass
-    else:
         raise AssertionError("the constructor didn't fail")
     assert stage.root.winfo_children() == before, "a window is left"
     stage.raised.clear()  # of laying out, which asks the same neighbours
@@ -248,32 +243,27 @@ def constructor_fails_at_the_nth_call(name: str) -> Way:
 
 
 def overridden_build_fails(stage: Stage) -> None:
-    class Before(sketcher.SketchEditor):
-        def _build(self, allow_plane: bool) -> None:
-            raise Failure
+    for built in False, True:
 
-    class After(sketcher.SketchEditor):
-        def _build(self, allow_plane: bool) -> None:
-            super()._build(allow_plane)
-            raise Failure
+        class Editor(sketcher.SketchEditor):
+            def _build(self, allow_plane: bool) -> None:
+                if built:
+                    super()._build(allow_plane)
+                raise Failure
 
-    not_opened(stage, stage.sketch, Before)
-    not_opened(stage, stage.sketch, After)
+        not_opened(stage, stage.sketch, Editor)
 
 
 def random_use(seed: int) -> Way:
     """A dialog of the random user, the same one each time."""
 
     def way(stage: Stage) -> None:
-        report = stage.root.report_callback_exception
         units, language = widgets.units(), i18n.language()
-        try:
-            session = Session(f"opening {seed}", lambda event: None)
+        session = Session(f"opening {seed}", lambda event: None)
+        with patch.object(stage.root, "report_callback_exception", None):
             session.play(stage.root, sketcher.SketchEditor, MOST_EVENTS)
-        finally:
-            stage.root.report_callback_exception = report  # type: ignore[method-assign]
-            widgets.set_units(units.name)
-            i18n.set_language(language)
+        widgets.set_units(units.name)
+        i18n.set_language(language)
 
     return way
 
@@ -304,12 +294,12 @@ WAYS: dict[str, Way] = {
     ),
     "error in OK": with_an_error(sketcher.S, "check", click("OK"), click("Cancel")),
     "error in the form": with_an_error(sketcher, "Form", choose_row, destroy),
-    "constructor: S.new": constructor_fails((sketcher.S, "new"), sketch=False),
-    "constructor: deepcopy": constructor_fails((sketcher.copy, "deepcopy")),
-    "constructor: outline": constructor_fails((sketcher.S, "outline")),
-    "constructor: depths": constructor_fails((sketcher.S, "depths")),
-    "constructor: form": constructor_fails((sketcher.SketchEditor, "show_props")),
-    "constructor: fit": constructor_fails((sketcher.SketchEditor, "fit")),
+    "constructor: S.new": constructor_fails(sketcher.S, "new", sketch=False),
+    "constructor: deepcopy": constructor_fails(sketcher.copy, "deepcopy"),
+    "constructor: outline": constructor_fails(sketcher.S, "outline"),
+    "constructor: depths": constructor_fails(sketcher.S, "depths"),
+    "constructor: form": constructor_fails(sketcher.SketchEditor, "show_props"),
+    "constructor: fit": constructor_fails(sketcher.SketchEditor, "fit"),
     "constructor: _build overridden": overridden_build_fails,
     **{
         f"constructor: n-th {name}": constructor_fails_at_the_nth_call(name)

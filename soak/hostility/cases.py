@@ -49,6 +49,10 @@ class Token:
     """Stands in the sketch, to be let go by everybody in the end."""
 
 
+# What an object's references are that only a list has, as they are counted below.
+IN_A_LIST = {sys.getrefcount(token) for token in [Token()]}
+
+
 class Case:
     """One editor among attacked neighbours; `found` is what must not be."""
 
@@ -262,13 +266,8 @@ class Case:
         names = neighbours(self.attack, self.dice.random() < 0.5)
         StandInWidgets.attack = self.attack
         stand_in = StandInWidgets()
-        return {
-            **names,
-            "tk": stand_in,
-            "ttk": stand_in,
-            "Form": StandInWidget,
-            "Tooltip": StandInWidget,
-        }
+        names.update(tk=stand_in, ttk=stand_in, Form=StandInWidget, Tooltip=StandInWidget)
+        return names
 
     def use(self) -> None:
         self.editor = self.editor or self.make()
@@ -308,51 +307,37 @@ class Case:
         return editor
 
 
-# -- what must hold afterwards -----------------------------------------------------------------
-
-
 class Afterwards:
     """What is compared after every case with what it was before the first."""
 
     def __init__(self) -> None:
-        self._picture = self._fresh()
+        self._picture = fresh_picture()
         self._shared = [
             *(value for value in vars(sketcher).values() if not isinstance(value, int)),
             *vars(sketcher.SketchEditor).values(),
         ]
-        self._held = self._references()
+        self._held = list(map(sys.getrefcount, self._shared))
 
     def check(self, case: Case) -> list[str]:
         """What is wrong after a case that has ended."""
         gc.collect()
         wrong = list(case.found)
         held = [sys.getrefcount(token) for token in case.tokens]
-        if held != [_references_of_a_list_item()] * len(held):
+        if set(held) != IN_A_LIST:
             wrong.append(f"tokens of the sketch are still held: {held}")
-        if self._fresh() != self._picture:
+        if fresh_picture() != self._picture:
             wrong.append("a fresh editor paints another picture")
-        grown = [
-            f"{thing!r:.60} {now - before:+}"
-            for thing, now, before in zip(self._shared, self._references(), self._held)
-            if now > before
-        ]
-        if grown:
+        held = list(map(sys.getrefcount, self._shared))
+        rows = zip(self._shared, self._held, held)
+        if grown := [f"{thing!r:.60} {now - then:+}" for thing, then, now in rows if now > then]:
             wrong.append(f"held more often than before: {grown}")
-            self._held = self._references()
+            self._held = held
         return wrong
 
-    def _references(self) -> list[int]:
-        return [sys.getrefcount(thing) for thing in self._shared]
 
-    @staticmethod
-    def _fresh() -> Any:
-        editor: Any = sound()
-        editor.fit()
-        picked = editor.pick(200, 150), tuple(editor.snapped(10, 10))
-        drawn = [(name, len(args)) for name, args, _ in editor.canvas.drawn]
-        return picked, drawn, [sketcher.describe(e) for e in editor.sk["entities"]]
-
-
-def _references_of_a_list_item() -> int:
-    (count,) = [sys.getrefcount(token) for token in [Token()]]
-    return count
+def fresh_picture() -> Any:
+    editor: Any = sound()
+    editor.fit()
+    picked = editor.pick(200, 150), tuple(editor.snapped(10, 10))
+    drawn = [(name, len(args)) for name, args, _ in editor.canvas.drawn]
+    return picked, drawn, [sketcher.describe(e) for e in editor.sk["entities"]]

@@ -5,6 +5,7 @@ from __future__ import annotations
 import types
 from collections.abc import Callable, Iterator
 from contextlib import contextmanager
+from functools import partial
 from typing import Any
 from unittest.mock import patch
 
@@ -28,10 +29,8 @@ def asked(name: str, real: Callable[..., Any], attack: Attack, trusted: bool = F
 
     def function(*arguments: Any, **keywords: Any) -> Any:
         attack.hit(name)
-        if trusted:
-            answer = real(*arguments, **keywords)
-        else:
-            answer = attack.answer(lambda: real(*arguments, **keywords))
+        call = partial(real, *arguments, **keywords)
+        answer = call() if trusted else attack.answer(call)
         attack.hit(f"{name} answered")
         return answer
 

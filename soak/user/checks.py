@@ -70,16 +70,11 @@ def check_state(editor: Any, shadow: Shadow) -> None:
 
 def check_screen(screen: Screen, shadow: Shadow) -> None:
     """What the window shows."""
-    demand(screen.rows == shadow.rows, "rows", shadow.rows, screen.rows)
-    selected = shadow.selected_rows
-    demand(screen.selected_rows == selected, "selected rows", selected, screen.selected_rows)
     painted = shadow.canvas.items
     demand(same_items(painted, screen.items), "canvas", painted, screen.items)
-    demand(screen.form == shadow.form, "form", shadow.form, screen.form)
-    demand(screen.status == shadow.status, "status", shadow.status, screen.status)
-    typed = [shadow.tool.get(), str(int(shadow.snap.get()))]
-    typed += [var.get() for var in (shadow.grid, shadow.sides, shadow.plane, shadow.offset)]
-    demand(screen.typed == typed, "typed", typed, screen.typed)
+    for name in ("rows", "selected_rows", "form", "status", "typed"):
+        found, expected = getattr(screen, name), getattr(shadow, name)
+        demand(found == expected, name, expected, found)
 
 
 # The operations that may let an error through, and why; all other errors are faults.
@@ -107,15 +102,16 @@ SOUND = {
     ("read_form", OverflowError): "an infinite number of sides is typed",
     ("read_form", KeyError): "a drag has put another kind of shape in the place of the form's",
 }
-OURS = ("soak.", "harness.")
 
 
 def operation_of(error: BaseException) -> str:
     """The operation of the shadow, or of a shape, that an error came out of."""
-    frames = [frame for frame, _ in traceback.walk_tb(error.__traceback__)]
-    names = [f.f_code.co_name for f in frames if f.f_globals["__name__"].startswith(OURS)]
-    named = [name for name in names if not name.startswith("<")]
-    return named[-1]
+    names = [
+        frame.f_code.co_name
+        for frame, _ in traceback.walk_tb(error.__traceback__)
+        if frame.f_globals["__name__"].startswith(("soak.", "harness."))
+    ]
+    return [name for name in names if not name.startswith("<")][-1]
 
 
 def check_errors(expected: list[BaseException], raised: list[BaseException], sound: bool) -> None:

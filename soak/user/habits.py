@@ -16,6 +16,7 @@ from tandrel.gui.i18n import languages
 from tandrel.gui.sketcher import TOOLS
 from tandrel.gui.widgets import SYSTEMS
 
+Pixel = tuple[int, int]
 NEARBY = [(0, 0), (0, 0), (1, 0), (3, -2), (8, 0), (9, 0)]  # pixels
 NEARBY += [(0, -9), (-6, 7), (8, 8), (-7, -7), (10, 0)]
 NUMBERS = ["0", "5", "8", "10", "12.5", "20", "40", "-3", "4.5", "4.6", " 7 ", "1e3", "0.01", "1_0"]
@@ -66,7 +67,7 @@ class Habits:
 
     # -- places ------------------------------------------------------------------------------
 
-    def _place(self) -> tuple[int, int]:
+    def _place(self) -> Pixel:
         """A pixel: near something, on the canvas, or outside it."""
         width, height = self._shadow.window.size()
         if self._chance(0.5):
@@ -77,7 +78,7 @@ class Habits:
             return self._dice.randint(-300, width + 300), self._dice.randint(-300, height + 300)
         return self._dice.randint(0, max(width, 1)), self._dice.randint(0, max(height, 1))
 
-    def _by_an_outline(self) -> tuple[int, int]:
+    def _by_an_outline(self) -> Pixel:
         """A pixel near a point of a shape's outline."""
         outlines = [shapes.outline(e) for e in self._shadow.entities or ()]
         drawn = [points for points in outlines if points is not None]
@@ -85,7 +86,7 @@ class Habits:
             return self._place()
         return self._near(*self._on(self._dice.choice(self._dice.choice(drawn))))
 
-    def _near(self, x: int, y: int) -> tuple[int, int]:
+    def _near(self, x: int, y: int) -> Pixel:
         dx, dy = self._dice.choice(NEARBY)
         return x + dx, y + dy
 
@@ -95,7 +96,7 @@ class Habits:
         except (TypeError, OverflowError):
             return [(0.0, 0.0)]
 
-    def _on(self, point: Any) -> tuple[int, int]:
+    def _on(self, point: Any) -> Pixel:
         """The pixel of a point, far outside where it has none."""
         x, y = self._shadow.to_screen(point)
         if not all(map(math.isfinite, (x, y))) or max(abs(x), abs(y)) > 1e6:
@@ -116,9 +117,7 @@ class Habits:
         yield "press", 1, x, y, quick
         yield "release", 1, x, y
 
-    def _stroke(
-        self, button: int, start: tuple[int, int], end: tuple[int, int]
-    ) -> Iterator[Action]:
+    def _stroke(self, button: int, start: Pixel, end: Pixel) -> Iterator[Action]:
         """Press, drag and release, mostly."""
         yield "press", button, *start, False
         steps = self._dice.randint(0, 4)

@@ -43,21 +43,18 @@ class Hands:
         self.editor = editor
         self.shadow = shadow
         self.errors: list[BaseException] = []
-        self._fixed = {"canvas": editor.canvas, "list": editor.list, "editor": editor}
-        entries = [widget for widget in walk(editor) if isinstance(widget, ttk.Entry)]
-        by_variable = {str(entry.cget("textvariable")): entry for entry in entries}
-        for name in TYPED:
-            if str(getattr(editor, name)) in by_variable:
-                self._fixed[name] = by_variable[str(getattr(editor, name))]
+        self._send = editor.canvas.event_generate
+        self.fixed = {"canvas": editor.canvas, "list": editor.list, "editor": editor}
+        for widget in walk(editor):
+            if isinstance(widget, ttk.Entry):
+                for name in TYPED:
+                    if str(widget.cget("textvariable")) == str(getattr(editor, name)):
+                        self.fixed[name] = widget
         (self._snap,) = of_class(editor, ttk.Checkbutton)
         # In the order in which the window is built.
         names = "fit", "delete", "cancel", "ok"
         self._buttons = dict(zip(names, of_class(editor, ttk.Button)))
         self._listen()
-
-    def has(self, target: str) -> bool:
-        """Whether there is a widget of this name, such as "canvas" or "field 2"."""
-        return self._widget(target) is not None
 
     def do(self, action: Action) -> None:
         """Do one action and let Tk handle what follows from it at once."""
@@ -105,16 +102,16 @@ class Hands:
             (canvas, "<MouseWheel>", zoom),
             (canvas, "<Button-4>", zoom),
             (canvas, "<Button-5>", zoom),
-            (self._fixed["grid"], "<Return>", plain(shadow.redraw)),
-            (self._fixed["grid"], "<FocusOut>", plain(shadow.redraw)),
+            (self.fixed["grid"], "<Return>", plain(shadow.redraw)),
+            (self.fixed["grid"], "<FocusOut>", plain(shadow.redraw)),
             (self.editor.list, "<<TreeviewSelect>>", self._row_selected),
             (self.editor, "<Escape>", plain(shadow.cancel_drawing)),
             (self.editor, "<Return>", plain(shadow.close_line)),
             (self.editor, "<Delete>", self._delete_typed),
             (self.editor, "<BackSpace>", self._delete_typed),
         ]
-        if "plane" in self._fixed:
-            bindings.append((self._fixed["plane"], "<<ComboboxSelected>>", self._plane_chosen))
+        if "plane" in self.fixed:
+            bindings.append((self.fixed["plane"], "<<ComboboxSelected>>", self._plane_chosen))
         for widget, event, handler in bindings:
             widget.bind(event, handler, add="+")
 
@@ -126,27 +123,27 @@ class Hands:
             self._tell(self.shadow.delete)
 
     def _plane_chosen(self, _event: Any) -> None:
-        self.shadow.plane.set(self._fixed["plane"].get())
+        self.shadow.plane.set(self.fixed["plane"].get())
         self._tell(self.shadow.choose_plane)
 
     # -- actions -----------------------------------------------------------------------------
 
     def _do_press(self, button: int, x: int, y: int, quick: bool) -> None:
         Hands.clock += QUICK_MS if quick else SLOW_MS
-        self._send("canvas", f"<ButtonPress-{button}>", x=x, y=y, time=Hands.clock)
+        self._send(f"<ButtonPress-{button}>", x=x, y=y, time=Hands.clock)
 
     def _do_motion(self, button: int, x: int, y: int) -> None:
-        self._send("canvas", "<Motion>", x=x, y=y, state=BUTTON_STATE[button], time=Hands.clock)
+        self._send("<Motion>", x=x, y=y, state=BUTTON_STATE[button], time=Hands.clock)
 
     def _do_release(self, button: int, x: int, y: int) -> None:
         state, time = BUTTON_STATE[button], Hands.clock
-        self._send("canvas", f"<ButtonRelease-{button}>", x=x, y=y, state=state, time=time)
+        self._send(f"<ButtonRelease-{button}>", x=x, y=y, state=state, time=time)
 
     def _do_wheel(self, way: str, x: int, y: int) -> None:
         if way in WHEEL:
-            self._send("canvas", "<MouseWheel>", x=x, y=y, delta=WHEEL[way])
+            self._send("<MouseWheel>", x=x, y=y, delta=WHEEL[way])
         else:
-            self._send("canvas", f"<Button-{way}>", x=x, y=y, time=Hands.clock)
+            self._send(f"<Button-{way}>", x=x, y=y, time=Hands.clock)
 
     def _do_tool(self, tool: str) -> None:
         self.shadow.tool.set(tool)
@@ -168,7 +165,7 @@ class Hands:
             self._buttons[name].invoke()
 
     def _do_key(self, target: str, keysym: str) -> None:
-        widget = self._focused(target)
+        widget = self._do_focus(target)
         if widget is None:
             return
         cell = self._cell(target)
@@ -177,8 +174,14 @@ class Hands:
         widget.event_generate(f"<KeyPress-{keysym}>")
         self._note(target, widget, cell)
 
-    def _do_focus(self, target: str) -> None:
-        self._focused(target)
+    def _do_focus(self, target: str) -> Any:
+        """The widget once it has the keyboard, None where it can't have it."""
+        widget = self._widget(target)
+        if widget is None:
+            return None
+        widget.focus_set()
+        self.settle()
+        return widget if widget.winfo_exists() and widget.focus_get() is widget else None
 
     def _do_type(self, target: str, text: str) -> None:
         widget = self._widget(target)
@@ -206,8 +209,8 @@ class Hands:
             rows.event_generate("<ButtonRelease-1>", **place)
 
     def _do_plane(self, index: int) -> None:
-        if "plane" in self._fixed:
-            chooser = self._fixed["plane"]
+        if "plane" in self.fixed:
+            chooser = self.fixed["plane"]
             chooser.current(index)
             chooser.event_generate("<<ComboboxSelected>>")
 
@@ -223,23 +226,11 @@ class Hands:
 
     # -- widgets -----------------------------------------------------------------------------
 
-    def _send(self, target: str, event: str, **details: Any) -> None:
-        self._fixed[target].event_generate(event, **details)
-
     def _widget(self, target: str) -> Any:
-        """A widget by its name; None where there is none."""
+        """A widget by its name, such as "canvas" or "field 2"; None where there is none."""
         props = self.editor.props
         in_form = by_name(of_class(props, ttk.Entry), of_class(props, tk.Text))
-        return {**self._fixed, **in_form}.get(target)
-
-    def _focused(self, target: str) -> Any:
-        """The widget once it has the keyboard, None where it can't have it."""
-        widget = self._widget(target)
-        if widget is None:
-            return None
-        widget.focus_set()
-        self.settle()
-        return widget if widget.winfo_exists() and widget.focus_get() is widget else None
+        return {**self.fixed, **in_form}.get(target)
 
     def _cell(self, target: str) -> list[str] | None:
         """What the shadow knows of a widget in the form."""

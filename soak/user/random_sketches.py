@@ -29,13 +29,11 @@ def length(dice: Random, most: float = 0.06) -> float:
     return value if dice.random() < 0.2 else round(value, 3)
 
 
-def size(dice: Random) -> float:
-    return abs(length(dice, 0.03)) + 0.001
-
-
 def entity(dice: Random) -> Entity:
     """A shape with numbers of the right kinds; it may well have no outline."""
-    made = dice.choice(CARDS).random(dice, lambda: (length(dice), length(dice)), lambda: size(dice))
+    made = dice.choice(CARDS).random(
+        dice, lambda: (length(dice), length(dice)), lambda: abs(length(dice, 0.03)) + 0.001
+    )
     if "points" in made and dice.random() < 0.15:
         dice.shuffle(made["points"])  # edges cross
     if dice.random() < 0.15:

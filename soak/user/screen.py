@@ -65,15 +65,55 @@ namespace eval soak {
 """
 
 
-class Screen(NamedTuple):
-    """Texts as they are shown; items as in a picture."""
+# Its kind, its coordinates and those of its options that the editor sets, all as Tk reports them.
+Item = tuple[Any, ...]
+Dash = tuple[int, ...]
 
-    items: list[tuple[Any, ...]]
+
+class Screen(NamedTuple):
+    """Texts as they are shown; items of the canvas, the lowest first."""
+
+    items: list[Item]
     rows: list[tuple[str, str, str]]
     selected_rows: list[str]
     form: list[list[str]]
     typed: list[str]
     status: str
+
+
+class Paper:
+    """What stands for a window's canvas: it keeps the items as they are read of a real one."""
+
+    def __init__(self, window: Any) -> None:
+        self.items: list[Item] = []
+        self._window = window
+
+    def winfo_width(self) -> int:
+        return self._window.size()[0]
+
+    def winfo_height(self) -> int:
+        return self._window.size()[1]
+
+    def delete(self, _all: str) -> None:
+        self.items = []
+
+    def create_line(self, *at: float, fill: str, width: int = 1, dash: Dash = ()) -> None:
+        self.items.append(("line", at, fill, f"{width}.0", dashes(dash)))
+
+    def create_polygon(
+        self, *at: float, fill: str, outline: str, width: int, dash: Dash = ()
+    ) -> None:
+        self.items.append(("polygon", at, fill, outline, f"{width}.0", dashes(dash)))
+
+    def create_text(self, *at: float, text: str, fill: str, anchor: str = "center") -> None:
+        self.items.append(("text", at, text, fill, anchor))
+
+    def create_oval(self, *at: float, fill: str, outline: str) -> None:
+        self.items.append(("oval", at, fill, outline, "1.0"))
+
+
+def dashes(dash: Dash) -> str:
+    return " ".join(map(str, dash))
 
 
 class Eye:

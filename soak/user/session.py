@@ -141,7 +141,7 @@ class Session:
         """Only a sketch in space can be placed, on another plane only where that is allowed."""
         in_space = self.arguments["dim"] == 3
         allowed = {"plane": in_space and self.arguments["allow_plane"], "offset": in_space}
-        found = {name: hands.has(name) for name in allowed}
+        found = {name: name in hands.fixed for name in allowed}
         demand(found == allowed, "entries", allowed, found)
 
     def _check(self, hands: Hands, eye: Eye, shadow: Shadow, full: bool) -> None:

@@ -12,29 +12,33 @@ from collections.abc import Sequence
 from typing import Any
 
 import numpy as np
+from harness.python_editor import HIGHLIGHT, PythonOperations
 
 from soak.user import shapes
-from soak.user.picture import Paper, Picture, Window
-from soak.user.shapes import Entity
-from soak.user.side_panel import SidePanel
+from soak.user.screen import Paper
+from soak.user.shapes import Entity, Point
 from support.plain import Var
+from support.types import CARDS
 from support.types.card import distance
 from tandrel import sketch as S
 from tandrel.gui.i18n import tr
-from tandrel.gui.sketcher import TOOL_TIPS
+from tandrel.gui.sketcher import FIELDS, TOOL_TIPS, TYPE_LABEL
 from tandrel.gui.widgets import num_text, units
 
 SNAP_PIXELS = 9
+Row = tuple[str, str, str]  # iid, text, size
+Cell = list[str]  # class of a widget and the text that it shows
 
 
-class Shadow(Picture, SidePanel):
+class Shadow(PythonOperations):
     """What an editor is, and what its operations must make of it.
 
+    The window has a `size()`, the canvas's in pixels, and tells whether somebody `is_typing()`.
     Points are arrays of two doubles. Operations raise what they let through.
     """
 
     def __init__(
-        self, sketch: Any, dim: int, references: Sequence[tuple[str, Any]], window: Window
+        self, sketch: Any, dim: int, references: Sequence[tuple[str, Any]], window: Any
     ) -> None:
         self.window = window
         self.sk = copy.deepcopy(sketch) if sketch else S.new()
@@ -48,13 +52,18 @@ class Shadow(Picture, SidePanel):
         self.snap = Var(True)
         self.grid = Var(num_text(units().from_si(self.default_grid(), "length")))
         self.sides = Var("6")
-        self.drag = None
+        self.drag: dict[str, Any] | None = None
         self.clicks = []
         self.cursor = np.zeros(2)
         self.scale = 1.0
         self.centre = np.zeros(2)
         self.pan: tuple[int, int, Any] | None = None
         self.status = ""
+        self.rows: list[Row] = []
+        self.selected_rows: list[str] = []
+        self.form: list[Cell] = []  # in the order in which the widgets are made
+        self.fields: dict[str, Cell] = {}
+        self.corners: Cell = []
         self.canvas = Paper(window)
         plane = self.sk.get("plane", "XY")
         self.plane = Var("" if plane is None else str(plane))
@@ -65,6 +74,12 @@ class Shadow(Picture, SidePanel):
     @property
     def entities(self) -> list[Any]:
         return self.sk["entities"]
+
+    @property
+    def typed(self) -> list[str]:
+        """The tool, the switch and what stands in the entries outside of the form."""
+        texts = (self.grid, self.sides, self.plane, self.offset)
+        return [self.tool.get(), str(int(self.snap.get())), *(text.get() for text in texts)]
 
     # -- view --------------------------------------------------------------------------------
 
@@ -179,7 +194,10 @@ class Shadow(Picture, SidePanel):
     # -- shapes ------------------------------------------------------------------------------
 
     def from_drag(self, a: Any, b: Any) -> Entity | None:
-        return shapes.from_drag(self.tool.get(), self.sides.get(), a.tolist(), b.tolist())
+        for card in CARDS:
+            if card.tool.dragged and card.tool.name == self.tool.get():
+                return card.drawn(a.tolist(), b.tolist(), sides=number_of_sides(self.sides.get()))
+        return None
 
     def add(self, e: Entity | None) -> None:
         self.entities.append(e)
@@ -222,6 +240,129 @@ class Shadow(Picture, SidePanel):
         self.refresh_list()
         self.redraw()
 
+    # -- picture -----------------------------------------------------------------------------
+
+    def card(self, e: Any) -> Any:
+        return shapes.card(e)
+
+    def _flat(self, points: Any) -> list[float]:
+        """All at once, for there are many."""
+        pixels = self.to_screen(np.asarray(points, dtype=np.float64).T)
+        flat: Any = np.column_stack(pixels).ravel()
+        return flat.tolist()
+
+    def _ok(self, e: Any) -> bool:
+        return shapes.outline(e) is not None
+
+    def _dimensions(self, e: Entity) -> None:
+        card = self.card(e)
+        for place, (dx, dy), words, anchor in card.dimensions(e, shapes.length) if card else ():
+            x, y = self.to_screen(place)
+            self.canvas.create_text(x + dx, y + dy, text=words, fill=HIGHLIGHT, anchor=anchor)
+
+    def _preview(self) -> None:
+        """The shape that is being drawn, and the dot where a click would land."""
+        tool, dot = self.tool.get(), self.to_screen(self.cursor)
+        if self.drag is not None and self.drag["kind"] == "new":
+            self._rubber_band(self.from_drag(self.drag["start"], self.cursor))
+        corners = [self.to_screen(p) for p in self.clicks]
+        if tool == "line" and corners:
+            path = [c for pixel in (*corners, dot) for c in pixel]
+            self.canvas.create_line(*path, fill=HIGHLIGHT, width=2)
+            for pixel in corners:
+                self._spot(pixel, 3, fill="", outline=HIGHLIGHT)
+        if tool == "slot" and len(corners) == 1:
+            self.canvas.create_line(*corners[0], *dot, fill=HIGHLIGHT, width=2, dash=(5, 3))
+        elif tool == "slot" and corners:
+            self._rubber_band(shapes.slot(self.clicks[0], self.clicks[1], self.cursor))
+        self._spot(dot, 2, fill=HIGHLIGHT, outline="")
+
+    def _rubber_band(self, e: Entity | None) -> None:
+        outline = None if e is None else shapes.outline(e)
+        if outline is not None:
+            pixels = self._flat(outline)
+            self.canvas.create_polygon(*pixels, fill="", outline=HIGHLIGHT, width=2, dash=(5, 3))
+
+    def _spot(self, centre: Point, radius: float, **options: str) -> None:
+        x, y = centre
+        self.canvas.create_oval(x - radius, y - radius, x + radius, y + radius, **options)
+
+    # -- the side panel ------------------------------------------------------------------------
+
+    def refresh_list(self, keep: bool = False) -> None:
+        self.rows, self.selected_rows = [], []
+        for i, e in enumerate(self.entities):
+            try:
+                size = shapes.summary(e)
+            except (KeyError, ValueError, TypeError):
+                size = "?"
+            self.rows.append((str(i), f"{i + 1}. {tr(TYPE_LABEL[e['type']])}", size))
+        if self.sel is not None and self.sel < len(self.rows):
+            self.selected_rows = [str(self.sel)]
+        if not keep:
+            self.show_props()
+
+    def list_selected(self, selection: tuple[str, ...]) -> None:
+        self.selected_rows = list(selection)
+        i = int(selection[0]) if selection else None
+        if i != self.sel:
+            self.sel = i
+            self.show_props()
+            self.redraw()
+
+    def show_props(self) -> None:
+        self.form = []
+        if self.sel is None or self.sel >= len(self.entities):
+            self.form.append(["TLabel", tr("Select a shape to type its exact size.")])
+            return
+        e = self.entities[self.sel]
+        self.fields = {}
+        for key, label, is_length in FIELDS[e["type"]]:
+            value = float(e.get(key, 0))
+            text = shown_length(value) if is_length else num_text(value)
+            self.fields[key] = ["TEntry", text]
+            unit = units().unit("length") if is_length else ""
+            self.form += [["TLabel", tr(label)], self.fields[key], ["TLabel", unit]]
+        if e["type"] == "polygon":
+            self.form.append(["TLabel", tr("Corners (u v, one pair per line):")])
+            self.corners = ["Text", ""]
+            self.form.append(self.corners)
+            self.corners[1] = "\n".join(
+                f"{shown_length(p[0])} {shown_length(p[1])}" for p in e["points"]
+            )
+        self.form.append(["TButton", tr("Apply")])
+
+    def apply_props(self) -> None:
+        if self.sel is None:
+            return
+        e = copy.deepcopy(self.entities[self.sel])
+        try:
+            self.read_form(e)
+            S.outline(e)
+        except ValueError as error:
+            self.status = tr("Not applied: {why}").format(why=error)
+            return
+        self.entities[self.sel] = e
+        self.status = ""
+        self.refresh_list(keep=True)
+        self.redraw()
+
+    def read_form(self, e: Entity) -> None:
+        for key, _, is_length in FIELDS[e["type"]]:
+            text = self.fields[key][1]
+            if is_length:
+                e[key] = typed_length(text)
+            else:
+                e[key] = round(float(text)) if key == "n" else float(text)
+        if e["type"] == "polygon":
+            lines = [line.split() for line in self.corners[1].replace(",", " ").splitlines()]
+            points = []
+            for words in filter(None, lines):
+                if len(words) != 2:
+                    raise ValueError(tr("each corner needs two numbers"))
+                points.append([typed_length(word) for word in words])
+            e["points"] = points
+
     # -- the dialog --------------------------------------------------------------------------
 
     def choose_plane(self) -> None:
@@ -245,3 +386,18 @@ class Shadow(Picture, SidePanel):
 
     def cancel(self) -> None:
         self.closed = True
+
+
+def shown_length(value: Any) -> str:
+    return num_text(units().from_si(value, "length"))
+
+
+def typed_length(text: str) -> float:
+    return units().to_si(float(text), "length")
+
+
+def number_of_sides(text: str) -> int:
+    try:
+        return max(3, int(text))
+    except ValueError:
+        return 6

@@ -51,21 +51,6 @@ def moved(e: Entity, shift: Point) -> Entity:
     return n
 
 
-def from_drag(tool: str, sides: str, a: Point, b: Point) -> Entity | None:
-    """The entity that a tool makes of a drag from a to b."""
-    for card in CARDS:
-        if card.tool.dragged and card.tool.name == tool:
-            return card.drawn(a, b, sides=number_of_sides(sides))
-    return None
-
-
 def slot(a: Any, b: Any, p: Any) -> Entity | None:
     """The slot with these ends whose side runs through a point."""
     return SLOT.drawn(a.tolist(), b.tolist(), p.tolist())
-
-
-def number_of_sides(text: str) -> int:
-    try:
-        return max(3, int(text))
-    except ValueError:
-        return 6

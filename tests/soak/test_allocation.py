@@ -37,6 +37,6 @@ def test_an_allocation_that_is_not_checked_crashes(capsys, monkeypatch, tmp_path
     assert (status, points) == (1, 20)
     assert faults > 0
     assert "crash: SIGSEGV" in printed
-    replay = re.search(r"replay: soak/allocation.py --only '(.*)'", printed)[1]
+    replay = re.search(r"replay: python3 -m soak allocation --only '(.*)'", printed)[1]
     status, printed, points, faults = run(capsys, "--only", replay)
     assert (status, points, faults) == (1, 1, 1), printed

@@ -42,7 +42,7 @@ def test_a_crash_is_told_with_its_seed(planted):
     status, lines = planted("os.kill(os.getpid(), signal.SIGSEGV)")
     assert lines[0] == "seed 7: crash: SIGSEGV"
     assert any("planted.py" in line for line in lines), "no stack"
-    assert "  replay: soak/hostile.py --seed 7 --cases 1" in lines
+    assert "  replay: python3 -m soak hostile --seed 7 --cases 1" in lines
     assert (status, lines[-1]) == (1, "hostile: 7 cases, seed 1: 1 faults")
 
 

@@ -34,8 +34,8 @@ def test_nothing_is_reported_of_the_module(capsys):
     }.items(),
 )
 def test_a_planted_fault_is_reported(capsys, monkeypatch, tmp_path, fault, said):
-    planted = plant(fault, sanitizers.built(), tmp_path)
-    monkeypatch.setattr(sanitizers, "built", lambda: planted)
+    planted = plant(fault, sanitizers.built("sanitize"), tmp_path)
+    monkeypatch.setattr(sanitizers, "built", lambda preset: planted)
     status, printed, _, reports = report(capsys)
     assert status == 1
     assert reports > 0
