@@ -64,20 +64,18 @@ class SidesBounded:
         self._real = real
 
     def __getattr__(self, name: str) -> Any:
-        return getattr(self._real, name)
+        real = getattr(self._real, name)
+        if name not in ("outline", "corners", "area", "depths"):
+            return real
 
-    def outline(self, entity: Any) -> Any:
-        sides = entity.get("n", 0)
-        if isinstance(sides, int) and sides > MOST_SIDES:
-            raise ValueError("too many sides")
-        return self._real.outline(entity)
+        def bounded(given: Any) -> Any:
+            for entity in given["entities"] if name == "depths" else [given]:
+                sides = entity.get("n", 0)
+                if isinstance(sides, int) and sides > MOST_SIDES:
+                    raise ValueError("too many sides")
+            return real(given)
 
-    corners = area = outline
-
-    def depths(self, sketch: Any) -> Any:
-        for entity in sketch["entities"]:
-            self.outline(entity)
-        return self._real.depths(sketch)
+        return bounded
 
 
 class StandInWidget(Recorder):
