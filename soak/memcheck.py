@@ -72,6 +72,8 @@ def looked_at(words: list[str]) -> tuple[subprocess.CompletedProcess[str], list[
         }
         command = [*VALGRIND, f"--log-file={name}/%p.log", sys.executable, *words]
         done = subprocess.run(command, env=environment, capture_output=True, text=True, cwd=ROOT)
+        if not os.listdir(name):
+            raise RuntimeError(f"valgrind looked at nothing: {done.stderr}")
         return done, *read(Path(name))
 
 

@@ -153,6 +153,7 @@ async def _told(
         finally:
             if child.returncode is None:
                 child.kill()
+                await child.wait()
         if ending:
             yield "found", [step, f"{ending}\n{_tail(errors)}".rstrip()]
 
