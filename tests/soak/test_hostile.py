@@ -3,8 +3,10 @@
 import gc
 
 import pytest
+from harness.places import ROOT
 from soak import hostile
 from soak.hostility import neighbours
+from support.children import printed
 
 CASES = 2_000
 
@@ -14,6 +16,11 @@ def test_no_case_crashes_hangs_or_leaves_something_behind(capsys):
     told = capsys.readouterr().out
     assert told == f"hostile: {CASES:,} cases, seed 0: 0 faults\n"
     assert status == 0
+
+
+def test_a_tool_is_a_command():
+    told = printed("-m", "soak", "hostile", "--cases", "3", paths=[ROOT])
+    assert told == "hostile: 3 cases, seed 0: 0 faults\n"
 
 
 PLANTED = """
