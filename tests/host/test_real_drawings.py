@@ -161,6 +161,38 @@ class TestOutline:
         assert len(read(drawing)[0]) == 1
 
 
+class TestBendLines:
+    """From corner to corner of an outline that is drawn in lines."""
+
+    CORNERS = [(0, 0), (50, 0), (100, 0), (100, 60), (50, 60), (0, 60)]
+
+    @pytest.mark.parametrize("pen", [{"layer": "BEND"}, {"color": 3}, {"linetype": "CENTER"}])
+    def test_those_of_another_layer_or_pen_divide_nothing(self, pen):
+        drawing, space = new_drawing()
+        space.add_line((50, 0), (50, 60), dxfattribs=pen)
+        for start, end in zip(self.CORNERS, self.CORNERS[1:] + self.CORNERS[:1]):
+            space.add_line(start, end)
+        ((part,), notes) = read(drawing)
+        assert S.area(part) == pytest.approx(6e-3)
+        assert notes == ["Left out (1): lines and arcs that do not close, near u = 50 mm, v = 0 mm"]
+
+    @pytest.mark.parametrize("is_circle", [True, False])
+    def test_one_through_a_hole_does_not_fill_it(self, is_circle):
+        drawing, space = new_drawing()
+        space.add_line((50, 0), (50, 60))
+        for start, end in zip(self.CORNERS, self.CORNERS[1:] + self.CORNERS[:1]):
+            space.add_line(start, end)
+        if is_circle:
+            space.add_circle((50, 30), 5)
+        else:
+            space.add_arc((50, 30), 5, 45, 200)
+            space.add_arc((50, 30), 5, 200, 45)
+        (found, notes) = read(drawing)
+        assert sorted(S.area(e) for e in found) == pytest.approx([25e-6 * math.pi, 6e-3])
+        (note,) = notes
+        assert note.startswith("Left out (1): lines and arcs that do not close, near u = 50 mm")
+
+
 class TestLayers:
     def frame(self):
         drawing, space = new_drawing()

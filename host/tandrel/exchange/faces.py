@@ -3,16 +3,17 @@
 from __future__ import annotations
 
 import math
-from typing import Any, Dict, Iterator, List, Sequence, Set, Tuple
+from typing import Any, Dict, Iterable, Iterator, List, Sequence, Set, Tuple
 
 import numpy as np
 import numpy.typing as npt
-from shapely.geometry import LineString
+from shapely.geometry import LineString, Polygon
 from shapely.ops import polygonize
+from shapely.prepared import PreparedGeometry, prep
 
 from tandrel.exchange.tidy import Piece, Places, once
 from tandrel.geometry.edges import Edge, Point, Points
-from tandrel.geometry.loops import box, chords
+from tandrel.geometry.loops import Loop, box, chords, divided
 from tandrel.progress import Tick, no_tick
 
 _SMOOTH = 0.02  # how far from an arc the line is that stands for it here, as a part of its chord
@@ -42,6 +43,32 @@ def faces(
         if 2 * face.area > thin * face.length:
             rings.append([pieces[k] if forward else pieces[k].reversed() for k, forward in found])
     return rings, [piece for k, piece in enumerate(pieces) if k not in used]
+
+
+def dividing(rings: Iterable[List[Piece]], closed: Sequence[Loop], reach: float) -> Set[Edge]:
+    """The edges between two rings that run across a closed contour, such as a bend line through a
+    hole: they divide a part that is one. Both ways that an edge may run are in the answer.
+    """
+    edges = [piece.edge for ring in rings for piece in ring]
+    both = {*edges} & {edge.reversed() for edge in edges}
+    if not both:
+        return set()
+    boxes = np.array([box(contour) for contour in closed]).reshape(-1, 4)
+    areas: Dict[int, PreparedGeometry] = {}
+    found: Set[Edge] = set()
+    for edge in both:
+        left, low, right, high = box([edge, edge.reversed()])
+        near = (boxes[:, :2] <= (right, high)).all(axis=1)
+        near &= (boxes[:, 2:] >= (left, low)).all(axis=1)
+        line = LineString([*_smooth(edge), edge.end])
+        for k in map(int, np.flatnonzero(near)):
+            if k not in areas:
+                row = divided(closed[k], reach)
+                areas[k] = prep(Polygon(row if len(row) > 2 else None).buffer(-reach))
+            if areas[k].crosses(line):
+                found.add(edge)
+                break
+    return found
 
 
 def _along(

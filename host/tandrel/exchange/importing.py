@@ -68,7 +68,8 @@ def sketched(
     tick(0.2)
     rows = [*(one.edges for one in closed), *(line.edges for line in open_lines)]
     extent = extent_of(edge for row in rows for edge in row)
-    lines = join.joined(open_lines, extent, lambda done: tick(0.2 + 0.2 * done))
+    whole = [one.edges for one in closed]
+    lines = join.joined(open_lines, extent, whole, lambda done: tick(0.2 + 0.2 * done))
     found, refused = _recognised([*closed, *lines.contours], lambda done: tick(0.4 + 0.4 * done))
     found, again = _once(found)
     kept = _clear(_on_layers(found, answers.get("layers"), notes), notes)

@@ -4,12 +4,24 @@ from __future__ import annotations
 
 import math
 from collections import defaultdict
-from typing import Dict, Iterable, Iterator, List, NamedTuple, Optional, Sequence, Set, Tuple
+from typing import (
+    Dict,
+    Hashable,
+    Iterable,
+    Iterator,
+    List,
+    NamedTuple,
+    Optional,
+    Sequence,
+    Set,
+    Tuple,
+)
 
-from tandrel.exchange.faces import faces
+from tandrel.exchange.faces import dividing, faces
 from tandrel.exchange.lines import Line
 from tandrel.exchange.tidy import Piece, Places, bow, once, pieces, reach
 from tandrel.geometry.edges import Edge, Point
+from tandrel.geometry.loops import Loop
 from tandrel.progress import Tick, no_tick
 
 # How far apart ends lie that are joined when no others are left: metres, and a part of the extent.
@@ -39,13 +51,16 @@ class Joined(NamedTuple):
     bridged: List[Tuple[Point, Point]]
 
 
-def joined(lines: Sequence[Line], extent: float, tick: Tick = no_tick) -> Joined:
-    """The closed contours that open lines make, in a drawing of this extent.
+def joined(
+    lines: Sequence[Line], extent: float, closed: Sequence[Loop] = (), tick: Tick = no_tick
+) -> Joined:
+    """The closed contours that open lines make, in a drawing of this extent, beside closed ones.
 
     Ends that meet within a micrometre are one place; where just two edges end in each place of a
-    row of them, it is a contour. Of the ends that nothing meets those are joined that lie within
-    10 micrometres of each other, then within 100, if neither has one that lies nearer. Of what is
-    still left, the faces that it encloses are contours.
+    row of them, it is a contour; lines of one layer and pen come before others that end there. Of
+    the ends that nothing meets those are joined that lie within 10 micrometres of each other, then
+    within 100, if neither has one that lies nearer. Of what is still left, the faces that it
+    encloses are contours, but for lines that divide what another contour lies across.
     """
     places = Places(reach(extent))
     left, doubled = once(pieces([line.edges for line in lines], places), places.reach)
@@ -57,7 +72,7 @@ def joined(lines: Sequence[Line], extent: float, tick: Tick = no_tick) -> Joined
             layer = lines[ring[0].line].layer
             contours.append(Contour([piece.edge for piece in ring], layer))
 
-    rings, left = _rings(left)
+    rings, left = _rings_by_pen(left, lines)
     take(rings)
     tick(0.5)
     loose = places.reach
@@ -69,11 +84,16 @@ def joined(lines: Sequence[Line], extent: float, tick: Tick = no_tick) -> Joined
             doubled |= more
         left, more = once(_bridged(left, places, loose, bridged), loose)
         doubled |= more
-        rings, left = _rings(left)
+        rings, left = _rings_by_pen(left, lines)
         take(rings)
     gaping = [[piece.edge for piece in row] for row, _ in _rows(left)]
     gaping = [row for row in gaping if math.dist(row[0].start, row[-1].end) > loose]
     rings, left = faces(left, places, loose, lambda done: tick(0.5 + done / 2))
+    across = dividing(rings, [*closed, *(one.edges for one in contours)], places.reach)
+    if across:
+        around = [piece for ring in rings for piece in ring]
+        rings, rest = faces([p for p in around if p.edge not in across], places, loose)
+        left += once((p for p in around if p.edge in across), places.reach)[0] + rest
     take(rings)
     rows = [[piece.edge for piece in row] for row, _ in _rows(left)]
     left_lines = len({piece.line for piece in left})
@@ -87,6 +107,28 @@ def _meeting(pieces: Sequence[Piece]) -> Dict[int, List[int]]:
         found[piece.start].append(k)
         found[piece.end].append(k)
     return found
+
+
+def _rings_by_pen(
+    pieces: List[Piece], lines: Sequence[Line]
+) -> Tuple[List[List[Piece]], List[Piece]]:
+    """The rings of each pen on each layer, then of each layer, then of what is left of all.
+
+    And the pieces that are in none.
+    """
+    found: List[List[Piece]] = []
+    for key in (lambda line: (line.layer, line.pen)), (lambda line: line.layer):
+        alike: Dict[Hashable, List[Piece]] = defaultdict(list)
+        for piece in pieces:
+            alike[key(lines[piece.line])].append(piece)
+        if len(alike) > 1:
+            pieces = []
+            for row in alike.values():
+                rings, left = _rings(row)
+                found += rings
+                pieces += left
+    rings, left = _rings(pieces)
+    return found + rings, left
 
 
 def _rings(pieces: List[Piece]) -> Tuple[List[List[Piece]], List[Piece]]:

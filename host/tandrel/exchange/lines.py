@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from collections.abc import Callable, Mapping
+from collections.abc import Callable, Hashable, Mapping
 from dataclasses import dataclass
 from decimal import Decimal
 from typing import Any, List, NamedTuple, Optional
@@ -23,13 +23,14 @@ class Line(NamedTuple):
     """A row of edges, each of which starts where the one before ends, on a layer.
 
     A full circle is one edge that knows its turn. What is neither straight nor an arc is a curve
-    instead, without edges of its own.
+    instead, without edges of its own. What is drawn with one pen looks alike.
     """
 
     edges: List[Edge]
     is_closed: bool
     layer: str = ""
     curve: Optional[Curve] = None
+    pen: Hashable = None
 
 
 class Stated(NamedTuple):

@@ -39,7 +39,7 @@ def in_metres(drawing: Drawing, metres: Decimal) -> Iterator[Line]:
             drawing.notes.leave(str(why))
             continue
         if edges:
-            yield Line(edges, line.is_closed, line.layer)
+            yield line._replace(edges=edges, curve=None)
     if divided:
         text = tr("Curves ({n}): divided into edges within {error}")
         error = units().fmt(CHORD, "length")

@@ -118,7 +118,8 @@ def lines_of(part: Any, layer: str, notes: Notes) -> List[Line]:
         notes.leave(tr("parts that are damaged"), _place(part))
     else:
         if line.edges or line.curve:
-            return [line._replace(layer=layer)]
+            pen = part.dxf.get("color"), part.dxf.get("linetype")
+            return [line._replace(layer=layer, pen=pen)]
     return []
 
 
