@@ -393,17 +393,19 @@ class TestReading:
         for k in range(2):
             space.add_lwpolyline([(k, 0), (k + 1, 1), (k + 1, 0), (k, 1)], close=True)
         space.add_blockref("NOWHERE", (0, 0))
+        drawing.add_xref_def("other.dxf", "ELSEWHERE")
+        space.add_blockref("ELSEWHERE", (0, 0))
         drawing.layers.add("PLAN").off()
         found, notes = read(drawing)
         assert len(found) == 1
         assert notes[0] == "Left out (3): texts, near u = 1 mm, v = 2 mm"
         assert notes[0].place == pytest.approx((0.001, 0.002))
         assert sorted(notes[1:]) == [
-            "Left out (1): blocks that are missing, damaged or endless",
             "Left out (1): curves and nets in space, near u = 0 mm, v = 0 mm",
             "Left out (1): parts that are hidden or on hidden layers, near u = 0 mm, v = 0 mm",
             "Left out (1): parts that stand askew in space, near u = 0 mm, v = 0 mm",
             "Left out (1): points, near u = 0 mm, v = 0 mm",
+            "Left out (2): blocks that are missing, damaged or endless",
             "Left out (2): contours that cross or touch themselves, near u = 0.5 mm, v = 0.5 mm",
         ]
 

@@ -74,10 +74,32 @@ class TestCurves:
         assert S.area(half) == pytest.approx(math.pi * 30 * 15e-6 / 2, abs=1e-6 * 0.2)
         assert S.outline(half)[:, 1].min() == pytest.approx(0)
 
-    def test_a_flat_polyline_in_space_is_flat(self):
+    @pytest.mark.parametrize("ratio", [0.5, 1.0])
+    @pytest.mark.parametrize("first, last", [(0, 6.2832), (0, 6.28318), (1, 1 + 2 * math.pi)])
+    def test_a_whole_ellipse_begins_anywhere_and_ends_there_but_for_rounding(
+        self, ratio, first, last
+    ):
         drawing, space = new_drawing()
-        space.add_polyline3d([(0, 0, 5), (10, 0, 5), (0, 10, 5)], close=True)
+        space.add_ellipse((0, 0), (40, 10), ratio, first, last)
+        ((whole,), _) = read(drawing)
+        assert S.area(whole) == pytest.approx(math.pi * 1700e-6 * ratio, abs=1e-6 * 0.2)
+
+    def test_closed_curves_of_fit_points_alone(self):
+        drawing, space = new_drawing()
+        space.add_spline([(0, 0), (50, -20), (100, 0), (90, 60), (40, 80), (-10, 50)]).closed = True
+        ((found,), _) = read(drawing)
+        assert S.area(found) > 8e-3  # that of the polygon through the points
+
+    @pytest.mark.parametrize("lift", [0, 0.01])
+    def test_a_flat_polyline_in_space_is_flat(self, lift):
+        drawing, space = new_drawing()
+        space.add_polyline3d([(0, 0, 5), (10, 0, 5 + lift), (0, 10, 5)], close=True)
         assert S.area(read(drawing)[0][0]) == pytest.approx(50e-6)
+
+    def test_what_leans_by_rounding_is_flat(self):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 5, dxfattribs={"extrusion": (0, 1e-6, 1)})
+        assert read(drawing)[0][0]["type"] == "circle"
 
 
 class TestDamage:

@@ -22,7 +22,10 @@ from tandrel.progress import Tick
 _MOST_PARTS = 100_000  # entities of a drawing, those of blocks counted as often as they are placed
 _MOST_COPIES = 10_000  # in an array of blocks
 _DEEPEST = 8  # blocks within each other
-_FLAT = 1e-9  # how far the normal of a part may lean out of that of the drawing
+_FLAT = 1e-5  # how far the normal of a part may lean out of that of the drawing
+_GENTLE = 1e-3  # the slope of a polyline in space, which makes it longer by half a millionth
+_ROUND = 1e-4  # radians by which the ends of a whole ellipse may be off
+_SAME = 1e-9  # by how much the axes of a circle may differ, as a part of them
 _STRAIGHT = 1e-12  # the bulge of a line, at most
 _FEWEST = 4  # chords of a curve between two knots
 
@@ -95,6 +98,8 @@ def _standing(part: Any) -> Tuple[str, bool]:
 def _inside(block: Any) -> Iterator[Any]:
     """The parts of a block where it is placed, or of an array of blocks."""
     if block.mcount > _MOST_COPIES:
+        raise ValueError
+    if block.block() is not None and block.block().block.is_xref:  # in another file
         raise ValueError
     for copy in block.multi_insert() if block.mcount > 1 else [block]:
         yield from copy.virtual_entities()
@@ -172,9 +177,11 @@ def _arc(part: Any) -> Line:
 
 def _ellipse(part: Any) -> Line:
     around = abs(part.dxf.end_param - part.dxf.start_param)
-    is_whole = abs(around - 2 * math.pi) <= _FLAT
+    is_whole = abs(around - 2 * math.pi) <= _ROUND
+    if is_whole:  # from wherever it begins
+        part.dxf.start_param, part.dxf.end_param = 0.0, 2 * math.pi
     _is_mirrored(part)  # it makes no difference, but the ellipse may stand askew
-    if is_whole and abs(part.dxf.ratio - 1) <= _FLAT:
+    if is_whole and abs(part.dxf.ratio - 1) <= _SAME:
         centre = _point(part.dxf.center.x, part.dxf.center.y)
         return Line([arc(centre, _number(part.dxf.major_axis.magnitude), 0.0, 360.0)], True)
     _number(part.dxf.major_axis.magnitude)
@@ -183,7 +190,15 @@ def _ellipse(part: Any) -> Line:
 
 
 def _spline(part: Any) -> Line:
-    # Curves of fit points alone are worked out by the library.
+    # Curves of fit points alone are worked out by the library, which leaves them open.
+    fit = part.fit_points
+    if (
+        part.closed
+        and len(fit)
+        and not len(part.control_points)
+        and tuple(fit[0]) != tuple(fit[-1])
+    ):
+        fit.append(fit[0])
     spline = part.construction_tool()
     points = [_point(p.x, p.y) for p in spline.control_points]
     if spline.degree == 1:
@@ -245,11 +260,15 @@ def _heavy_polyline(part: Any) -> Line:
     # The handles that a smooth curve was drawn by are no points of it.
     corners = [corner.dxf for corner in part.vertices if not corner.dxf.flags & 16]
     if not part.is_2d_polyline:
-        heights = [corner.location.z for corner in corners]
-        if not part.is_3d_polyline or max(heights) - min(heights) > _FLAT:
+        if not part.is_3d_polyline or not _is_flat([corner.location for corner in corners]):
             raise Unfit(tr("curves and nets in space"))
     points = [(c.location.x, c.location.y, c.get("bulge", 0.0)) for c in corners]
     return _polyline(part, points, part.is_2d_polyline and _is_mirrored(part))
+
+
+def _is_flat(points: Sequence[Any]) -> bool:
+    width, depth, height = (max(row) - min(row) for row in zip(*(p.xyz for p in points)))
+    return height <= _GENTLE * max(width, depth)
 
 
 def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrored: bool) -> Line:
