@@ -115,6 +115,17 @@ class TestDamage:
         assert found["r"] == 0.005
         assert notes == [REPAIRED, "Left out (1): texts"]
 
+    @pytest.mark.parametrize(
+        "lines_end, end", [(b"\r\r\n", b""), (b"\n", b"\x1a"), (b"\n", b"\0\n")]
+    )
+    def test_signs_at_the_end_of_lines_and_files(self, lines_end, end):
+        """Of lines whose points are written in another order, too."""
+        line = (0, "LINE", 8, 0, 10, 0, 11, 9, 20, 0, 21, 9)
+        data = raw(*line, 0, "CIRCLE", 8, 0, 10, 0, 20, 0, 40, 5).encode()
+        ((found,), notes) = read(data.replace(b"\n", lines_end) + end, unit="mm")
+        assert found["type"] == "circle"
+        assert REPAIRED in notes
+
     def test_half_a_drawing_is_not_repaired(self):
         text = raw(0, "LINE", 8, 0, 10, 0, 11, 9, 20, 0, 21, 9)
         with pytest.raises(ExchangeError, match="not a sound"):
@@ -181,6 +192,30 @@ class TestOutline:
         space.add_lwpolyline([(10, 10), (90, 10), (90, 40), (10, 40), (10, 11)])
         space.add_lwpolyline([(-10, 60), (-10, -10), (110, -10)])
         assert len(read(drawing)[0]) == 1
+
+
+class TestNothingShown:
+    def test_a_drawing_on_its_sheets(self):
+        drawing, space = new_drawing()
+        drawing.layout("Layout1").add_circle((0, 0), 5)
+        ((found,), notes) = read(drawing)
+        assert found["type"] == "circle"
+        assert notes == ["Nothing is in the model: this is what is on the sheets."]
+        space.add_point((0, 0))
+        with pytest.raises(ExchangeError, match="no closed contour"):
+            read(drawing)
+
+    def test_all_of_it_on_hidden_layers(self):
+        drawing, space = new_drawing()
+        drawing.layers.add("PART").off()
+        space.add_circle((0, 0), 5, dxfattribs={"layer": "PART"})
+        space.add_text("Ø 10")
+        ((found,), notes) = read(drawing)
+        assert found["type"] == "circle"
+        assert notes == [
+            "Nothing that could be cut is shown: this is what is hidden.",
+            "Left out (1): texts, near u = 0 mm, v = 0 mm",
+        ]
 
 
 class TestBendLines:

@@ -4,9 +4,10 @@ from __future__ import annotations
 
 import codecs
 import io
+from copy import deepcopy
 from functools import partial
 from itertools import chain
-from typing import Iterator, List, Optional, Tuple
+from typing import Any, Collection, Iterator, List, Optional, Tuple
 
 import ezdxf
 from ezdxf import recover
@@ -17,7 +18,7 @@ from tandrel.exchange import ExchangeError
 from tandrel.exchange.dxf.parts import NEVER_CUT, lines_of, spread
 from tandrel.exchange.dxf.placing import is_noted, placed
 from tandrel.exchange.dxf.units import stated
-from tandrel.exchange.lines import Drawing
+from tandrel.exchange.lines import Drawing, Line
 from tandrel.exchange.tell import Notes
 from tandrel.gui.i18n import tr
 from tandrel.progress import Tick
@@ -29,11 +30,17 @@ _BINARY = b" Binary DXF\r\n\x1a\x00"
 def read(data: bytes, tick: Tick) -> Drawing:
     """What is shown in a drawing, that of blocks where they are placed.
 
-    ExchangeError where the library can't make sense of it.
+    It is what the model is made of; where that is empty, what is on the sheets. If nothing of it
+    that could be cut is shown, it is what is hidden. ExchangeError where the library can't make
+    sense of it.
     """
-    document, notes = _loaded(data.removeprefix(codecs.BOM_UTF8), lambda done: tick(done / 2))
+    document, found = _loaded(data.removeprefix(codecs.BOM_UTF8), lambda done: tick(done / 2))
     try:
         parts = list(document.modelspace())
+        if not parts:
+            parts = _on_sheets(document)
+            if parts:
+                found.tell(tr("Nothing is in the model: this is what is on the sheets."))
         hidden = {
             layer.dxf.name.lower()
             for layer in document.layers
@@ -45,10 +52,24 @@ def read(data: bytes, tick: Tick) -> Drawing:
         is_metric = bool(document.header["$MEASUREMENT"]) if b"$MEASUREMENT" in data else None
     except Exception as error:  # of a damaged drawing the library may raise anything
         raise _unsound(error) from error
+
+    def looked(hidden: Collection[str], notes: Notes) -> List[Line]:
+        shown = spread(parts, hidden, notes, lambda done: tick(0.5 + done / 2))
+        return [line for part, layer in shown for line in lines_of(part, layer, notes)]
+
+    notes = deepcopy(found)
+    lines = looked(hidden, notes)
+    if hidden and not lines:
+        found.tell(tr("Nothing that could be cut is shown: this is what is hidden."))
+        lines = looked((), found)
+        notes = found if lines else notes
     named = stated(code, is_metric)
-    shown = spread(parts, hidden, notes, lambda done: tick(0.5 + done / 2))
-    lines = [line for part, layer in shown for line in lines_of(part, layer, notes)]
     return Drawing(lines, named, notes, placed(properties), is_noted(properties))
+
+
+def _on_sheets(document: Document) -> List[Any]:
+    sheets = [document.layout(name) for name in document.layout_names() if name != "Model"]
+    return [part for sheet in sheets for part in sheet if part.dxftype() != "VIEWPORT"]
 
 
 def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
@@ -61,10 +82,12 @@ def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
     except Exception as error:
         if stream.stopped is not None:
             raise stream.stopped from None
+        # Some programs end each line twice, some the file with a sign of its own.
+        lines = data.replace(b"\r\r\n", b"\n").strip(b"\0\x1a \t\r\n").splitlines()
         # Half of a drawing is of no use, however well it is repaired.
-        if data.split()[-1:] != [b"EOF"]:
+        if [line.strip() for line in lines[-1:]] != [b"EOF"]:
             raise _unsound(error) from error
-        for text, notes in _repairable(data):
+        for text, notes in _repairable(lines):
             try:
                 document, _ = recover.read(io.BytesIO(text))
             except Exception:
@@ -74,9 +97,8 @@ def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
         raise _unsound(error) from error
 
 
-def _repairable(data: bytes) -> Iterator[Tuple[bytes, Notes]]:
+def _repairable(lines: List[bytes]) -> Iterator[Tuple[bytes, Notes]]:
     """A damaged drawing, and then without the parts that are never cut, sound or not."""
-    lines = data.splitlines()
     yield b"\n".join(lines), Notes()
     kept, notes, is_kept = [], Notes(), True
     for code, value in zip(lines[::2], lines[1::2]):
