@@ -277,11 +277,43 @@ class TestLayers:
         space.add_circle((70, 70), 5)
         with pytest.raises(LayersUnclear) as asked:
             read(drawing)
-        assert asked.value.layers == {"0: sheet": 2, "0": 2}
+        assert asked.value.layers == {"0: sheet": 1, "0: border": 1, "0": 2}
         assert asked.value.proposed == ["0"]
         assert len(read(drawing, layers=["0"])[0]) == 2
         rectangle(space, -5, -5, 310, 220)
         assert len(read(drawing)[0]) == 5
+
+    @pytest.mark.parametrize("layer", ["0", "HOLES"])
+    def test_what_lies_where_a_border_would_may_be_the_part(self, layer):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 297, 210)
+        rectangle(space, 8, 5, 280, 200)
+        for u in 50, 150:
+            space.add_circle((u, 50), 10, dxfattribs={"layer": layer})
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.layers == {"0: sheet": 1, "0: border": 1, layer: 2}
+        assert asked.value.proposed == ["0: border", layer]
+        assert len(read(drawing, layers=asked.value.proposed)[0]) == 3
+
+    def test_the_layer_of_a_sheet_is_no_other_one(self):
+        """Of old drawings, in which nobody minds the colon."""
+        boxes = (0, 0, 297, 210), (50, 50, 150, 110)
+        sides = [
+            (0, "LINE", 8, 0, 10, u, 20, v, 11, w, 21, z)
+            for left, low, right, high in boxes
+            for u, v, w, z in (
+                (left, low, right, low),
+                (right, low, right, high),
+                (right, high, left, high),
+                (left, high, left, low),
+            )
+        ]
+        hole = (0, "CIRCLE", 8, "0: sheet", 10, 70, 20, 70, 40, 5)
+        with pytest.raises(LayersUnclear) as asked:
+            read(raw(*(tag for line in (*sides, hole) for tag in line)))
+        assert asked.value.layers == {"0: sheet": 1, "0: sheet'": 1, "0": 1}
+        assert asked.value.proposed == ["0: sheet", "0"]
 
     def test_a_part_that_touches_the_frame_is_no_notch_of_it(self):
         drawing, space = new_drawing()

@@ -184,17 +184,16 @@ def _clear(found: List[Found], notes: Notes) -> List[Found]:
 def _on_layers(found: List[Found], chosen: Optional[Sequence[str]], notes: Notes) -> List[Found]:
     """The shapes on the layers that the user wants, or on all but that of the sheet's frame."""
     entities, shapes = [one.entity for one in found], [one.shape for one in found]
-    names = layers.without_sheet(entities, shapes, [one.layer for one in found])
+    names, border = layers.without_sheet(entities, shapes, [one.layer for one in found])
     found = [one._replace(layer=name) for one, name in zip(found, names)]
     if chosen is None:
-        frame = layers.frame(entities, shapes, names) if found else None
+        frame = layers.frame(entities, shapes, names, border) if found else None
         if frame is None:
             return found
-        rest = [name for name in layers.by_contours(names) if name != frame.layer]
         raise LayersUnclear(
             tr("the layer {layer} is a rectangle around everything else").format(layer=frame.layer),
             layers.by_contours(names),
-            rest if frame.is_sure else list(layers.by_contours(names)),
+            frame.part,
         )
     unknown = next((name for name in chosen if name not in names), None)
     if unknown is not None:

@@ -2,13 +2,13 @@
 
 from __future__ import annotations
 
-from typing import Dict, List, NamedTuple, Optional, Sequence
+from typing import Collection, Dict, List, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
 
 from tandrel.geometry import nesting
 from tandrel.geometry.shapes import Shape
-from tandrel.gui.i18n import tr
+from tandrel.gui.i18n import N_, tr
 from tandrel.kinds.kind import Entity
 
 # Those that drawings of this application have: what lies within another is a hole there.
@@ -26,48 +26,71 @@ class Frame(NamedTuple):
     """A layer whose contours are sharp rectangles around all of the others."""
 
     layer: str
-    is_sure: bool  # whether what it holds has contours within each other, as a part has
+    part: List[str]  # the layers that most would take
 
 
 def without_sheet(
     entities: Sequence[Entity], shapes: Sequence[Shape], layers: Sequence[str]
-) -> List[str]:
+) -> Tuple[List[str], str]:
     """The layers, but for a sheet's edge and border on the layer of others: they get their own.
 
-    A third rectangle is the part.
+    And the layer of the border, empty if there is none. A third rectangle is the part; so may the
+    second be, if nothing in it lies within another.
     """
     names = list(layers)
     if set(names) <= {"", *OWN}:
-        return names
+        return names, ""
+    around, within = _sheet(entities, shapes)
+    rest = {names[k] for k in within}
+    if len(around) == 2 and not _is_nested([shapes[k] for k in within]):
+        rest |= {names[around[0]]}  # it may be a sheet without a border
+    border = ""
+    if rest & {names[k] for k in around}:
+        for k, text in zip(around, (N_("{layer}: sheet"), N_("{layer}: border"))):
+            names[k] = border = _unused(tr(text).format(layer=names[k]), layers)
+    return names, border if len(around) == 2 else ""
+
+
+def _sheet(entities: Sequence[Entity], shapes: Sequence[Shape]) -> Tuple[List[int], List[int]]:
+    """What may be the edge of a sheet, then its border, and all that lies within them."""
     order = sorted(range(len(shapes)), key=lambda k: -shapes[k].area)
     around: List[int] = []
-    for rank, k in enumerate(order[:-1]):
-        e, inner = entities[k], order[rank + 1 :]
-        if len(around) == 2 or e["type"] != "rectangle" or e["radius"]:
+    while len(around) < min(2, len(order) - 1):
+        k, *inner = order[len(around) :]
+        e = entities[k]
+        if e["type"] != "rectangle" or e["radius"]:
             break
         if around:
             larger = entities[around[-1]]
-            is_part = max(larger["w"] - e["w"], larger["h"] - e["h"]) <= _MARGINS + _ROUND
+            is_one = max(larger["w"] - e["w"], larger["h"] - e["h"]) <= _MARGINS + _ROUND
         else:
-            is_part = any(
+            is_one = any(
                 abs(a - e["w"]) <= _ROUND and abs(b - e["h"]) <= _ROUND
                 for one, other in _SHEETS
                 for a, b in ((one, other), (other, one))
             )
         holds = shapes[k].prepared.contains_properly
-        if not is_part or not all(holds(shapes[j].polygon) for j in inner):
+        if not is_one or not all(holds(shapes[j].polygon) for j in inner):
             break
         around.append(k)
-    if {names[k] for k in around} & {names[k] for k in range(len(names)) if k not in around}:
-        for k in around:
-            names[k] = tr("{layer}: sheet").format(layer=names[k])
-    return names
+    return around, order[len(around) :]
+
+
+def _unused(name: str, names: Collection[str]) -> str:
+    return next(
+        other for other in (name + "'" * k for k in range(len(names) + 1)) if other not in names
+    )
+
+
+def _is_nested(shapes: Sequence[Shape]) -> bool:
+    """Whether there are contours within each other, as a part has."""
+    return max(nesting.depths(tuple(shapes)), default=0) > 0
 
 
 def frame(
-    entities: Sequence[Entity], shapes: Sequence[Shape], layers: Sequence[str]
+    entities: Sequence[Entity], shapes: Sequence[Shape], layers: Sequence[str], border: str = ""
 ) -> Optional[Frame]:
-    """The layer that may be the frame around the sheet."""
+    """The layer that may be the frame around the sheet, whose border may be on another."""
     if len(set(layers)) < 2 or set(layers) <= OWN:
         return None
     outer = max(range(len(shapes)), key=lambda k: shapes[k].area)
@@ -81,8 +104,12 @@ def frame(
     boxes = np.array([shapes[k].box for k in inner]).reshape(-1, 2, 2)
     if (boxes[:, 0] < least).any() or (boxes[:, 1] > greatest).any():
         return None
-    depths = nesting.depths(tuple(shapes[k] for k in inner))
-    return Frame(layer, max(depths) > 0)
+    part = list(by_contours(layers))
+    for name in (layer, border):
+        left = [one for one, other in zip(shapes, layers) if other in part and other != name]
+        if name in part and _is_nested(left):
+            part.remove(name)
+    return Frame(layer, part)
 
 
 def by_contours(layers: Sequence[str]) -> Dict[str, int]:
