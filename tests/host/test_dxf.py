@@ -289,6 +289,27 @@ class TestUnits:
             with pytest.raises(UnitsMissing):
                 read(drawing)
 
+    @pytest.mark.parametrize(
+        "code, size, hole, is_believed",
+        [(5, 30, 0.3, True), (5, 30, 3, False), (5, 60, 0.3, False), (9, 3000, 40, True)]
+        + [(9, 300, 3, False), (13, 30_000, 500, True), (2, 1, 0.1, False), (14, 5, 0.1, False)],
+    )
+    def test_units_in_which_few_draw_are_asked_about_unless_all_speaks_for_them(
+        self, code, size, hole, is_believed
+    ):
+        drawing = disc(code, size)
+        drawing.modelspace().add_circle((0, 0), hole)
+        if is_believed:
+            assert len(read(drawing)[0]) == 2
+        else:
+            with pytest.raises(UnitsMissing):
+                read(drawing)
+
+    def test_they_are_named_by_their_signs(self):
+        with pytest.raises(UnitsMissing, match="its unit is ft, which") as asked:
+            read(disc(2, 1))
+        assert asked.value.choices["stated"] == "ft: 304.8 mm × 304.8 mm"
+
     @pytest.mark.parametrize("code", [20, 99, -1])
     def test_units_that_no_part_has_are_asked_about(self, code):
         with pytest.raises(UnitsMissing):
