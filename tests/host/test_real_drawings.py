@@ -19,7 +19,9 @@ class TestCurves:
         space.add_ellipse((0, 0), (1e9, 0), 0.5)
         space.add_circle((20, 20), 5)
         (_, notes) = read(drawing, unit="mm", outline="go on")
-        assert notes == ["Left out (2): an outline can have 10000 corners at most"]
+        assert notes == [
+            "Left out (2): an outline can have 10000 corners at most, near u = 0 mm, v = 0 mm"
+        ]
 
     def test_a_closed_spline(self):
         """Its area is that of a fine polygon of the same curve, worked out by the library."""
@@ -183,6 +185,17 @@ class TestOutline:
         space.add_lwpolyline([(0, 0), (100, 80), (100, 0), (0, 80)], close=True)
         space.add_circle((20, 30), 5)
         with pytest.raises(OutlineOpen, match="cross or touch themselves"):
+            read(drawing)
+
+    @pytest.mark.parametrize("is_spline", [True, False])
+    def test_one_with_more_corners_than_any_can_have(self, is_spline):
+        drawing, space = new_drawing()
+        if is_spline:
+            space.add_rational_spline([(0, 0), (50, 100), (100, 0)], [1, -1, 1], degree=2)
+        else:
+            space.add_lwpolyline([(k / 500, k % 2) for k in range(50_000)] + [(0, 90)], close=True)
+        space.add_circle((20, 30), 5)
+        with pytest.raises(OutlineOpen, match="0 mm large, .*: an outline can have 10000 corners"):
             read(drawing)
 
     def test_lines_within_and_beside_a_part_are_none(self):

@@ -60,7 +60,8 @@ def sketched(
     notes = drawing.notes
     notes.scale(float(metres))
     closed, open_lines = [], []
-    for line in in_metres(drawing, metres):
+    lost: List[Tuple[List[Edge], str]] = []
+    for line in in_metres(drawing, metres, lost):
         if line.is_closed or line.edges[0].turn is not None:
             closed.append(Contour(line.edges, line.layer))
         else:
@@ -71,6 +72,7 @@ def sketched(
     whole = [one.edges for one in closed]
     lines = join.joined(open_lines, extent, whole, lambda done: tick(0.2 + 0.2 * done))
     found, refused = _recognised([*closed, *lines.contours], lambda done: tick(0.4 + 0.4 * done))
+    refused += [Refused(edges, why, edges[0].start) for edges, why in lost]
     found, again = _once(found)
     kept = _clear(_on_layers(found, answers.get("layers"), notes), notes)
     tick(0.9)

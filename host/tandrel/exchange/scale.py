@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import math
 from decimal import Decimal
-from typing import Callable, Dict, Iterator, List
+from typing import Callable, Dict, Iterator, List, Tuple
 
 from tandrel.exchange import ExchangeError
 from tandrel.exchange.lines import TOO_LARGE, Drawing, Line
@@ -14,8 +15,14 @@ from tandrel.gui.i18n import tr
 from tandrel.units import units
 
 
-def in_metres(drawing: Drawing, metres: Decimal) -> Iterator[Line]:
-    """The lines in metres, curves divided; those that no sketch can hold are left out."""
+def in_metres(
+    drawing: Drawing, metres: Decimal, lost: List[Tuple[List[Edge], str]]
+) -> Iterator[Line]:
+    """The lines in metres, curves divided, but for those that no sketch can hold.
+
+    Of these it adds where they run, about, and why they are out to ``lost``; those that are too
+    large even for that are told.
+    """
     known: Dict[float, float] = {}
     divided = 0
 
@@ -36,7 +43,11 @@ def in_metres(drawing: Drawing, metres: Decimal) -> Iterator[Line]:
                 divided += not is_curved(edges)
             edges = [_scaled(edge, length) for edge in edges]
         except ExchangeError as why:
-            drawing.notes.leave(str(why))
+            try:
+                rough = line.edges if line.curve is None else line.curve(math.inf)
+                lost.append(([_scaled(edge, length) for edge in rough], str(why)))
+            except ExchangeError:
+                drawing.notes.leave(str(why))
             continue
         if edges:
             yield line._replace(edges=edges, curve=None)

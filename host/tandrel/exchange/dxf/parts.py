@@ -242,7 +242,8 @@ def _curve(divided: Callable[[float], Any], is_closed: bool) -> Line:
         points = [_point(p.x, p.y) for p in islice(divided(error / 2), MOST_EDGES + 1)]
         # Of a curve that runs to infinity and back there is no end.
         if len(points) > MOST_EDGES:
-            raise _too_long()
+            text = tr("an outline can have {most} corners at most")
+            raise Unfit(text.format(most=MOST_CORNERS))
         if math.isfinite(error):
             return as_edges(points, error)
         return [Edge(a, b) for a, b in zip(points, points[1:])]
@@ -272,8 +273,6 @@ def _is_flat(points: Sequence[Any]) -> bool:
 
 
 def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrored: bool) -> Line:
-    if len(vertices) > MOST_EDGES:
-        raise _too_long()
     points = [_point(u, v, mirrored) for u, v, _ in vertices]
     bulges = [_number(-bulge if mirrored else bulge) for *_, bulge in vertices]
     # Of what is straight but for less than any rounding there is no centre.
@@ -282,10 +281,6 @@ def _polyline(part: Any, vertices: Sequence[Tuple[float, float, float]], mirrore
     if not part.is_closed:
         del edges[-1:]
     return Line(edges, bool(part.is_closed))
-
-
-def _too_long() -> Unfit:
-    return Unfit(tr("an outline can have {most} corners at most").format(most=MOST_CORNERS))
 
 
 def _is_mirrored(part: Any) -> bool:
