@@ -1,5 +1,6 @@
 """DXF drawings that are damaged, senseless or too large: a message, or what is sound in them."""
 
+import io
 import math
 
 import pytest
@@ -143,3 +144,56 @@ class TestExcess:
             file.truncate(10**12)
         with pytest.raises(ExchangeError):
             exchange.import_(path)
+
+
+SQUARE = (90, 4, 70, 1, 10, 0, 20, 0, 10, 9, 20, 0, 10, 9, 20, 9, 10, 0, 20, 9)
+PLAIN = (0, "LWPOLYLINE", 8, "CUT", *SQUARE)
+MARKED = (*LWPOLYLINE[:4], 8, "CUT", *LWPOLYLINE[4:], *SQUARE)
+KNOTS = (0, 0, 1, 2, 3, 4, 4)
+CURVE = (0, "SPLINE", 8, "CUT", 70, 8, 71, 1, 72, 7, 73, 5)
+CURVE += tuple(tag for knot in KNOTS for tag in (40, knot))
+CURVE += tuple(tag for u, v in ((0, 0), (9, 0), (9, 9), (0, 9), (0, 0)) for tag in (10, u, 20, v))
+
+
+class TestRepair:
+    """Drawings that the library refuses, or reads in part, although all of it is there."""
+
+    @pytest.mark.parametrize("version", [None, "", "AC1009", "AC1015"])
+    @pytest.mark.parametrize("kind", [PLAIN, MARKED, CURVE], ids=["plain", "marked", "curve"])
+    def test_young_parts_of_drawings_that_call_themselves_old(self, version, kind):
+        text = raw(*kind, units=None if version is None else 4)
+        before, _, after = text.partition("9\n$ACADVER\n1\nAC1015\n")
+        named = f"9\n$ACADVER\n1\n{version}\n" if version else ""
+        text = before + named + after if after else text
+        ((found,), _) = read(text, unit="mm")
+        assert found["type"] == "rectangle"
+        assert S.area(found) == pytest.approx(81e-6)
+
+    def test_a_comma_in_numbers(self):
+        text = raw(0, "CIRCLE", 8, 0, 10, "0,5", 20, "-,5", 40, "1,25")
+        ((found,), _) = read(text, unit="mm")
+        assert found == pytest.approx({"type": "circle", "xc": 5e-4, "yc": -5e-4, "r": 1.25e-3})
+
+    @pytest.mark.parametrize("number", ["12.5mm", "1.#QNAN", "1.2.3", "x", ""])
+    def test_a_part_without_one_of_its_numbers_is_left_out(self, number):
+        """The library would make one up, of what looks like a number in it."""
+        vertices = ((0, "VERTEX", 8, 0, 10, u, 20, v) for u, v in ((0, 0), (number, 0), (9, 9)))
+        polyline = (0, "POLYLINE", 8, 0, 66, 1, 70, 1, *(x for v in vertices for x in v))
+        text = raw(*polyline, 0, "SEQEND", 8, 0, 0, "CIRCLE", 8, 0, 10, 0, 20, 0, 40, 5)
+        ((found,), notes) = read(text, unit="mm")
+        assert found["type"] == "circle"
+        assert notes[1:] == ["Left out (1): parts that are damaged"]
+
+    @pytest.mark.parametrize("lost", ["HEADER", "TABLES"])
+    def test_without_a_section(self, lost):
+        drawing, space = new_drawing()
+        space.add_circle((0, 0), 5)
+        text = io.StringIO()
+        drawing.write(text)
+        before, _, rest = text.getvalue().partition(f"  0\nSECTION\n  2\n{lost}\n")
+        ((found,), _) = read(before + rest.partition("ENDSEC\n")[2], unit="mm")
+        assert found["type"] == "circle"
+
+    def test_of_references_to_nothing(self):
+        text = raw(0, "CIRCLE", 5, 0, 8, 0, 10, 0, 20, 0, 40, 5)
+        assert len(read(text, unit="mm")[0]) == 1

@@ -311,3 +311,4 @@ _READERS: dict[str, Tuple[Callable[[Any], Line], Tuple[str, ...]]] = {
     "LWPOLYLINE": (_light_polyline, ()),
     "POLYLINE": (_heavy_polyline, ()),
 }
+READABLE = {*_READERS, "INSERT"}

@@ -5,6 +5,7 @@ from __future__ import annotations
 import codecs
 import io
 from copy import deepcopy
+from copy import deepcopy
 from functools import partial
 from itertools import chain
 from typing import Any, Collection, Iterator, List, Optional, Tuple
@@ -15,8 +16,9 @@ from ezdxf.document import Drawing as Document
 from ezdxf.lldxf.tagger import binary_tags_loader
 
 from tandrel.exchange import ExchangeError
-from tandrel.exchange.dxf.parts import NEVER_CUT, lines_of, spread
+from tandrel.exchange.dxf.parts import lines_of, spread
 from tandrel.exchange.dxf.placing import is_noted, placed
+from tandrel.exchange.dxf.repair import dated, repaired
 from tandrel.exchange.dxf.units import stated
 from tandrel.exchange.lines import Drawing, Line
 from tandrel.exchange.tell import Notes
@@ -34,7 +36,9 @@ def read(data: bytes, tick: Tick) -> Drawing:
     that could be cut is shown, it is what is hidden. ExchangeError where the library can't make
     sense of it.
     """
-    document, found = _loaded(data.removeprefix(codecs.BOM_UTF8), lambda done: tick(done / 2))
+    document, found = _loaded(
+        dated(data.removeprefix(codecs.BOM_UTF8)), lambda done: tick(done / 2)
+    )
     try:
         parts = list(document.modelspace())
         if not parts:
@@ -49,7 +53,8 @@ def read(data: bytes, tick: Tick) -> Drawing:
         properties = dict(document.header.custom_vars.properties)
         # A drawing without a header gets one from the library, with a unit that nobody chose.
         code = document.units if b"$INSUNITS" in data else 0
-        is_metric = bool(document.header["$MEASUREMENT"]) if b"$MEASUREMENT" in data else None
+        metric = document.header.get("$MEASUREMENT") if b"$MEASUREMENT" in data else None
+        is_metric = None if metric is None else bool(metric)
     except Exception as error:  # of a damaged drawing the library may raise anything
         raise _unsound(error) from error
 
@@ -82,12 +87,7 @@ def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
     except Exception as error:
         if stream.stopped is not None:
             raise stream.stopped from None
-        # Some programs end each line twice, some the file with a sign of its own.
-        lines = data.replace(b"\r\r\n", b"\n").strip(b"\0\x1a \t\r\n").splitlines()
-        # Half of a drawing is of no use, however well it is repaired.
-        if [line.strip() for line in lines[-1:]] != [b"EOF"]:
-            raise _unsound(error) from error
-        for text, notes in _repairable(lines):
+        for text, notes in repaired(data):
             try:
                 document, _ = recover.read(io.BytesIO(text))
             except Exception:
@@ -95,21 +95,6 @@ def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
             notes.tell(tr("The file is damaged; it was repaired as well as it can be."))
             return document, notes
         raise _unsound(error) from error
-
-
-def _repairable(lines: List[bytes]) -> Iterator[Tuple[bytes, Notes]]:
-    """A damaged drawing, and then without the parts that are never cut, sound or not."""
-    yield b"\n".join(lines), Notes()
-    kept, notes, is_kept = [], Notes(), True
-    for code, value in zip(lines[::2], lines[1::2]):
-        if code.strip() == b"0":
-            what = NEVER_CUT.get(value.strip().decode("latin-1").upper())
-            is_kept = what is None
-            if what is not None:
-                notes.leave(tr(what))
-        if is_kept:
-            kept += [code, value]
-    yield b"\n".join([*kept, b""]), notes
 
 
 def _unsound(error: Exception) -> ExchangeError:
