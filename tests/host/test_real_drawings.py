@@ -262,6 +262,15 @@ class TestBendLines:
         (note,) = notes
         assert note.startswith("Left out (1): lines and arcs that do not close, near u = 50 mm")
 
+    @pytest.mark.parametrize("radius", [0, -5, 1e-300])
+    def test_one_through_what_is_no_hole(self, radius):
+        drawing, space = new_drawing()
+        space.add_line((50, 0), (50, 60))
+        for start, end in zip(self.CORNERS, self.CORNERS[1:] + self.CORNERS[:1]):
+            space.add_line(start, end)
+        space.add_circle((50, 30), radius)
+        assert len(read(drawing)[0]) == 2
+
 
 class TestLayers:
     def frame(self):

@@ -18,6 +18,8 @@ from tandrel.progress import Tick, no_tick
 
 _SMOOTH = 0.02  # how far from an arc the line is that stands for it here, as a part of its chord
 
+_SHALLOW = 1e-3  # how deep a line runs into a contour that it crosses, of its size, at least
+
 
 def faces(
     pieces: List[Piece], places: Places, thin: float, tick: Tick = no_tick
@@ -45,7 +47,7 @@ def faces(
     return rings, [piece for k, piece in enumerate(pieces) if k not in used]
 
 
-def dividing(rings: Iterable[List[Piece]], closed: Sequence[Loop], reach: float) -> Set[Edge]:
+def dividing(rings: Iterable[List[Piece]], closed: Sequence[Loop]) -> Set[Edge]:
     """The edges between two rings that run across a closed contour, such as a bend line through a
     hole: they divide a part that is one. Both ways that an edge may run are in the answer.
     """
@@ -54,21 +56,28 @@ def dividing(rings: Iterable[List[Piece]], closed: Sequence[Loop], reach: float)
     if not both:
         return set()
     boxes = np.array([box(contour) for contour in closed]).reshape(-1, 4)
+    sizes = (boxes[:, 2:] - boxes[:, :2]).max(axis=1, initial=0.0)
     areas: Dict[int, PreparedGeometry] = {}
     found: Set[Edge] = set()
     for edge in both:
         left, low, right, high = box([edge, edge.reversed()])
         near = (boxes[:, :2] <= (right, high)).all(axis=1)
-        near &= (boxes[:, 2:] >= (left, low)).all(axis=1)
+        near &= (boxes[:, 2:] >= (left, low)).all(axis=1) & (sizes > 0)
         line = LineString([*_smooth(edge), edge.end])
         for k in map(int, np.flatnonzero(near)):
             if k not in areas:
-                row = divided(closed[k], reach)
-                areas[k] = prep(Polygon(row if len(row) > 2 else None).buffer(-reach))
+                areas[k] = prep(_core(closed[k], _SHALLOW * float(sizes[k])))
             if areas[k].crosses(line):
                 found.add(edge)
                 break
     return found
+
+
+def _core(contour: Loop, error: float) -> Polygon:
+    """What a contour encloses, but for its rim; nothing if it is no contour."""
+    is_one = all(edge.radius > 0 for edge in contour if edge.bulge)
+    row = divided(contour, error) if is_one else []
+    return Polygon(row if len(row) > 2 else None).buffer(-error)
 
 
 def _along(

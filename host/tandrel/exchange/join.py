@@ -89,7 +89,7 @@ def joined(
     gaping = [[piece.edge for piece in row] for row, _ in _rows(left)]
     gaping = [row for row in gaping if math.dist(row[0].start, row[-1].end) > loose]
     rings, left = faces(left, places, loose, lambda done: tick(0.5 + done / 2))
-    across = dividing(rings, [*closed, *(one.edges for one in contours)], places.reach)
+    across = dividing(rings, [*closed, *(one.edges for one in contours)])
     if across:
         around = [piece for ring in rings for piece in ring]
         rings, rest = faces([p for p in around if p.edge not in across], places, loose)

@@ -91,9 +91,7 @@ def _with_numbers(records: Iterable[_Record], notes: Notes) -> Iterator[_Record]
             yield record
             continue
         try:
-            yield [
-                (code, _number(value) if code in _LENGTHS else value) for code, value in record
-            ]
+            yield [(code, _number(value) if code in _LENGTHS else value) for code, value in record]
         except ValueError:
             notes.leave(tr("parts that are damaged"))
 
