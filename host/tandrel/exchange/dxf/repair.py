@@ -19,7 +19,8 @@ _REFERENCES = b"5", b"330", b"360"  # to and from what may be missing
 # The names of the classes of those parts that the library doesn't read without.
 _CLASSES = {b"LWPOLYLINE": b"AcDbPolyline", b"SPLINE": b"AcDbSpline"}
 # Parts that the older versions of the format don't have, and the first version that has them.
-_YOUNG = re.compile(rb"[\r\n]\s*0\s+(?:LWPOLYLINE|SPLINE|ELLIPSE)\s")
+_YOUNG = re.compile(rb"[\r\n][ \t]*0[ \t]*[\r\n]+[ \t]*(?:LWPOLYLINE|SPLINE|ELLIPSE)\s")
+_HEADER = re.compile(rb"[\r\n][ \t]*2[ \t]*[\r\n]+[ \t]*HEADER[ \t]*[\r\n]+")
 _VERSION = re.compile(rb"\$ACADVER\s+1\s+(\S+)")
 _YOUNGER, _FIRST = b"AC1012", b"AC1015"
 
@@ -35,7 +36,7 @@ def dated(data: bytes) -> bytes:
     if named:
         return data[: named.start(1)] + _FIRST + data[named.end(1) :]
     version = b"9\n$ACADVER\n1\n%s\n" % _FIRST
-    header = re.search(rb"\n\s*2\s+HEADER\s*\n", data)
+    header = _HEADER.search(data)
     if header:
         return data[: header.end()] + version + data[header.end() :]
     return b"0\nSECTION\n2\nHEADER\n%s0\nENDSEC\n%s" % (version, data)
