@@ -5,7 +5,6 @@ from __future__ import annotations
 import codecs
 import io
 from copy import deepcopy
-from copy import deepcopy
 from functools import partial
 from itertools import chain
 from typing import Any, Collection, Iterator, List, Optional, Tuple
