@@ -143,5 +143,5 @@ def test_a_tick_stops_it_where_lines_end_on_lines():
     comb = [[((k / 9, 0), (k / 9, 1))] for k in range(9)]
     told = []
     lines = [Line([Edge(*edge) for edge in line], False) for line in [*comb, [((0, 0), (1, 0))]]]
-    joined(lines, 1.0, told.append)
+    joined(lines, 1.0, tick=told.append)
     assert told == sorted(told) and len(told) > 10 and told[-1] <= 1
