@@ -41,6 +41,11 @@ FOUND = {
         NO_ATTRIBUTE + "sys.modules['tkinter.ttk'] = other = object()",
         "module.ttk is other and module.tk is stage.tk",
     ),
+    "what a package has, with one import for each name": (
+        "import builtins; real, asked = builtins.__import__, []\n"
+        "builtins.__import__ = lambda name, *rest: asked.append(name) or real(name, *rest)",
+        "asked.count('tandrel.gui.widgets') == len('PAL Form Tooltip num_text px units'.split())",
+    ),
     "imported modules themselves come from the table": (
         "import tandrel.gui; tandrel.gui.widgets = tandrel.gui.i18n = object()\n"
         "import numpy; sys.modules['numpy'] = other = types.ModuleType('numpy')",

@@ -143,6 +143,13 @@ def test_picking_measures_with_a_replaced_numpy(neighbours, sketcher, monkeypatc
     editor = PlainEditor(entities=[circle(0.0, 0.0, 1.0)])
     outside = [float(v) for v in editor.to_screen((30.0, 0.0))]
     assert editor.pick(*outside) is None
-    replaced = types.SimpleNamespace(array=np.array, hypot=lambda dx, dy: np.float64(9.0))
-    monkeypatch.setattr(sketcher, "np", replaced)
+    seen = []
+
+    def hypot(dx, dy):
+        seen.append((dx, dy))
+        return np.float64(9.0)
+
+    monkeypatch.setattr(sketcher, "np", types.SimpleNamespace(array=np.array, hypot=hypot))
     assert editor.pick(*outside) == 0
+    outline = [editor.to_screen(p) for p in sketcher.S.outline(circle(0.0, 0.0, 1.0))]
+    assert seen == [(u - outside[0], v - outside[1]) for u, v in outline]
