@@ -1,6 +1,7 @@
 """The application's editor as a whole: clicks and drags, what its habits do together, its list."""
 
 import copy
+from tkinter import ttk
 
 import pytest
 from support.application import status
@@ -209,6 +210,27 @@ def test_the_button_deletes_whatever_has_the_keyboard(at_work):
         button(editor, "Delete").invoke()
         assert editor.sk["entities"] == []
         editor.undo()
+
+
+class AnotherButton(SketchEditor):
+    """One below "Delete"."""
+
+    def _build(self, allow_plane):
+        super()._build(allow_plane)
+        ttk.Button(button(self, "Delete").master, text="More").pack()
+
+
+class Rearranged(Editor, AnotherButton):
+    pass
+
+
+def test_the_button_deletes_wherever_it_stands(at_work):
+    hands, _ = at_work(Rearranged)
+    editor = hands.editor
+    editor.select(0)
+    focus(field(editor, "w"))
+    button(editor, "Delete").invoke()
+    assert editor.sk["entities"] == []
 
 
 @pytest.mark.parametrize("name", ["grid", "offset"])

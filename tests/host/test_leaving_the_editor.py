@@ -5,6 +5,7 @@ import os
 import signal
 import subprocess
 import sys
+from tkinter import ttk
 
 import pytest
 from harness.places import SEARCH_PATH
@@ -16,6 +17,7 @@ from tandrel.application.dialogs import Question
 from tandrel.application.leaving import Leaving
 from tandrel.application.recovery import Recovery
 from tandrel.gui import widgets
+from tandrel.gui.sketcher import SketchEditor
 from tandrel.storage import SketchFileError
 
 CIRCLE = {"type": "circle", "xc": 0.02, "yc": 0.0, "r": 0.01}
@@ -76,6 +78,27 @@ def test_what_was_not_accepted_is_asked_about(editor, change):
     editor.tk.call(*editor.tk.splitlist(editor.protocol("WM_DELETE_WINDOW")))
     assert (len(asked), editor.winfo_exists(), editor.result) == (3, False, None)
     assert asked == 3 * ["Discard the changes to the sketch?"]
+
+
+class AnotherButton(SketchEditor):
+    """One before "Cancel"."""
+
+    def _build(self, allow_plane):
+        super()._build(allow_plane)
+        ttk.Button(button(self, "Cancel").master, text="More").pack()
+
+
+class Rearranged(Leaving, AnotherButton):
+    pass
+
+
+def test_cancel_asks_wherever_it_stands(open_editor, root):
+    widgets.install(root)
+    editor = open_editor(copy.deepcopy(SKETCH), Rearranged)
+    delete(editor)
+    asked = answering(editor, "stay")
+    button(editor, "Cancel").invoke()
+    assert (len(asked), editor.winfo_exists()) == (1, True)
 
 
 def test_nothing_is_asked_without_a_change(editor):

@@ -17,6 +17,7 @@ from tandrel.application.leaving import Leaving
 from tandrel.application.moving_by_keys import MovingByKeys
 from tandrel.application.sizes_while_drawing import SizesWhileDrawing
 from tandrel.application.unit_grid import UnitGrid
+from tandrel.application.widget_tree import button
 from tandrel.application.without_dust import WithoutDust
 from tandrel.gui.i18n import tr
 from tandrel.gui.widgets import px
@@ -43,8 +44,7 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         super()._build(allow_plane)
         editor_layout.arrange(self, self.window_size)
         self.canvas.bind("<Double-Button-1>", self._press_again)
-        delete: Any = self.canvas.master.winfo_children()[0].winfo_children()[-1]
-        delete.configure(command=self._delete_by_button)
+        button(self, tr("Delete")).configure(command=self._delete_by_button)
         # Where numbers are typed, Enter is that of the number pad.
         self.bind("<KP_Enter>", lambda e: e.widget.event_generate("<Return>"))
 

@@ -3,13 +3,13 @@
 from __future__ import annotations
 
 from contextlib import suppress
-from tkinter import ttk
 from typing import Any, Callable, Optional
 
 from tandrel.application.dialogs import ask
 from tandrel.application.history import Undoing
 from tandrel.application.typed_numbers import Unreadable
 from tandrel.application.typed_sizes import TypedSizes, read_length
+from tandrel.application.widget_tree import button
 from tandrel.gui.i18n import tr
 from tandrel.gui.widgets import units
 
@@ -38,13 +38,7 @@ class Leaving(Undoing, TypedSizes):
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
-        bottom: Any = self.status.master.winfo_children()[-1]
-        (cancel,) = (
-            w
-            for w in bottom.winfo_children()
-            if isinstance(w, ttk.Button) and str(w.cget("style")) != "Primary.TButton"
-        )
-        cancel.configure(command=self.close)
+        button(self, tr("Cancel")).configure(command=self.close)
 
     def close(self) -> None:
         """Leave without the changes, if the user wants that."""
