@@ -6,7 +6,7 @@ from tkinter import ttk
 import pytest
 from support.application import status
 from support.desk import field
-from support.events import Send, focus, type_text
+from support.events import Send, focus, settle, type_text
 from support.neighbours import rectangle
 from support.widgets import button
 from tandrel.application.editor import CLICK_PX, Editor
@@ -231,6 +231,19 @@ def test_the_button_deletes_wherever_it_stands(at_work):
     focus(field(editor, "w"))
     button(editor, "Delete").invoke()
     assert editor.sk["entities"] == []
+
+
+def test_undo_in_a_field_costs_no_shape(at_work):
+    hands, _ = at_work(Editor)
+    editor = hands.editor
+    editor.select(0)
+    type_text(field(editor, "w"), "80")
+    hands.key("Return", field(editor, "w"))
+    hands.key("Control-z", field(editor, "w"))
+    settle(editor, lambda: editor.focus_get() is field(editor, "w"))
+    for name in ("End", "BackSpace", "Delete"):
+        hands.key(name, editor.focus_get())
+    assert (editor.vars["w"].get(), editor.sk["entities"]) == ("10", SKETCH["entities"])
 
 
 @pytest.mark.parametrize("name", ["grid", "offset"])

@@ -4,7 +4,8 @@ import copy
 
 import pytest
 from support.desk import field
-from support.neighbours import circle, rectangle
+from support.events import focus, settle
+from support.neighbours import circle, polygon, rectangle
 from support.shapes import sketch
 from tandrel.application.history import MOST, History, State, Undoing
 
@@ -140,3 +141,46 @@ def test_a_field_has_its_own_paste_and_no_undo(hands):
         assert editor.sk == SKETCH
     hands.key("Control-y")
     assert editor.sk != SKETCH
+
+
+def test_undo_in_a_field_leaves_the_keyboard_to_that(hands):
+    editor = hands.editor
+    editor.select(1)
+    editor.vars["r"].set("17")
+    editor.apply_props()
+    before = field(editor, "r")
+    focus(before)
+    before.icursor(1)
+    hands.key("Control-z", before)
+    settle(editor, lambda: editor.focus_get() is field(editor, "r"))
+    assert not before.winfo_exists()
+    hands.key("BackSpace", editor.focus_get())
+    assert (editor.sk, editor.vars["r"].get()) == (SKETCH, "0")
+
+
+def test_undo_in_the_corners_leaves_the_keyboard_to_them(hands):
+    editor = hands.editor
+    editor.add(polygon((0.0, 0.1), (0.02, 0.1), (0.0, 0.12)))
+    editor.vars["radius"].set("1")
+    editor.apply_props()
+    editor.points_text.mark_set("insert", "2.1")
+    hands.key("Control-z", editor.points_text)
+    settle(editor, lambda: editor.focus_get() is editor.points_text)
+    hands.key("BackSpace", editor.points_text)
+    assert editor.points_text.get("1.0", "end-1c") == "0 100\n0 100\n0 120"
+    assert [e["type"] for e in editor.sk["entities"]] == ["rectangle", "circle", "polygon"]
+
+
+def test_undo_in_a_field_goes_on_to_the_form_of_another_shape(hands):
+    editor = hands.editor
+    editor.select(1)
+    type_in(hands)
+    editor.select(0)
+    hands.key("Control-z", field(editor, "radius"))
+    assert editor.sel == 1
+    settle(editor, lambda: editor.focus_get() is field(editor, "r"))
+    # Or to none.
+    editor.select(None)
+    editor.add(circle(0.02, 0.02, 0.004))
+    hands.key("Control-z", field(editor, "r"))
+    assert (editor.sk, editor.sel) == (SKETCH, None)

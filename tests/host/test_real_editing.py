@@ -5,6 +5,7 @@ import copy
 
 from harness.user import until
 from support.application import dialogs
+from support.desk import field
 from support.widgets import button
 from tandrel import storage
 from tandrel.application.dialogs import Question
@@ -111,6 +112,25 @@ def type_and_go_on(person):
     yield until(lambda: editor.sk["entities"] == before, "all as it was")
 
 
+def undo_in_a_field(person):
+    """Ctrl+Z in a field that nothing was typed into leaves the keyboard there."""
+    editor = person.editor
+    before = copy.deepcopy(editor.sk["entities"])
+    yield from person.pick_row(1)
+    yield from person.fill_in("r", "30")
+    yield from person.enter()
+    yield person.holds(1, "r", 0.03)
+    yield from person.user.click_on(field(editor, "r"))
+    yield until(lambda: editor.focus_get() is field(editor, "r"), "the cursor in the radius")
+    yield from key(person, "ctrl+z", lambda: editor.sk["entities"] == before, "the bore's radius")
+    shown = editor.vars["r"].get()
+    yield until(lambda: editor.focus_get() is field(editor, "r"), "the cursor in the radius again")
+    person.user.key("End", "BackSpace")
+    yield until(lambda: editor.vars["r"].get() == shown[:-1], "a digit less")
+    yield from key(person, "ctrl+z", lambda: editor.vars["r"].get() == shown, "the digit again")
+    assert editor.sk["entities"] == before
+
+
 def multiply_and_move(person):
     """Ctrl+D and arrow keys once a row was chosen; a sum in the form; then all of it back."""
     editor = person.editor
@@ -173,7 +193,8 @@ def test_a_person_s_hands_reach_all_of_it(hands):
             yield from act(person)
             done.append(act)
 
-    acts = draw_by_sizes, mend_an_outline, take_back_all, type_and_go_on, multiply_and_move, leave
+    acts = [draw_by_sizes, mend_an_outline, take_back_all, type_and_go_on, undo_in_a_field]
+    acts += [multiply_and_move, leave]
     done = []
     hands(script)
-    assert len(done) == len(acts)
+    assert done == acts

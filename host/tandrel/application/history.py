@@ -5,7 +5,7 @@ from __future__ import annotations
 from functools import partial
 from typing import Any, List, NamedTuple, Optional, Tuple
 
-from tandrel.application.keyboard import is_field
+from tandrel.application.keyboard import field_kept, is_field
 from tandrel.gui.sketcher import SketchEditor
 
 MOST = 1000  # states that are kept
@@ -117,6 +117,7 @@ class Undoing(SketchEditor):
             self.sk["plane"] = state.plane
             self.plane.set(state.plane)
         self.sel = state.selected
-        self.refresh_list()
+        with field_kept(self.props):
+            self.refresh_list()
         self.redraw()
         self.changed()
