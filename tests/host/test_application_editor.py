@@ -246,6 +246,22 @@ def test_undo_in_a_field_costs_no_shape(at_work):
     assert (editor.vars["w"].get(), editor.sk["entities"]) == ("10", SKETCH["entities"])
 
 
+def test_a_held_arrow_key_is_undone_at_once(at_work):
+    hands, _ = at_work(Editor)
+    editor = hands.editor
+    editor.select(0)
+    editor.vars["w"].set("80")
+    focus(editor.canvas)
+    for moment in range(1000, 1004):
+        editor.canvas.event_generate("<KeyPress-Right>", time=moment)
+        editor.canvas.event_generate("<KeyRelease-Right>", time=moment + 1)
+    assert editor.sk["entities"] == [{**SKETCH["entities"][0], "w": 0.08, "x": 0.0004}]
+    hands.key("Control-z")
+    assert editor.sk["entities"] == [{**SKETCH["entities"][0], "w": 0.08}]
+    hands.key("Control-z")
+    assert editor.sk["entities"] == SKETCH["entities"]
+
+
 @pytest.mark.parametrize("name", ["grid", "offset"])
 def test_undo_in_a_field_over_the_drawing_is_that_of_its_text(at_work, name):
     hands, _ = at_work(Editor)

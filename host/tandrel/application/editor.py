@@ -123,9 +123,9 @@ class Editor(UnitGrid, CornerByCorner, Leaving, MovingByKeys, SizesWhileDrawing,
         if self.settle():
             super().duplicate()
 
-    def move(self, right: float, up: float) -> None:
+    def move(self, right: float, up: float, goes_on: bool = False) -> None:
         if self.settle():
-            super().move(right, up)
+            super().move(right, up, goes_on)
 
     # The pointer: a shape follows it from when it has left the press.
 

@@ -40,12 +40,15 @@ class History:
     def present(self) -> State:
         return self._states[self.at]
 
-    def note(self, state: State) -> bool:
-        """Go on with a state. False where only the selection is another one: that is no step."""
+    def note(self, state: State, is_same_step: bool = False) -> bool:
+        """Go on with a state. False where only the selection is another one: that is no step.
+
+        One of the same step takes the place of the present state.
+        """
         if state.draws(self.present):
             self._states[self.at] = state
             return False
-        del self._states[self.at + 1 :]
+        del self._states[self.at + (not is_same_step) :]
         self._states.append(state)
         del self._states[:-MOST]
         self.at = len(self._states) - 1
@@ -70,6 +73,7 @@ class Undoing(SketchEditor):
     """
 
     history: Optional[History] = None
+    _is_same_step = False  # whether what changes now goes on with the last change
 
     def _build(self, allow_plane: bool) -> None:
         super()._build(allow_plane)
@@ -92,7 +96,7 @@ class Undoing(SketchEditor):
         state = State(tuple(self.sk["entities"]), self.sk.get("plane", "XY"), self.sel)
         if self.history is None:
             self.history = History(state)
-        elif self.history.note(state):
+        elif self.history.note(state, self._is_same_step):
             self.changed()
 
     def changed(self) -> None:
