@@ -233,6 +233,18 @@ def test_the_button_deletes_wherever_it_stands(at_work):
     assert editor.sk["entities"] == []
 
 
+def test_what_was_refused_stays_away_once_it_was_mended_and_that_undone(at_work):
+    hands, _ = at_work(Editor)
+    editor = hands.editor
+    editor.select(0)
+    for text in ("wide", "80"):
+        entry = field(editor, "w")
+        type_text(entry, text)
+        hands.key("Return", entry)
+    hands.key("Control-z")
+    assert (editor.vars["w"].get(), editor.sk["entities"]) == ("100", SKETCH["entities"])
+
+
 def test_undo_in_a_field_costs_no_shape(at_work):
     hands, _ = at_work(Editor)
     editor = hands.editor

@@ -264,6 +264,28 @@ def test_what_was_refused_on_going_on_is_there_again_with_its_shape(editor, go_o
     assert len(editor.sk["entities"][2]["points"]) == 4 and not editor.is_unapplied()
 
 
+def test_what_was_refused_is_kept_for_each_shape(editor):
+    typed = {0: "four", 1: "five"}
+    for index, text in typed.items():
+        editor.select(index)
+        type_text(entry_of(editor, editor.vars["r"]), text)
+    for index, text in typed.items():
+        editor.select(index)
+        assert editor.vars["r"].get() == text and editor.is_unapplied()
+    editor.select(0)
+    editor.forget_typed()
+    editor.select(1)
+    assert editor.vars["r"].get() == "five"
+    type_text(entry_of(editor, editor.vars["r"]), "5")
+    applied = editor.sk["entities"][1]
+    editor.select(0)
+    assert editor.vars["r"].get() == "4"
+    # As undo brings it back.
+    editor.sk["entities"][1] = applied
+    editor.select(1)
+    assert editor.vars["r"].get() == "4" and not editor.is_unapplied()
+
+
 def test_a_press_on_the_drawing_gives_it_the_keyboard(editor):
     type_text(entry_of(editor, editor.grid), "wide")
     Send(editor).press(5, 5)

@@ -7,11 +7,12 @@ import tkinter as tk
 from contextlib import suppress
 from fractions import Fraction
 from functools import partial
-from typing import Any, Iterator, List, Optional, Tuple
+from typing import Any, Dict, Iterator, List, Optional, Tuple
 
 from tandrel.application import typed_numbers
 from tandrel.application.status_messages import LastingMessages
 from tandrel.application.typed_numbers import Unreadable
+from tandrel.application.widget_tree import walk
 from tandrel.gui import sketcher
 from tandrel.gui.i18n import N_, tr
 from tandrel.gui.widgets import SYSTEMS, num_text, units
@@ -43,16 +44,17 @@ class TypedSizes(LastingMessages):
 
     What can't be read is named, and stays as it was typed. What was applied, and a press on the
     drawing, give the keyboard back to that. OK applies what is typed in the form, and so does going
-    on to another shape; what was refused then is there again when its shape is shown again.
+    on to another shape; what was refused is there again whenever its shape is.
     """
 
     _shown: Optional[List[str]] = None  # by the form before anything was typed
-    _refused: Optional[List[str]] = None  # what was typed when that was told
-    _left: Tuple[Any, List[str]] = None, []  # a shape, and what the form held when it was left
+    # By the identity of a shape: the shape, and what was typed for it last and told to be refused.
+    _refused: Dict[int, Tuple[Any, List[str]]]
     # Of the field over the drawing that has the keyboard, and what stood there when it came.
     _field: Optional[Tuple[tk.StringVar, str]] = None
 
     def _build(self, allow_plane: bool) -> None:
+        self._refused = {}
         super()._build(allow_plane)
         for variable, label in ((self.grid, N_("Grid")), (self.offset, _OFFSET)):
             for entry in self._entries(variable):
@@ -62,17 +64,23 @@ class TypedSizes(LastingMessages):
 
     def _entries(self, variable: tk.Variable) -> Iterator[tk.Misc]:
         """The fields over the drawing that show a variable."""
-        for widget in self.status.master.winfo_children()[0].winfo_children():
-            if "textvariable" in widget.keys() and str(widget.cget("textvariable")) == str(
-                variable
-            ):
+        for widget in walk(self):
+            if isinstance(widget, tk.Entry) and str(widget.cget("textvariable")) == str(variable):
                 yield widget
 
     # The form.
 
+    def _shape(self) -> Any:
+        """The shape that the form is for, or None."""
+        entities = self.sk["entities"]
+        return None if self.sel is None or self.sel >= len(entities) else entities[self.sel]
+
+    def _refused_text(self) -> Optional[List[str]]:
+        return self._refused.get(id(self._shape()), (None, None))[1]
+
     def typed(self) -> Optional[List[str]]:
         """The texts of the form, that of the corners last; None where there is no form."""
-        if self.sel is None or self.sel >= len(self.sk["entities"]):
+        if self._shape() is None:
             return None
         texts = [str(variable.get()) for variable in self.vars.values()]
         return [*texts, self.points_text.get("1.0", "end-1c")] if self._has_corners() else texts
@@ -89,7 +97,7 @@ class TypedSizes(LastingMessages):
         if self._shown is None or not self.is_unapplied():
             return False
         self._type(self._shown)
-        self._left = None, []
+        self._refused.pop(id(self._shape()), None)
         return True
 
     def settle(self) -> bool:
@@ -99,15 +107,11 @@ class TypedSizes(LastingMessages):
         return not self.is_unapplied()
 
     def _go_on(self) -> None:
-        """Apply what was typed before another shape is shown, or put it by where it can't be."""
-        # What was refused is known to be.
-        if self.typed() != self._refused:
+        """Apply what was typed before another shape is shown; what was refused is known to be."""
+        if not self.is_unapplied():
+            self._refused.pop(id(self._shape()), None)
+        elif self.typed() != self._refused_text():
             self.settle()
-        typed = self.typed()
-        if typed is not None:
-            shape = self.sk["entities"][self.sel or 0]
-            if self.is_unapplied() or shape is self._left[0]:
-                self._left = shape, typed
 
     def select(self, index: Optional[int]) -> None:
         self._go_on()
@@ -132,40 +136,37 @@ class TypedSizes(LastingMessages):
         super()._press(e)
 
     def _has_corners(self) -> bool:
-        return self.sk["entities"][self.sel or 0]["type"] == "polygon"
+        return bool(self._shape()["type"] == "polygon")
 
     def show_props(self) -> None:
         super().show_props()
-        self._shown, self._refused = self.typed(), None
+        self._shown = self.typed()
         if self._shown is None:
             return
         if self._has_corners():
             self.points_text.configure(undo=True)
             for event, step in (("<<Undo>>", "undo"), ("<<Redo>>", "redo")):
                 self.points_text.bind(event, partial(_step_in_text, self.points_text, step))
-        # An entity that was changed since is another object.
-        shape, refused = self._left
-        if self.sk["entities"][self.sel or 0] is shape:
+        refused = self._refused_text()
+        if refused is not None:
             self._type(refused)
-            self._refused = refused
 
     def apply_props(self) -> None:
         typed = self.typed()
         if typed is None:
             return super().apply_props()
+        shape = self._shape()
+        self._refused[id(shape)] = shape, typed
         try:
             plain = self._plain()
         except Unreadable as error:
-            self._refused = typed
             return self.tell(tr("Not applied: {why}").format(why=error))
-        before = self.sk["entities"][self.sel or 0]
         self._type(plain)
         super().apply_props()
-        if self.typed() is not None and self.sk["entities"][self.sel or 0] is before:
+        if self._shape() is shape:
             # Refused: an applied shape is another one, whatever the status line tells besides.
-            self._type(typed)
-            self._refused = typed
-            return
+            return self._type(typed)
+        self._refused.pop(id(shape), None)
         self._shown = self.typed()
         if str(self.tk.call("focus")).startswith(f"{self.props}."):
             # Keys are the drawing's again.
@@ -173,7 +174,7 @@ class TypedSizes(LastingMessages):
 
     def _plain(self) -> List[str]:
         """The texts of the form as plain numbers."""
-        kind = self.sk["entities"][self.sel or 0]["type"]
+        kind = self._shape()["type"]
         texts = []
         for key, label, is_length in sketcher.FIELDS[kind]:
             text = str(self.vars[key].get())
