@@ -11,8 +11,6 @@ ended.
     python3 -m soak allocation [--points 500] [--only "repaint:17:lasting"]
 """
 
-from __future__ import annotations
-
 import argparse
 import ctypes
 import gc

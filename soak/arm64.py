@@ -5,8 +5,7 @@ the first time, with debootstrap; and runs there, through qemu, the tests that a
 the module's own. As root; hours.
 """
 
-from __future__ import annotations
-
+import argparse
 import os
 import platform
 import shutil
@@ -61,7 +60,10 @@ def lay_tree(wheel: Path) -> None:
         archive.extractall(TREE / "build")
 
 
-def main(tests: list[str]) -> int:
+def main(arguments: list[str] | None = None) -> int:
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("tests", nargs="*", help="all of the module's own by default")
+    tests = parser.parse_args(arguments).tests
     if os.geteuid() != 0:
         sys.exit("arm64: laying a Debian takes root")
     run("make", "build")

@@ -4,8 +4,6 @@ Builds the coverage preset with clang, runs the suite on it and has llvm-cov cou
 written, so that what the compiler adds for exceptions, which gcov counts as branches, never shows.
 """
 
-from __future__ import annotations
-
 import argparse
 import json
 import os

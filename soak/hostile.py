@@ -11,8 +11,6 @@ A finding names the seed of its case, which `--seed N --cases 1` replays; what s
 one by one.
 """
 
-from __future__ import annotations
-
 import argparse
 import gc
 import os

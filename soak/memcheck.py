@@ -6,8 +6,6 @@ allocated or after it was freed, and decisions on values that nobody set. Errors
 interpreter's, numpy's and Tk's, are told as a number. Leaks are the business of sanitizers.py.
 """
 
-from __future__ import annotations
-
 import argparse
 import os
 import re

@@ -7,8 +7,6 @@ what the application keeps, allocated blocks and file descriptors.
     python3 -m soak opening --cycles 10000 [--ways "every tip" "parent destroyed"]
 """
 
-from __future__ import annotations
-
 import argparse
 import json
 from collections.abc import Callable, Mapping

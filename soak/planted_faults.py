@@ -4,11 +4,8 @@ The changes are those of common/changes.py, every kind of them as often as anoth
 a copy of the tree, which is built and tested until the first failure: first by the tests that
 noticed a change of that file before, then by the module's own, then by the rest. A crash and a test
 that doesn't end count as noticed. A change that doesn't compile, or after which the compiler writes
-the same file, isn't counted. Those that change nothing for anybody stand in argued_faults.toml, by
-the text of their line, with the reason.
+the same file, isn't counted. Those that change nothing for anybody stand in argued_faults.toml.
 """
-
-from __future__ import annotations
 
 import argparse
 import filecmp
@@ -66,11 +63,11 @@ class Fault(NamedTuple):
     text: str  # the whole file with it
 
     def __str__(self) -> str:
-        return f"{self.file}:{self.line}: {self.kind}: {self.old}  ->  {self.new}"
+        return f"{self.file}:{self.line}: {self.kind}: {self.key[1]}"
 
     @property
-    def key(self) -> tuple[str, str, str]:
-        return self.file, self.old, self.new
+    def key(self) -> tuple[str, str]:
+        return self.file, f"{self.old}  ->  {self.new}"
 
 
 def fault_of(file: str, text: str, change: Change) -> Fault:
@@ -209,9 +206,9 @@ class Likely:
             self._path.write_text(json.dumps(self._noticed))
 
 
-def argued_in(path: Path) -> dict[tuple[str, str, str], str]:
+def argued_in(path: Path) -> dict[tuple[str, str], str]:
     rows = tomllib.loads(path.read_text()).get("fault", [])
-    return {(row["file"], row["line"], row["becomes"]): row["reason"] for row in rows}
+    return {(row["file"], row["change"]): row["reason"] for row in rows}
 
 
 class Run:

@@ -10,8 +10,6 @@ hides them there.
     python3 -m soak sanitizers [tests/test_pointer.py ...] [--with "random_user --events 9999"]
 """
 
-from __future__ import annotations
-
 import argparse
 import os
 import re

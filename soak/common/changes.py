@@ -4,8 +4,6 @@ Each is what a slip of the hand makes: another operator, number or word, a condi
 round, a statement left out, two arguments exchanged. Not all of them compile.
 """
 
-from __future__ import annotations
-
 import re
 from collections.abc import Iterator
 from typing import NamedTuple

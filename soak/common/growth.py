@@ -5,8 +5,6 @@ what there is more of. Numbers by their names are packed into one text, JSON: wh
 measurement must not depend on its numbers, for the next one counts it.
 """
 
-from __future__ import annotations
-
 import gc
 import json
 import os

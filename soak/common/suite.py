@@ -1,7 +1,5 @@
 """The test suite on a build of one's own."""
 
-from __future__ import annotations
-
 import importlib.util
 import os
 import signal

@@ -11,8 +11,6 @@ standard output, a line of JSON each, what it begins and what it found:
 too long, the step that it last began is a finding too, with the stack that faulthandler wrote.
 """
 
-from __future__ import annotations
-
 import asyncio
 import faulthandler
 import importlib

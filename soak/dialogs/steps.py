@@ -3,8 +3,6 @@
 A step makes its subject first; only what it then does with it is armed.
 """
 
-from __future__ import annotations
-
 import importlib
 import sys
 from collections.abc import Callable

@@ -5,8 +5,6 @@ one of the attack's acts follows: it changes what the operation works on, replac
 the editor again, raises. What is done depends on the dice alone, so a seed replays it.
 """
 
-from __future__ import annotations
-
 import copy
 import math
 import random

@@ -4,8 +4,6 @@ A case comes back with what must not be: an error that only broken native code m
 editor that doesn't work any more, something that is still held after all is gone.
 """
 
-from __future__ import annotations
-
 import gc
 import inspect
 import random

@@ -1,7 +1,5 @@
 """Neighbours of the module that strike, raise or answer nonsense when they are asked."""
 
-from __future__ import annotations
-
 import types
 from collections.abc import Callable, Iterator
 from contextlib import contextmanager

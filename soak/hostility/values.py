@@ -3,8 +3,6 @@
 Each is what it seems to be, a dictionary, list, number, text, until its attack is armed.
 """
 
-from __future__ import annotations
-
 import math
 import os
 from collections.abc import Callable, Iterator

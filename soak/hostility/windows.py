@@ -9,8 +9,6 @@ being laid out; whether that crashes depends on what is allocated next. There, a
 the dialog is the last one.
 """
 
-from __future__ import annotations
-
 import tkinter as tk
 from collections.abc import Callable
 from typing import Any

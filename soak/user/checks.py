@@ -1,7 +1,5 @@
 """What must hold after each event, and saying what doesn't."""
 
-from __future__ import annotations
-
 import math
 import traceback
 from itertools import zip_longest

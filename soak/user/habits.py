@@ -1,7 +1,5 @@
 """What a random user does next: whole strokes that make sense, cut into by things that don't."""
 
-from __future__ import annotations
-
 import math
 from collections.abc import Iterator
 from random import Random

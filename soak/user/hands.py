@@ -4,8 +4,6 @@ What an event means to the editor's shadow is told by bindings beside the module
 itself decides, for both alike, what is a double click, a focus that left, or a row selected.
 """
 
-from __future__ import annotations
-
 import sys
 import tkinter as tk
 from collections.abc import Callable

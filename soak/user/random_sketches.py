@@ -1,7 +1,5 @@
 """Random sketches and references: sound ones, and ones as a broken file might bring them."""
 
-from __future__ import annotations
-
 import copy
 import math
 from random import Random

@@ -1,7 +1,5 @@
 """What a dialog shows, read in one call: canvas, list, form, status line and what is typed."""
 
-from __future__ import annotations
-
 from typing import Any, NamedTuple
 
 # Everything goes back as text but coordinates, which Tcl hands over as the doubles they are.

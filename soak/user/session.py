@@ -1,7 +1,5 @@
 """One dialog of a random user, from its opening to its end."""
 
-from __future__ import annotations
-
 import copy
 import tkinter as tk
 import traceback

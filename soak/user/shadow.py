@@ -4,8 +4,6 @@ Each operation is stated here plainly and independently of the module; what both
 learn from the window (the size of the canvas, where the keyboard is) is asked of it.
 """
 
-from __future__ import annotations
-
 import copy
 import math
 from collections.abc import Sequence

@@ -1,7 +1,5 @@
 """What an editor must make of entities and points, stated plainly to compare it with."""
 
-from __future__ import annotations
-
 import copy
 from typing import Any
 
