@@ -158,12 +158,12 @@ CURVE += tuple(tag for u, v in ((0, 0), (9, 0), (9, 9), (0, 9), (0, 0)) for tag 
 class TestRepair:
     """Drawings that the library refuses, or reads in part, although all of it is there."""
 
-    @pytest.mark.parametrize("version", [None, "", "AC1009", "AC1015"])
+    @pytest.mark.parametrize("version", [None, "", " ", "AC1009", "AC1015"])
     @pytest.mark.parametrize("kind", [PLAIN, MARKED, CURVE], ids=["plain", "marked", "curve"])
     def test_young_parts_of_drawings_that_call_themselves_old(self, version, kind):
         text = raw(*kind, units=None if version is None else 4)
         before, _, after = text.partition("9\n$ACADVER\n1\nAC1015\n")
-        named = f"9\n$ACADVER\n1\n{version}\n" if version else ""
+        named = f"9\n$ACADVER\n1\n{version.strip()}\n" if version else ""
         text = before + named + after if after else text
         ((found,), _) = read(text, unit="mm")
         assert found["type"] == "rectangle"
@@ -173,6 +173,28 @@ class TestRepair:
         text = raw(0, "CIRCLE", 8, 0, 10, "0,5", 20, "-,5", 40, "1,25")
         ((found,), _) = read(text, unit="mm")
         assert found == pytest.approx({"type": "circle", "xc": 5e-4, "yc": -5e-4, "r": 1.25e-3})
+
+    def test_a_comma_after_a_code_that_is_written_otherwise(self):
+        circle = 0, "CIRCLE", 8, 0, 10, 0, 20, 0
+        ((found,), _) = read(raw(*circle, "040", "1,75"), unit="mm")
+        assert found["r"] == 1.75e-3
+        with pytest.raises(ExchangeError, match="not a sound"):
+            read(raw(*circle, "40.0", "1,75"), unit="mm")
+
+    def test_a_comma_in_the_place_of_a_block(self):
+        def text(place):
+            circle = (0, "CIRCLE", 8, 0, 10, "12,5", 20, 0, 40, "1,5")
+            block = (0, "BLOCK", 8, 0, 2, "HOLE", 70, 0, 10, place, 20, 0, *circle, 0, "ENDBLK")
+            lines = (0, "SECTION", 2, "BLOCKS", *block, 0, "ENDSEC")
+            before, entities, after = raw(
+                0, "INSERT", 8, 0, 2, "HOLE", 10, 100, 20, 0
+            ).partition("0\nSECTION\n2\nENTITIES\n")
+            return before + "".join(f"{line}\n" for line in lines) + entities + after
+
+        ((found,), _) = read(text("12,5"), unit="mm")
+        assert found == pytest.approx({"type": "circle", "xc": 0.1, "yc": 0.0, "r": 1.5e-3})
+        with pytest.raises(ExchangeError, match="not a sound"):
+            read(text("12.5mm"), unit="mm")
 
     @pytest.mark.parametrize("number", ["12.5mm", "1.#QNAN", "1.2.3", "x", ""])
     def test_a_part_without_one_of_its_numbers_is_left_out(self, number):

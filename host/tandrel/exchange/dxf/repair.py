@@ -21,7 +21,8 @@ _CLASSES = {b"LWPOLYLINE": b"AcDbPolyline", b"SPLINE": b"AcDbSpline"}
 # Parts that the older versions of the format don't have, and the first version that has them.
 _YOUNG = re.compile(rb"[\r\n][ \t]*0[ \t]*[\r\n]+[ \t]*(?:LWPOLYLINE|SPLINE|ELLIPSE)\s")
 _HEADER = re.compile(rb"[\r\n][ \t]*2[ \t]*[\r\n]+[ \t]*HEADER[ \t]*[\r\n]+")
-_VERSION = re.compile(rb"\$ACADVER\s+1\s+(\S+)")
+_LINE_END = rb"[ \t]*(?:\r*\n|\r)[ \t]*"
+_VERSION = re.compile(rb"\$ACADVER%b1%b(\S*)" % (_LINE_END, _LINE_END))
 _YOUNGER, _FIRST = b"AC1012", b"AC1015"
 
 
@@ -51,12 +52,13 @@ def repaired(data: bytes) -> Iterator[Tuple[bytes, Notes]]:
     lines = data.replace(b"\r\r\n", b"\n").strip(b"\0\x1a \t\r\n").splitlines()
     if [line.strip() for line in lines[-1:]] != [b"EOF"]:
         return
-    tags = [(code.strip(), value.strip()) for code, value in zip(lines[::2], lines[1::2])]
-    if not all(code.lstrip(b"-").isdigit() for code, _ in tags):
-        yield b"\n".join(lines), Notes()
-        return
     notes = Notes()
-    records = [_with_class(record) for record in _with_numbers(_records(tags), notes)]
+    try:
+        # Where a code is no number, nobody knows what the lines after it are.
+        tags = [(b"%d" % int(code), value.strip()) for code, value in zip(lines[::2], lines[1::2])]
+        records = [_with_class(record) for record in _with_numbers(_records(tags), notes)]
+    except ValueError:
+        return
     yield _text(records), deepcopy(notes)
     kept = []
     for record in records:
@@ -86,14 +88,20 @@ def _kind(record: _Record) -> str:
 
 
 def _with_numbers(records: Iterable[_Record], notes: Notes) -> Iterator[_Record]:
-    """The parts but for those that lack a number: the library would make one up."""
+    """The parts but for those that lack a number: the library would make one up.
+
+    ValueError where a block lacks one: all that is in it would lie elsewhere.
+    """
     for record in records:
-        if _kind(record) not in READABLE:
+        kind = _kind(record)
+        if kind not in READABLE and kind != "BLOCK":
             yield record
             continue
         try:
             yield [(code, _number(value) if code in _LENGTHS else value) for code, value in record]
         except ValueError:
+            if kind == "BLOCK":
+                raise
             notes.leave(tr("parts that are damaged"))
 
 
