@@ -186,9 +186,9 @@ class TestRepair:
             circle = (0, "CIRCLE", 8, 0, 10, "12,5", 20, 0, 40, "1,5")
             block = (0, "BLOCK", 8, 0, 2, "HOLE", 70, 0, 10, place, 20, 0, *circle, 0, "ENDBLK")
             lines = (0, "SECTION", 2, "BLOCKS", *block, 0, "ENDSEC")
-            before, entities, after = raw(
-                0, "INSERT", 8, 0, 2, "HOLE", 10, 100, 20, 0
-            ).partition("0\nSECTION\n2\nENTITIES\n")
+            before, entities, after = raw(0, "INSERT", 8, 0, 2, "HOLE", 10, 100, 20, 0).partition(
+                "0\nSECTION\n2\nENTITIES\n"
+            )
             return before + "".join(f"{line}\n" for line in lines) + entities + after
 
         ((found,), _) = read(text("12,5"), unit="mm")

@@ -213,10 +213,23 @@ class TestNothingShown:
         drawing.layout("Layout1").add_circle((0, 0), 5)
         ((found,), notes) = read(drawing)
         assert found["type"] == "circle"
-        assert notes == ["Nothing is in the model: this is what is on the sheets."]
+        assert notes == ["Nothing is in the model: this is what is on the sheet Layout1."]
         space.add_point((0, 0))
         with pytest.raises(ExchangeError, match="no closed contour"):
             read(drawing)
+
+    def test_of_several_sheets_the_first_with_something_to_cut(self):
+        """Together, what is on one would lie on, or in, what is on another."""
+        drawing, space = new_drawing()
+        drawing.layout("Layout1").add_text("Ø 10")
+        rectangle(drawing.new_layout("Plate"), 0, 0, 100, 60)
+        rectangle(drawing.new_layout("Cover"), 20, 20, 60, 30)
+        ((found,), notes) = read(drawing)
+        assert S.area(found) == pytest.approx(6e-3)
+        assert notes == [
+            "Nothing is in the model: this is what is on the sheet Plate.",
+            "Left out (1): parts on other sheets",
+        ]
 
     def test_all_of_it_on_hidden_layers(self):
         drawing, space = new_drawing()

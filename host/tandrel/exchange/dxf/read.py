@@ -15,7 +15,7 @@ from ezdxf.document import Drawing as Document
 from ezdxf.lldxf.tagger import binary_tags_loader
 
 from tandrel.exchange import ExchangeError
-from tandrel.exchange.dxf.parts import lines_of, spread
+from tandrel.exchange.dxf.parts import READABLE, lines_of, spread
 from tandrel.exchange.dxf.placing import is_noted, placed
 from tandrel.exchange.dxf.repair import dated, repaired
 from tandrel.exchange.dxf.units import stated
@@ -31,9 +31,9 @@ _BINARY = b" Binary DXF\r\n\x1a\x00"
 def read(data: bytes, tick: Tick) -> Drawing:
     """What is shown in a drawing, that of blocks where they are placed.
 
-    It is what the model is made of; where that is empty, what is on the sheets. If nothing of it
-    that could be cut is shown, it is what is hidden. ExchangeError where the library can't make
-    sense of it.
+    It is what the model is made of; where that is empty, what is on the first sheet with anything
+    that could be cut. If nothing of it is shown, it is what is hidden. ExchangeError where the
+    library can't make sense of it.
     """
     document, found = _loaded(
         dated(data.removeprefix(codecs.BOM_UTF8)), lambda done: tick(done / 2)
@@ -41,9 +41,7 @@ def read(data: bytes, tick: Tick) -> Drawing:
     try:
         parts = list(document.modelspace())
         if not parts:
-            parts = _on_sheets(document)
-            if parts:
-                found.tell(tr("Nothing is in the model: this is what is on the sheets."))
+            parts = _on_sheet(document, found)
         hidden = {
             layer.dxf.name.lower()
             for layer in document.layers
@@ -71,9 +69,20 @@ def read(data: bytes, tick: Tick) -> Drawing:
     return Drawing(lines, named, notes, placed(properties), is_noted(properties))
 
 
-def _on_sheets(document: Document) -> List[Any]:
-    sheets = [document.layout(name) for name in document.layout_names() if name != "Model"]
-    return [part for sheet in sheets for part in sheet if part.dxftype() != "VIEWPORT"]
+def _on_sheet(document: Document, notes: Notes) -> List[Any]:
+    """The parts on the first sheet with any that could be cut; those of others may lie on them."""
+    names = [name for name in document.layout_names_in_taborder() if name != "Model"]
+    sheets = [document.layout(name) for name in names]
+    sheets = [sheet for sheet in sheets if any(part.dxftype() in READABLE for part in sheet)]
+    if not sheets:
+        return []
+    first, *others = sheets
+    text = tr("Nothing is in the model: this is what is on the sheet {sheet}.")
+    notes.tell(text.format(sheet=first.name))
+    for part in chain.from_iterable(others):
+        if part.dxftype() in READABLE:
+            notes.leave(tr("parts on other sheets"))
+    return [part for part in first if part.dxftype() != "VIEWPORT"]
 
 
 def _loaded(data: bytes, tick: Tick) -> Tuple[Document, Notes]:
