@@ -173,6 +173,32 @@ class TestOutline:
         with pytest.raises(OutlineOpen, match="5 lines around 100 mm × 60 mm.*1 mm near"):
             read(drawing)
 
+    @pytest.mark.parametrize(
+        "pens", [[{"color": 1}, {"color": 2}], [{"layer": "A"}, {"layer": "B"}]]
+    )
+    def test_one_that_shares_a_side_with_a_contour_of_another_pen(self, pens):
+        """A part beside another, or the rest of one that a bend line of its pen divides."""
+        drawing, space = new_drawing()
+        left = [(50, 0), (0, 0), (0, 60), (50, 60), (50, 0)]
+        right = [(50, 0), (100, 0), (100, 60), (50, 60)]
+        for corners, pen in zip((left, right), pens):
+            for start, end in zip(corners, corners[1:]):
+                space.add_line(start, end, dxfattribs=pen)
+        with pytest.raises(OutlineOpen, match="3 lines around 50 mm × 60 mm.*60 mm near"):
+            read(drawing)
+        ((found,), notes) = read(drawing, outline="go on")
+        assert S.area(found) == pytest.approx(3e-3)
+        assert notes == ["Left out (3): lines and arcs that do not close, near u = 50 mm, v = 0 mm"]
+
+    def test_one_that_shares_sides_with_the_contours_on_either_side(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 50, 60)
+        rectangle(space, 80, 0, 50, 60, layer="B")
+        for v in (0, 60):
+            space.add_line((50, v), (80, v), dxfattribs={"layer": "C"})
+        with pytest.raises(OutlineOpen, match="2 lines around 30 mm × 60 mm.*60 mm near"):
+            read(drawing)
+
     def test_one_whose_side_is_missing(self):
         drawing, space = new_drawing()
         space.add_lwpolyline([(0, 50), (0, 0), (100, 0), (100, 50)])

@@ -6,15 +6,19 @@ import math
 from typing import Iterator, List, NamedTuple, Sequence, Tuple
 
 import numpy as np
-from shapely.geometry import MultiPoint
+from shapely.geometry import LineString, MultiPoint
+from shapely.geometry import Point as Place
+from shapely.ops import linemerge, polygonize, snap, unary_union
 
 from tandrel.geometry.edges import Edge, Point, Points
 from tandrel.geometry.loops import Box
+from tandrel.geometry.shapes import Shape
 
 _MOST_ROWS = 500  # the longest, whose ends are all compared with each other
 # Of its length that may be missing in a row of lines that encloses something, and in one that is
 # likely to have been meant to close.
 _MOST_OPEN, _LIKELY_OPEN = 0.5, 0.05
+_ON = 1e-4  # metres from a contour to what ends on it, at most
 
 
 class Open(NamedTuple):
@@ -30,7 +34,7 @@ class Open(NamedTuple):
 
 def opened(rows: Sequence[List[Edge]]) -> List[Open]:
     """What rows of edges would enclose if each end were joined to the one that lies nearest."""
-    rows = sorted(rows, key=lambda row: -math.fsum(edge.length for edge in row))[:_MOST_ROWS]
+    rows = _longest(rows)
     ends = [end for row in rows for end in (row[0].start, row[-1].end)]
     if not ends:
         return []
@@ -42,8 +46,7 @@ def opened(rows: Sequence[List[Edge]]) -> List[Open]:
         while not used[row]:
             used[row] = True
             edges = rows[row] if end % 2 == 0 else [e.reversed() for e in reversed(rows[row])]
-            points += [point for edge in edges for point in edge.points(8 if edge.bulge else 1)]
-            points.append(edges[-1].end)
+            points += _points(edges)
             count, length = count + len(edges), length + math.fsum(e.length for e in edges)
             out = end ^ 1
             end = partner[out]
@@ -67,6 +70,49 @@ def nearly_closed(rows: Sequence[List[Edge]]) -> Iterator[Open]:
         length = math.fsum(edge.length for edge in row)
         if math.dist(row[0].start, row[-1].end) <= _LIKELY_OPEN * length:
             yield from opened([row])
+
+
+def beside(rows: Sequence[List[Edge]], found: Sequence[Shape]) -> Iterator[Open]:
+    """What rows of edges enclose with contours that they end on, outside of all contours.
+
+    So are parts that share sides with others, where those are contours of another layer or pen.
+    """
+    rows = _longest(rows)
+    ends = np.array([end for row in rows for end in (row[0].start, row[-1].end)]).reshape(-1, 2)
+    rims = [one.polygon.exterior for one in found if _is_met(one, ends)]
+    if not rims:
+        return
+    around = unary_union(rims)
+    lines = unary_union([snap(LineString(_points(row)), around, _ON) for row in rows])
+    for face in polygonize(unary_union([around, lines])):
+        if any(one.prepared.contains(face.representative_point()) for one in found):
+            continue
+        lacking = face.exterior.difference(lines)
+        if lacking.is_empty:
+            continue
+        merged = lacking if lacking.geom_type == "LineString" else linemerge(lacking)
+        widest = max(getattr(merged, "geoms", [merged]), key=lambda gap: gap.length)
+        middles = [Place(*edge.points(2)[1]) for row in rows for edge in row]
+        count = sum(face.exterior.distance(middle) <= _ON for middle in middles)
+        place = widest.interpolate(0.5, normalized=True)
+        yield Open(count, face.bounds, face.area, (place.x, place.y), widest.length)
+
+
+def _is_met(shape: Shape, points: Points) -> bool:
+    """Whether any of these points lies on the outline of a shape."""
+    left, low, right, high = shape.box
+    near = (points >= (left - _ON, low - _ON)) & (points <= (right + _ON, high + _ON))
+    rim = shape.polygon.exterior
+    return any(rim.distance(Place(point)) <= _ON for point in points[near.all(axis=1)])
+
+
+def _longest(rows: Sequence[List[Edge]]) -> List[List[Edge]]:
+    return sorted(rows, key=lambda row: -math.fsum(edge.length for edge in row))[:_MOST_ROWS]
+
+
+def _points(row: Sequence[Edge]) -> List[Point]:
+    points = [point for edge in row for point in edge.points(8 if edge.bulge else 1)]
+    return [*points, row[-1].end]
 
 
 def _partners(ends: Points) -> List[int]:

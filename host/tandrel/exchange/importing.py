@@ -83,7 +83,8 @@ def sketched(
         text = tr("there is no closed contour in this drawing")
         raise ExchangeError("; ".join([text, *notes.lines()]))
     if answers.get("outline") != OutlineOpen.GO_ON:
-        _ask_outline([*opened, *gaps.nearly_closed(lines.gaping)], refused, kept)
+        shared = gaps.beside(lines.open, [one.shape for one in kept])
+        _ask_outline([*opened, *gaps.nearly_closed(lines.gaping), *shared], refused, kept)
     return {**drawing.placing, "entities": [one.entity for one in kept]}, notes.lines()
 
 
