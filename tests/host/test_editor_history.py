@@ -184,3 +184,24 @@ def test_undo_in_a_field_goes_on_to_the_form_of_another_shape(hands):
     editor.add(circle(0.02, 0.02, 0.004))
     hands.key("Control-z", field(editor, "r"))
     assert (editor.sk, editor.sel) == (SKETCH, None)
+
+
+def test_undo_in_a_field_goes_on_to_the_corners_and_from_there(hands):
+    """Places in a text are numbered otherwise than those in a line."""
+    editor = hands.editor
+    editor.add(polygon((0.0, 0.1), (0.02, 0.1), (0.0, 0.12)))
+    editor.vars["radius"].set("1")
+    editor.apply_props()
+    editor.select(1)
+    hands.key("Control-z", field(editor, "r"))
+    settle(editor, lambda: editor.focus_get() is editor.points_text)
+    hands.key("BackSpace", editor.points_text)
+    assert editor.points_text.get("1.0", "end-1c") == "0 100\n20 100\n0 12"
+    editor.select(1)
+    type_in(hands)
+    editor.select(2)
+    hands.key("Control-z", editor.points_text)
+    assert editor.sel == 1
+    settle(editor, lambda: editor.focus_get() is field(editor, "yc"))
+    hands.key("BackSpace", editor.focus_get())
+    assert editor.vars["yc"].get() == "2"
