@@ -181,6 +181,12 @@ class TestRepair:
         with pytest.raises(ExchangeError, match="not a sound"):
             read(raw(*circle, "40.0", "1,75"), unit="mm")
 
+    @pytest.mark.parametrize("number, other", [("1.234,5", "1.234"), ("1,234.5", "1,234")])
+    def test_digits_in_groups_are_no_decimals(self, number, other):
+        circles = ((0, "CIRCLE", 8, 0, 10, u, 20, 0, 40, "5,0") for u in (number, other))
+        with pytest.raises(ExchangeError, match="not a sound"):
+            read(raw(*(x for circle in circles for x in circle)), unit="mm")
+
     def test_a_comma_in_the_place_of_a_block(self):
         def text(place):
             circle = (0, "CIRCLE", 8, 0, 10, "12,5", 20, 0, 40, "1,5")

@@ -90,13 +90,16 @@ def _kind(record: _Record) -> str:
 def _with_numbers(records: Iterable[_Record], notes: Notes) -> Iterator[_Record]:
     """The parts but for those that lack a number: the library would make one up.
 
-    ValueError where a block lacks one: all that is in it would lie elsewhere.
+    ValueError where a block lacks one: all that is in it would lie elsewhere; and where one has
+    commas and points, so that of the others nobody knows what a point or a comma is there.
     """
     for record in records:
         kind = _kind(record)
         if kind not in READABLE and kind != "BLOCK":
             yield record
             continue
+        if any(code in _LENGTHS and b"," in value and b"." in value for code, value in record):
+            raise ValueError
         try:
             yield [(code, _number(value) if code in _LENGTHS else value) for code, value in record]
         except ValueError:
