@@ -4,6 +4,7 @@ import math
 
 import pytest
 from ezdxf.math import BSpline, ConstructionArc
+from shapely.geometry import LinearRing, Point
 from support.drawings import new_drawing, raw, read, rectangle
 from tandrel import sketch as S
 from tandrel.exchange import ExchangeError, LayersUnclear, OutlineOpen
@@ -46,6 +47,20 @@ class TestCurves:
             space.add_lwpolyline([(0, 0), (0, 90), (100, 90), (100, 0)])
             found += read(drawing)[0]
         assert S.area(found[0]) == pytest.approx(S.area(found[1]), rel=1e-12)
+
+    @pytest.mark.parametrize("turn", [1 / 8, 3 / 8, 1 / 2])
+    def test_one_that_turns_from_side_to_side(self, turn):
+        """Where it does, in the middle of a chord, it lies on that: v = 400 (u / 100 - turn)³."""
+        drawing, space = new_drawing()
+        rest = 1 - turn
+        flat = [-(turn**3), turn**2 * rest, -turn * rest**2, rest**3]
+        space.add_open_spline([(100 * k / 3, 400 * v, 0) for k, v in enumerate(flat)])
+        ends = (0, 400 * flat[0]), (100, 400 * flat[3])
+        space.add_lwpolyline([ends[0], (0, -500), (100, -500), ends[1]])
+        ((found,), _) = read(drawing)
+        rim = LinearRing(S.outline(found))
+        curve = [Point(k / 1e4, 0.4 * (k / 1e3 - turn) ** 3) for k in range(1001)]
+        assert max(map(rim.distance, curve)) < 1e-6
 
     def test_curves_of_fit_points_alone(self):
         drawing, space = new_drawing()
