@@ -107,6 +107,15 @@ class TestCurves:
         ((found,), _) = read(drawing)
         assert S.area(found) > 8e-3  # that of the polygon through the points
 
+    def test_one_whose_first_point_is_repeated_but_for_rounding(self):
+        areas = []
+        for last in ([], [(0, 0)], [(0, 1e-9)]):
+            drawing, space = new_drawing()
+            points = [(0, 0), (50, -20), (100, 0), (90, 60), (40, 80), (-10, 50)]
+            space.add_spline([*points, *last]).closed = True
+            areas.append(S.area(read(drawing)[0][0]))
+        assert areas == pytest.approx([areas[0]] * 3, rel=1e-6)
+
     @pytest.mark.parametrize("lift", [0, 0.01])
     def test_a_flat_polyline_in_space_is_flat(self, lift):
         drawing, space = new_drawing()

@@ -24,7 +24,7 @@ _MOST_COPIES = 10_000  # in an array of blocks
 _DEEPEST = 8  # blocks within each other
 _FLAT = 1e-5  # how far the normal of a part may lean out of that of the drawing
 _GENTLE = 1e-3  # the slope of a polyline in space, which makes it longer by half a millionth
-_ROUND = 1e-4  # radians by which the ends of a whole ellipse may be off
+_ROUND = 1e-4  # how far the ends of a whole ellipse (radians) or curve (of its size) may be apart
 _SAME = 1e-9  # by how much the axes of a circle may differ, as a part of them
 _STRAIGHT = 1e-12  # the bulge of a line, at most
 _FEWEST = 4  # chords of a curve between two knots
@@ -192,13 +192,10 @@ def _ellipse(part: Any) -> Line:
 def _spline(part: Any) -> Line:
     # Curves of fit points alone are worked out by the library, which leaves them open.
     fit = part.fit_points
-    if (
-        part.closed
-        and len(fit)
-        and not len(part.control_points)
-        and tuple(fit[0]) != tuple(fit[-1])
-    ):
-        fit.append(fit[0])
+    if part.closed and len(fit) and not len(part.control_points):
+        # A second point where there is one already would bend the curve.
+        if math.dist(fit[0], fit[-1]) > _ROUND * max(math.dist(fit[0], point) for point in fit):
+            fit.append(fit[0])
     spline = part.construction_tool()
     points = [_point(p.x, p.y) for p in spline.control_points]
     if spline.degree == 1:
