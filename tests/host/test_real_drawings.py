@@ -325,6 +325,16 @@ class TestBendLines:
         (note,) = notes
         assert note.startswith("Left out (1): lines and arcs that do not close, near u = 50 mm")
 
+    @pytest.mark.parametrize("gap", [0, 0.001])
+    def test_one_across_a_polyline_that_comes_back_without_being_marked_as_closed(self, gap):
+        drawing, space = new_drawing()
+        corners = [(5, 0), (3, 4), (-3, 4), (-5, 0), (-3, -4), (3, -4), (5, gap)]
+        space.add_lwpolyline(corners)
+        space.add_line((-5, 0), (5, 0))
+        ((hole,), notes) = read(drawing)
+        assert S.area(hole) == pytest.approx(64e-6)
+        assert notes[-1].startswith("Left out (1): lines and arcs that do not close, near")
+
     @pytest.mark.parametrize("radius", [0, -5, 1e-300])
     def test_one_through_what_is_no_hole(self, radius):
         drawing, space = new_drawing()
@@ -445,6 +455,15 @@ class TestLayers:
 
 
 class TestContours:
+    @pytest.mark.parametrize("is_forward", [True, False])
+    def test_one_that_a_gap_keeps_open_is_what_it_was_meant_to_be(self, is_forward):
+        drawing, space = new_drawing()
+        corners = [(0, 0), (100, 0), (100, 50), (0, 50), (0, 0.01)]
+        space.add_lwpolyline(corners if is_forward else corners[::-1])
+        ((found,), notes) = read(drawing)
+        assert (found["type"], found["w"], found["h"]) == ("rectangle", 0.1, 0.05)
+        assert notes[0].startswith("Gaps closed (1): the widest is 0.01 mm, near")
+
     def test_those_that_touch_another_from_inside_are_notches(self):
         drawing, space = new_drawing()
         rectangle(space, 0, 0, 100, 60)

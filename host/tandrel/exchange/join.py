@@ -89,7 +89,8 @@ def joined(
     gaping = [[piece.edge for piece in row] for row, _ in _rows(left)]
     gaping = [row for row in gaping if math.dist(row[0].start, row[-1].end) > loose]
     rings, left = faces(left, places, loose, lambda done: tick(0.5 + done / 2))
-    across = dividing(rings, [*closed, *(one.edges for one in contours)])
+    around_itself = (line.edges for line in lines if _comes_back(line.edges, loose))
+    across = dividing(rings, [*closed, *around_itself, *(one.edges for one in contours)])
     if across:
         around = [piece for ring in rings for piece in ring]
         rings, rest = faces([p for p in around if p.edge not in across], places, loose)
@@ -98,6 +99,11 @@ def joined(
     rows = [[piece.edge for piece in row] for row, _ in _rows(left)]
     left_lines = len({piece.line for piece in left})
     return Joined(contours, rows, gaping, left_lines, len(doubled), bridged)
+
+
+def _comes_back(edges: Sequence[Edge], loose: float) -> bool:
+    """Whether a line closes by itself: some programs don't mark such ones as closed."""
+    return len(edges) > 1 and math.dist(edges[0].start, edges[-1].end) <= loose
 
 
 def _meeting(pieces: Sequence[Piece]) -> Dict[int, List[int]]:

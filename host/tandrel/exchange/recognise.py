@@ -44,6 +44,8 @@ def recognised(edges: Sequence[Edge]) -> Recognised:
     if not edges:
         shape(polygon.entity([]))
     curved = loops.is_curved(edges)
+    if not curved:  # so a polygon of them would run, over the gaps
+        edges = loops.straight([edge.start for edge in edges])
     left, low, right, high = loops.box(edges)
     size, lost = max(right - left, high - low), loops.rounding(edges)
     for tolerance in [FINE * size, min(COARSE * size, COARSEST)] if curved else [FINE * size]:
