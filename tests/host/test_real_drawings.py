@@ -378,6 +378,26 @@ class TestLayers:
         rectangle(space, -5, -5, 310, 220)
         assert len(read(drawing)[0]) == 5
 
+    def material(self, *circles):
+        """A plate or a sheet with rings on it."""
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 240, 130)
+        for u, v, radius in circles:
+            space.add_circle((u, v), radius)
+            space.add_circle((u, v), 4)
+        return drawing
+
+    def test_a_sheet_of_material_that_is_full_of_parts_with_holes_is_asked_about(self):
+        parts = [(u, v, 30) for u in (40, 120, 200) for v in (35, 95)]
+        with pytest.raises(LayersUnclear) as asked:
+            read(self.material(*parts))
+        assert asked.value.layers == {"0: sheet": 1, "0": 12}
+        assert asked.value.proposed == ["0"]
+
+    @pytest.mark.parametrize("circles", [[(40, 35, 10), (120, 35, 10)], [(120, 65, 62)]])
+    def test_a_plate_with_small_rings_or_a_large_one_is_not(self, circles):
+        assert len(read(self.material(*circles))[0]) == 1 + 2 * len(circles)
+
     @pytest.mark.parametrize("layer", ["0", "HOLES"])
     def test_what_lies_where_a_border_would_may_be_the_part(self, layer):
         drawing, space = new_drawing()

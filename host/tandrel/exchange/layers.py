@@ -20,6 +20,7 @@ _SHEETS += [(0.2159, 0.2794), (0.2794, 0.4318), (0.4318, 0.5588), (0.5588, 0.863
 _SHEETS += [(0.8636, 1.1176)]
 _ROUND = 5e-4  # metres by which a sheet may be off
 _MARGINS = 0.03  # metres by which its border is smaller, at most
+_FILLED = 1 / 3  # of a sheet of material, that the parts on it fill, at least
 
 
 class Frame(NamedTuple):
@@ -34,7 +35,8 @@ def without_sheet(
 ) -> Tuple[List[str], str]:
     """The layers, but for a sheet's edge and border on the layer of others: they get their own.
 
-    And the layer of the border, empty if there is none. A third rectangle is the part; so may the
+    And the layer of the border, empty if there is none. A sheet has a size of paper, or is one of
+    material, filled with parts that have holes. A third rectangle is the part; so may the
     second be, if nothing in it lies within another.
     """
     names = list(layers)
@@ -68,12 +70,25 @@ def _sheet(entities: Sequence[Entity], shapes: Sequence[Shape]) -> Tuple[List[in
                 abs(a - e["w"]) <= _ROUND and abs(b - e["h"]) <= _ROUND
                 for one, other in _SHEETS
                 for a, b in ((one, other), (other, one))
-            )
+            ) or _are_parts([shapes[j] for j in inner], _FILLED * shapes[k].area)
         holds = shapes[k].prepared.contains_properly
         if not is_one or not all(holds(shapes[j].polygon) for j in inner):
             break
         around.append(k)
     return around, order[len(around) :]
+
+
+def _are_parts(shapes: Sequence[Shape], area: float) -> bool:
+    """Whether several contours that hold others, as parts their holes, have this area."""
+    depths = nesting.depths(tuple(shapes))
+    holes = np.array([one.box for one, depth in zip(shapes, depths) if depth == 1]).reshape(-1, 4)
+    parts = [
+        one.area
+        for one, depth in zip(shapes, depths)
+        if depth == 0
+        and ((holes[:, :2] > one.box[:2]) & (holes[:, 2:] < one.box[2:])).all(axis=1).any()
+    ]
+    return len(parts) > 1 and sum(parts) >= area
 
 
 def _unused(name: str, names: Collection[str]) -> str:
