@@ -521,6 +521,22 @@ class TestContours:
             "Left out (1): contours that touch another one from inside, near"
         )
 
+    def test_the_two_sides_of_a_line_with_a_width_are_told(self):
+        """The outline and a hole of a circuit board, plotted with a pen of 0.1 mm."""
+        drawing, space = new_drawing()
+        for half in (0.05, -0.05):
+            rectangle(space, -half, -half, 100 + 2 * half, 60 + 2 * half)
+            space.add_circle((20, 20), 5 + half)
+        for radius in (0.2, 0.4):  # a drilled pad
+            space.add_circle((50, 50), radius)
+        rectangle(space, 1, 1, 98, 58)
+        found, notes = read(drawing)
+        assert len(found) == 7
+        assert notes == [
+            "Contours 0.1 mm within another one (2), near u = 0.05 mm, v = 0.05 mm: they may be the"
+            " two sides of lines that were drawn with their width"
+        ]
+
     def test_one_that_touches_itself_is_taken_apart(self):
         drawing, space = new_drawing()
         space.add_lwpolyline(

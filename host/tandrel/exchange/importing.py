@@ -17,7 +17,7 @@ from tandrel.exchange.notches import cut_out
 from tandrel.exchange.recognise import MOST_EDGES, recognised
 from tandrel.exchange.scale import in_metres
 from tandrel.exchange.tell import Note, Notes, placed
-from tandrel.exchange.tidy import Places, doubles, extent_of, once, pieces, reach
+from tandrel.exchange.tidy import Places, doubles, extent_of, once, pieces, reach, strokes
 from tandrel.geometry import nesting
 from tandrel.geometry.edges import Edge, Point
 from tandrel.geometry.loops import Box, box
@@ -224,6 +224,14 @@ def _tell(notes: Notes, found: List[Found], lines: join.Joined, doubles: int) ->
         notes.tell(text.format(n=len(errors), error=error), _corner(errors[0]))
     if doubles:
         notes.tell(tr("Drawn more than once ({n}): one of each is kept").format(n=doubles))
+    thin = strokes([one.shape for one in found])
+    if thin:
+        text = tr(
+            "Contours {width} within another one ({n}), near {place}: they may be the two sides of"
+            " lines that were drawn with their width"
+        )
+        width, place = units().fmt(max(thin.values()), "length"), _corner(found[min(thin)])
+        notes.tell(text.format(width=width, n=len(thin), place=placed(place)), place)
     if lines.bridged:
         one, two = max(lines.bridged, key=lambda ends: math.dist(*ends))
         text = tr("Gaps closed ({n}): the widest is {width}, near {place}")

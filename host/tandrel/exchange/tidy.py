@@ -9,14 +9,18 @@ from collections import defaultdict
 from itertools import product
 from typing import Dict, Iterable, Iterator, List, NamedTuple, Sequence, Set, Tuple
 
+import numpy as np
 from shapely.geometry import Polygon
 
 from tandrel.geometry.edges import Edge, Point
 from tandrel.geometry.loops import Loop, box, divided, enclosed
+from tandrel.geometry.shapes import Shape
 
 # How far apart ends may lie that meet: metres, and a part of the extent of the drawing.
 _FARTHEST, _FARTHEST_PART = 1e-6, 1e-5
 _NEAREST = 1e-12  # metres, where there is no extent
+_PEN = 2.5e-4  # metres between the sides of a line that was drawn with its width, at most
+_STRIP = 0.4  # of what a contour encloses, that lies between it and its other side, at most
 _CELL = 8  # times as far as doubles lie apart: what may be one of a contour is in few cells
 
 
@@ -142,3 +146,23 @@ def _between(rows: List[Tuple[float, int]], least: float, most: float) -> List[T
 def _alike(one: Loop, other: Loop, reach: float) -> bool:
     both = [Polygon(divided(contour, reach / 4)) for contour in (one, other)]
     return bool(both[0].hausdorff_distance(both[1]) <= reach)
+
+
+def strokes(shapes: Sequence[Shape]) -> Dict[int, float]:
+    """The contours that run as close inside another one as the two sides of a line with a width.
+
+    With how far inside, at most, in metres.
+    """
+    boxes = np.array([one.box for one in shapes]).reshape(-1, 4)
+    areas = np.array([one.area for one in shapes])
+    order = np.argsort(boxes[:, 0], kind="stable")
+    lefts = boxes[order, 0]
+    ends = np.searchsorted(lefts, lefts + _PEN, "right")
+    found: Dict[int, float] = {}
+    for k, (outer, end) in enumerate(zip(order, ends)):
+        near = order[k + 1 : end]
+        margins = (boxes[near] - boxes[outer]) * (1, 1, -1, -1)
+        is_one = ((margins > 0) & (margins <= _PEN)).all(axis=1)
+        is_one &= areas[near] >= (1 - _STRIP) * areas[outer]
+        found.update(zip(near[is_one].tolist(), margins[is_one].max(axis=1).tolist()))
+    return found
