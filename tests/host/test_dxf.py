@@ -305,6 +305,17 @@ class TestUnits:
             with pytest.raises(UnitsMissing):
                 read(drawing)
 
+    def test_points_are_offered_as_well(self):
+        """Vector drawing programs write them, and name no unit."""
+        drawing = disc(0, 144)
+        with pytest.raises(UnitsMissing) as asked:
+            read(drawing)
+        assert list(asked.value.choices)[-2:] == ["pt", "px"]
+        assert asked.value.choices["pt"] == "points of 1/72 in: 50.8 mm × 50.8 mm"
+        assert asked.value.choices["px"] == "points of 1/96 in: 38.1 mm × 38.1 mm"
+        assert read(drawing, unit="pt")[0][0]["r"] == 0.0254
+        assert read(drawing, unit="px")[0][0]["r"] == 0.01905
+
     def test_they_are_named_by_their_signs(self):
         with pytest.raises(UnitsMissing, match="its unit is ft, which") as asked:
             read(disc(2, 1))

@@ -62,6 +62,7 @@ def test_pixels_are_asked_about(head):
         read(circle, head)
     assert caught.value.choices["mm"] == "96 mm × 96 mm"
     assert caught.value.choices["stated"] == "px: 25.4 mm × 25.4 mm"
+    assert "px" not in caught.value.choices
     assert read(circle, head, unit="mm")[0][0]["r"] == 0.048
     assert read(circle, head, unit="stated")[0][0]["r"] == pytest.approx(0.0127)
 

@@ -9,10 +9,12 @@ from typing import Dict, List, Optional, Tuple
 from tandrel.exchange import UnitsMissing
 from tandrel.exchange.lines import Drawing, Line, Stated
 from tandrel.geometry.loops import box
-from tandrel.gui.i18n import tr
+from tandrel.gui.i18n import N_, tr
 from tandrel.units import SYSTEMS, UnitSystem
 
 _LEAST, _MOST = 0.002, 2.0  # the sizes of parts, in metres
+# What vector drawing programs draw in, and write as it is: no drawing names them.
+_POINTS = {"pt": (72, N_("points of 1/72 in")), "px": (96, N_("points of 1/96 in"))}
 AS_STATED = "stated"  # the answer that a drawing's own unit is right, which may be none of ours
 
 
@@ -20,11 +22,11 @@ def metres(drawing: Drawing, chosen: Optional[str]) -> Decimal:
     """The length of a drawing's unit; UnitsMissing where somebody must choose it."""
     stated = drawing.unit
     if chosen is not None and chosen != AS_STATED:
-        unit = SYSTEMS[chosen]
-        if stated is not None and stated.metres != unit.metres:
+        length = _points(chosen) if chosen in _POINTS else SYSTEMS[chosen].metres
+        if stated is not None and stated.metres != length:
             text = tr("The drawing says that its unit is {stated}; it was read in {unit}.")
             drawing.notes.tell(text.format(stated=stated.name, unit=chosen))
-        return unit.metres
+        return length
     width, height = _size(drawing.lines)
     size = max(width, height)
     if stated is None:
@@ -58,6 +60,10 @@ def choices(width: float, height: float, stated: Optional[Stated]) -> Dict[str, 
     if stated is not None and stated.metres not in [unit.metres for unit in SYSTEMS.values()]:
         shown = _shown(width, height, float(stated.metres), SYSTEMS["mm"])
         found[AS_STATED] = tr("{unit}: {size}").format(unit=stated.name, size=shown)
+    for name, (_, label) in _POINTS.items():
+        if stated is None or stated.metres != _points(name):
+            shown = _shown(width, height, float(_points(name)), SYSTEMS["mm"])
+            found[name] = tr("{unit}: {size}").format(unit=tr(label), size=shown)
     size = max(width, height)
     believed = [
         name
@@ -65,6 +71,10 @@ def choices(width: float, height: float, stated: Optional[Stated]) -> Dict[str, 
         if _LEAST <= size * float(SYSTEMS[name].metres) <= _MOST
     ]
     return {name: found[name] for name in dict.fromkeys([*believed, *found])}
+
+
+def _points(name: str) -> Decimal:
+    return SYSTEMS["in"].metres / _POINTS[name][0]
 
 
 def _shown(width: float, height: float, metres: float, unit: UnitSystem) -> str:
