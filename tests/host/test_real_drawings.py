@@ -467,6 +467,16 @@ class TestLayers:
             read(drawing)
         assert asked.value.proposed == ["PLATE", "M5"]
 
+    def test_a_plate_with_letters_may_be_one_too(self):
+        drawing, space = new_drawing()
+        rectangle(space, 0, 0, 80, 30, "PLATE")
+        for u in (30, 40):
+            rectangle(space, u, 10, 5, 8, "ENGRAVE")
+            rectangle(space, u + 1, 11, 3, 6, "ENGRAVE")
+        with pytest.raises(LayersUnclear) as asked:
+            read(drawing)
+        assert asked.value.proposed == ["PLATE", "ENGRAVE"]
+
     def test_an_outline_that_no_frame_has_is_not_asked_about(self):
         drawing, space = new_drawing()
         space.add_circle((0, 0), 50, dxfattribs={"layer": "PLATE"})

@@ -20,7 +20,8 @@ _SHEETS += [(0.2159, 0.2794), (0.2794, 0.4318), (0.4318, 0.5588), (0.5588, 0.863
 _SHEETS += [(0.8636, 1.1176)]
 _ROUND = 5e-4  # metres by which a sheet may be off
 _MARGINS = 0.03  # metres by which its border is smaller, at most
-_FILLED = 1 / 3  # of a sheet of material, that the parts on it fill, at least
+# What the parts on a sheet fill of it at least, if it is of material, and if it is just not paper.
+_FILLED, _LEAST = 1 / 3, 0.05
 
 
 class Frame(NamedTuple):
@@ -66,11 +67,9 @@ def _sheet(entities: Sequence[Entity], shapes: Sequence[Shape]) -> Tuple[List[in
             larger = entities[around[-1]]
             is_one = max(larger["w"] - e["w"], larger["h"] - e["h"]) <= _MARGINS + _ROUND
         else:
-            is_one = any(
-                abs(a - e["w"]) <= _ROUND and abs(b - e["h"]) <= _ROUND
-                for one, other in _SHEETS
-                for a, b in ((one, other), (other, one))
-            ) or _are_parts([shapes[j] for j in inner], _FILLED * shapes[k].area)
+            parts = _parts([shapes[j] for j in inner])
+            is_full = len(parts) > 1 and sum(parts) >= _FILLED * shapes[k].area
+            is_one = _is_paper(e) or is_full
         holds = shapes[k].prepared.contains_properly
         if not is_one or not all(holds(shapes[j].polygon) for j in inner):
             break
@@ -78,17 +77,24 @@ def _sheet(entities: Sequence[Entity], shapes: Sequence[Shape]) -> Tuple[List[in
     return around, order[len(around) :]
 
 
-def _are_parts(shapes: Sequence[Shape], area: float) -> bool:
-    """Whether several contours that hold others, as parts their holes, have this area."""
+def _is_paper(sheet: Entity) -> bool:
+    return any(
+        abs(a - sheet["w"]) <= _ROUND and abs(b - sheet["h"]) <= _ROUND
+        for one, other in _SHEETS
+        for a, b in ((one, other), (other, one))
+    )
+
+
+def _parts(shapes: Sequence[Shape]) -> List[float]:
+    """The areas of those contours, within no other, that hold others, as parts their holes."""
     depths = nesting.depths(tuple(shapes))
     holes = np.array([one.box for one, depth in zip(shapes, depths) if depth == 1]).reshape(-1, 4)
-    parts = [
+    return [
         one.area
         for one, depth in zip(shapes, depths)
         if depth == 0
         and ((holes[:, :2] > one.box[:2]) & (holes[:, 2:] < one.box[2:])).all(axis=1).any()
     ]
-    return len(parts) > 1 and sum(parts) >= area
 
 
 def _unused(name: str, names: Collection[str]) -> str:
@@ -122,7 +128,9 @@ def frame(
     part = list(by_contours(layers))
     for name in (layer, border):
         left = [one for one, other in zip(shapes, layers) if other in part and other != name]
-        if name in part and _is_nested(left):
+        parts = _parts(left) if name in part else []
+        # Letters are nested, too, on a plate.
+        if parts and (_is_paper(entities[outer]) or sum(parts) >= _LEAST * shapes[outer].area):
             part.remove(name)
     return Frame(layer, part)
 
