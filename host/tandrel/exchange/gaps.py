@@ -77,8 +77,10 @@ def beside(rows: Sequence[List[Edge]], found: Sequence[Shape]) -> Iterator[Open]
 
     So are parts that share sides with others, where those are contours of another layer or pen.
     """
+    if not rows:
+        return
     rows = _longest(rows)
-    ends = np.array([end for row in rows for end in (row[0].start, row[-1].end)]).reshape(-1, 2)
+    ends = np.array([end for row in rows for end in (row[0].start, row[-1].end)])
     rims = [one.polygon.exterior for one in found if _is_met(one, ends)]
     if not rims:
         return
@@ -102,8 +104,8 @@ def _is_met(shape: Shape, points: Points) -> bool:
     """Whether any of these points lies on the outline of a shape."""
     left, low, right, high = shape.box
     near = (points >= (left - _ON, low - _ON)) & (points <= (right + _ON, high + _ON))
-    rim = shape.polygon.exterior
-    return any(rim.distance(Place(point)) <= _ON for point in points[near.all(axis=1)])
+    met = (Place(point) for point in points[near.all(axis=1)])
+    return any(shape.polygon.exterior.distance(place) <= _ON for place in met)
 
 
 def _longest(rows: Sequence[List[Edge]]) -> List[List[Edge]]:
