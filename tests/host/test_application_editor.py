@@ -1,11 +1,10 @@
 """The application's editor as a whole: clicks and drags, what its habits do together, its list."""
 
 import copy
-from tkinter import ttk
 
 import pytest
 from support.application import status
-from support.desk import field
+from support.desk import field, rearranged
 from support.events import Send, focus, settle, type_text
 from support.neighbours import rectangle
 from support.widgets import button
@@ -212,20 +211,8 @@ def test_the_button_deletes_whatever_has_the_keyboard(at_work):
         editor.undo()
 
 
-class AnotherButton(SketchEditor):
-    """One below "Delete"."""
-
-    def _build(self, allow_plane):
-        super()._build(allow_plane)
-        ttk.Button(button(self, "Delete").master, text="More").pack()
-
-
-class Rearranged(Editor, AnotherButton):
-    pass
-
-
 def test_the_button_deletes_wherever_it_stands(at_work):
-    hands, _ = at_work(Rearranged)
+    hands, _ = at_work(rearranged(Editor, "Delete"))
     editor = hands.editor
     editor.select(0)
     focus(field(editor, "w"))

@@ -5,11 +5,11 @@ import os
 import signal
 import subprocess
 import sys
-from tkinter import ttk
 
 import pytest
 from harness.places import SEARCH_PATH
 from support.application import answering, dialogs, in_editor
+from support.desk import rearranged
 from support.events import Send, settle
 from support.widgets import button
 from tandrel import storage
@@ -17,7 +17,6 @@ from tandrel.application.dialogs import Question
 from tandrel.application.leaving import Leaving
 from tandrel.application.recovery import Recovery
 from tandrel.gui import widgets
-from tandrel.gui.sketcher import SketchEditor
 from tandrel.storage import SketchFileError
 
 CIRCLE = {"type": "circle", "xc": 0.02, "yc": 0.0, "r": 0.01}
@@ -80,21 +79,9 @@ def test_what_was_not_accepted_is_asked_about(editor, change):
     assert asked == 3 * ["Discard the changes to the sketch?"]
 
 
-class AnotherButton(SketchEditor):
-    """One before "Cancel"."""
-
-    def _build(self, allow_plane):
-        super()._build(allow_plane)
-        ttk.Button(button(self, "Cancel").master, text="More").pack()
-
-
-class Rearranged(Leaving, AnotherButton):
-    pass
-
-
 def test_cancel_asks_wherever_it_stands(open_editor, root):
     widgets.install(root)
-    editor = open_editor(copy.deepcopy(SKETCH), Rearranged)
+    editor = open_editor(copy.deepcopy(SKETCH), rearranged(Leaving, "Cancel"))
     delete(editor)
     asked = answering(editor, "stay")
     button(editor, "Cancel").invoke()

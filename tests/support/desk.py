@@ -33,6 +33,18 @@ def entry_of(widget, variable):
     )
 
 
+def rearranged(cls, text):
+    """A class of editors whose layout has one button more, after the one with this text."""
+    from tandrel.gui.sketcher import SketchEditor
+
+    class AnotherButton(SketchEditor):
+        def _build(self, allow_plane):
+            super()._build(allow_plane)
+            ttk.Button(button(self, text).master, text="More").pack()
+
+    return type(cls.__name__, (cls, AnotherButton), {})
+
+
 class Desk:
     """An editor with its user: points are given in millimetres, fields by their key."""
 
